@@ -1,0 +1,31 @@
+set(VESK_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, empty for none")
+
+# Warnings, sanitizers and the source root as include path, for one target of ours.
+function(vesk_configure target)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+        -Werror)
+    target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}")
+    if(VESK_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+        target_link_options(${target} PRIVATE -fsanitize=${VESK_SANITIZE})
+    endif()
+endfunction()
+
+# The rules for code that uses Qt: no implicit conversions between text encodings, nothing that
+# was deprecated in the oldest toolkit we build with.
+function(vesk_configure_qt target)
+    vesk_configure(${target})
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH
+        QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+endfunction()
+
+# A floor of the product: vesk_library(name SOURCES ... LINK ...)
+function(vesk_library target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    add_library(${target} STATIC ${arg_SOURCES})
+    target_link_libraries(${target} PUBLIC ${arg_LINK})
+    vesk_configure_qt(${target})
+endfunction()
