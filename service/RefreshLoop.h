@@ -1,0 +1,67 @@
+#pragma once
+
+#include "model/Timing.h"
+#include "service/HealthDocument.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <optional>
+
+namespace vesk {
+
+class ServiceClient;
+
+/// Keeps the picture of the service current: a chain of one-shot timers and health fetches, the
+/// interval chosen afresh each time. Either a timer is pending or a fetch is under way. Main
+/// thread only.
+class RefreshLoop final : public QObject {
+    Q_OBJECT
+
+public:
+    /// What decides the next step, asked for at that moment.
+    struct Situation {
+        bool visible = false;        ///< live state is on screen
+        bool active = false;         ///< online, and some bay holds a job
+        bool setup = false;          ///< the setup sheet is shown
+        bool changingPolicy = false; ///< a deep-job change is under way: no fetch meanwhile
+    };
+
+    RefreshLoop(
+        ServiceClient& client, std::function<Situation()> situation, QObject* parent = nullptr);
+
+    /// Fetches at once; while a fetch or a policy change is under way it only arms the timer.
+    void reload();
+
+    /// Arms the next fetch, replacing the pending one.
+    void scheduleRefresh();
+
+    /// A health fetch is under way.
+    [[nodiscard]] bool refreshing() const noexcept { return refreshing_; }
+
+    /// The interval of the pending timer; none while no timer is pending.
+    [[nodiscard]] std::optional<Seconds> pendingInterval() const;
+
+signals:
+    void healthReceived(const vesk::ConfirmedHealth& health);
+    void healthMissed();
+
+private:
+    void fetchHealth();
+
+    ServiceClient& client_;
+    std::function<Situation()> situation_;
+    QTimer timer_;
+    Seconds interval_{0};
+    bool refreshing_ = false;
+};
+
+/// How long to wait so that a wake-up falls at least `interval` and at most `interval` plus
+/// `tolerance` after `now` (the time since some fixed moment), on a whole second where one lies
+/// in that span, as other programs' wake-ups do.
+[[nodiscard]] std::chrono::milliseconds sharedWakeUp(
+    std::chrono::milliseconds now, std::chrono::milliseconds interval,
+    std::chrono::milliseconds tolerance);
+
+} // namespace vesk

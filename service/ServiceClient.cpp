@@ -1,0 +1,43 @@
+#include "service/ServiceClient.h"
+
+#include <utility>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+ServiceClient::ServiceClient(qint64 port) : port_(port) {}
+
+void ServiceClient::fetchHealth(QObject* receiver, HealthHandler handler) {
+    send(request(port_, "/v1/health"), receiver, std::move(handler));
+}
+
+void ServiceClient::fetchBackendReady(QObject* receiver, std::function<void(bool)> handler) {
+    session_.send(
+        request(port_, "/v1/diagnostics"), receiver,
+        [handler = std::move(handler)](const HttpSession::Answer& answer) {
+            handler(answer && reportsBackendReady(*answer));
+        });
+}
+
+void ServiceClient::postDeepScan(bool enabled, QObject* receiver, HealthHandler handler) {
+    send(
+        postRequest(port_, "/v1/local/services", {{u"deep_scan_enabled"_s, enabled}}), receiver,
+        std::move(handler));
+}
+
+void ServiceClient::postPerformanceMode(
+    const QString& mode, QObject* receiver, HealthHandler handler) {
+    send(
+        postRequest(port_, "/v1/local/performance", {{u"mode"_s, mode}}), receiver,
+        std::move(handler));
+}
+
+void ServiceClient::send(const ServiceRequest& request, QObject* receiver, HealthHandler handler) {
+    session_.send(
+        request, receiver, [handler = std::move(handler)](const HttpSession::Answer& answer) {
+            handler(answer ? confirmed(*answer) : std::nullopt);
+        });
+}
+
+} // namespace vesk

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "service/HealthDocument.h"
+#include "service/HttpSession.h"
+
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+namespace vesk {
+
+/// The four exchanges with the local service. Main thread only; a handler runs once, later, unless
+/// its receiver is gone by then.
+class ServiceClient {
+public:
+    /// Absent for every kind of failure, an answer without `deep_scan_enabled` included.
+    using HealthHandler = std::function<void(const std::optional<ConfirmedHealth>&)>;
+
+    /// `port` is not checked; one outside 1..65535 makes every exchange fail.
+    explicit ServiceClient(qint64 port);
+
+    void fetchHealth(QObject* receiver, HealthHandler handler);
+
+    /// Asks whether the photo engine behind the service is usable; false on failure.
+    void fetchBackendReady(QObject* receiver, std::function<void(bool)> handler);
+
+    void postDeepScan(bool enabled, QObject* receiver, HealthHandler handler);
+
+    /// `mode` is one of "automatic", "quiet", "faster".
+    void postPerformanceMode(const QString& mode, QObject* receiver, HealthHandler handler);
+
+private:
+    void send(const ServiceRequest& request, QObject* receiver, HealthHandler handler);
+
+    qint64 port_;
+    HttpSession session_;
+};
+
+} // namespace vesk

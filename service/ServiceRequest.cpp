@@ -1,0 +1,24 @@
+#include "service/ServiceRequest.h"
+
+#include <QJsonDocument>
+
+namespace vesk {
+
+ServiceRequest request(qint64 port, const QByteArray& path) {
+    ServiceRequest request;
+    request.url = "http://127.0.0.1:" + QByteArray::number(port) + path;
+    if (const QByteArray token = qgetenv("TESSALURE_WORKER_TOKEN"); !token.isEmpty()) {
+        request.headers.append("Authorization: Bearer " + token);
+    }
+    return request;
+}
+
+ServiceRequest postRequest(qint64 port, const QByteArray& path, const QJsonObject& body) {
+    ServiceRequest post = request(port, path);
+    post.method = "POST";
+    post.headers.append("Content-Type: application/json");
+    post.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
+    return post;
+}
+
+} // namespace vesk
