@@ -30,9 +30,11 @@ QString coolingLabel(double cooldown) {
     return u"cooling "_s + QString::number(wholeSecondsUp(cooldown)) + u"s"_s;
 }
 
-/// Starts at 34 %, gains 56 points in three minutes and stops at 92 % until the service says more.
+/// Starts at 34 %, gains 56 points in three minutes and then stays at 92 % until the service says
+/// more.
 double estimatedFraction(double elapsedSeconds) {
-    return std::min(0.92, elapsedSeconds / 180 * 0.56 + 0.34);
+    constexpr double threeMinutes = 180;
+    return elapsedSeconds < threeMinutes ? elapsedSeconds / threeMinutes * 0.56 + 0.34 : 0.92;
 }
 
 } // namespace
