@@ -1,0 +1,184 @@
+#include "tests/layers/Layers.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QLibraryInfo>
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QSet<QString> headersOf(const QString& part) {
+    const QStringList places{
+        QLibraryInfo::path(QLibraryInfo::HeadersPath) + u"/Qt"_s + part,
+        QLibraryInfo::path(QLibraryInfo::LibrariesPath) + u"/Qt"_s + part
+            + u".framework/Headers"_s};
+    QSet<QString> names;
+    for (const QString& place : places) {
+        const QStringList found = QDir(place).entryList(QDir::Files);
+        names.unite(QSet<QString>(found.begin(), found.end()));
+    }
+    return names;
+}
+
+ToolkitHeaders toolkitHeaders() {
+    const QSet<QString> core = headersOf(u"Core"_s);
+    return {
+        (headersOf(u"Gui"_s) + headersOf(u"Widgets"_s) + headersOf(u"Svg"_s)) - core,
+        headersOf(u"Network"_s) - core};
+}
+
+QString contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace
+
+class LayersTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void sourceTree();
+    void synthetic_data();
+    void synthetic();
+    void everyViolationIsTold();
+
+private:
+    ToolkitHeaders toolkit_;
+};
+
+void LayersTest::initTestCase() {
+    toolkit_ = toolkitHeaders();
+    QVERIFY(toolkit_.screen.contains(u"QColor"_s));
+    QVERIFY(toolkit_.screen.contains(u"qwidget.h"_s));
+}
+
+void LayersTest::sourceTree() {
+    const QDir root(QStringLiteral(VESK_SOURCE_DIR));
+    QStringList violations;
+    int files = 0;
+    for (const QString& room :
+         {u"model"_s, u"service"_s, u"agent"_s, u"ui"_s, u"app"_s, u"tools"_s}) {
+        int filesOfRoom = 0;
+        QDirIterator entries(
+            root.filePath(room), {u"*.h"_s, u"*.hpp"_s, u"*.cpp"_s, u"*.mm"_s, u"CMakeLists.txt"_s},
+            QDir::Files, QDirIterator::Subdirectories);
+        while (entries.hasNext()) {
+            const QString file = entries.next();
+            violations += layerViolations(root.relativeFilePath(file), contents(file), toolkit_);
+            ++filesOfRoom;
+        }
+        QVERIFY2(filesOfRoom > 0, qPrintable(room));
+        files += filesOfRoom;
+    }
+    QVERIFY2(violations.isEmpty(), qPrintable(u'\n' + violations.join(u'\n')));
+    qInfo("%d files", files);
+}
+
+void LayersTest::synthetic_data() {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("allowed");
+
+    const auto row = [](const char* path, const char* text, bool allowed) {
+        QTest::addRow("%s: %s", path, text)
+            << QString::fromLatin1(path) << QString::fromLatin1(text) << allowed;
+    };
+
+    const char* const floors[] = {"model", "service", "agent", "ui", "app"};
+    for (int from = 0; from < 5; ++from) {
+        for (int to = 0; to < 5; ++to) {
+            const QByteArray path = QByteArray(floors[from]) + "/File.cpp";
+            const QByteArray include = QByteArray("#include \"") + floors[to] + "/Other.h\"";
+            row(path, include, to <= from);
+            const QByteArray cmake = QByteArray(floors[from]) + "/CMakeLists.txt";
+            const QByteArray link = QByteArray("LINK vesk_") + floors[to];
+            row(cmake, link, to <= from);
+        }
+        const QByteArray path = QByteArray(floors[from]) + "/deep/room/File.h";
+        row(path, "#include \"tools/worker-sim/Rack.h\"", false);
+        row(path, "#include \"tests/model/JsonText.h\"", false);
+        row(path, "#include <vector>", true);
+        row("tools/worker-sim/Rack.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
+            false);
+        row("tools/worker-sim/CMakeLists.txt",
+            QByteArray("target_link_libraries(vesk-worker-sim vesk_") + floors[from] + ")", false);
+        row("tools/gallery/Gallery.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
+            true);
+        row("tests/app/ControlTest.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
+            true);
+    }
+
+    for (const char* header :
+         {"<QColor>", "<QtGui/QColor>", "<QtGui>", "<qcolor.h>", "<QWidget>", "<QtWidgets/QLabel>",
+          "<QApplication>", "<QSvgRenderer>", "<QtSvg/QSvgRenderer>", "\"QPainter\""}) {
+        const QByteArray include = QByteArray("#include ") + header;
+        row("model/File.cpp", include, false);
+        row("service/File.cpp", include, false);
+        row("agent/systemd/File.cpp", include, false);
+        row("ui/File.cpp", include, true);
+        row("app/File.cpp", include, true);
+    }
+    for (const char* header : {"<QString>", "<QtCore/QString>", "<QTimer>", "<QPoint>"}) {
+        row("model/File.cpp", QByteArray("#include ") + header, true);
+    }
+    for (const char* header : {"<curl/curl.h>", "<QProcess>", "<QtNetwork/QTcpSocket>"}) {
+        const QByteArray include = QByteArray("#include ") + header;
+        row("ui/settings/File.cpp", include, false);
+        row("model/File.cpp", include, false);
+        row("service/File.cpp", include, true);
+        row("app/File.cpp", include, true);
+    }
+
+    for (const char* part : {"Gui", "Widgets", "Svg"}) {
+        const QByteArray link = QByteArray("LINK PUBLIC Qt6::") + part;
+        row("model/CMakeLists.txt", link, false);
+        row("service/CMakeLists.txt", link, false);
+        row("agent/CMakeLists.txt", link, false);
+        row("agent/systemd/CMakeLists.txt", link, false);
+        row("ui/CMakeLists.txt", link, true);
+    }
+    row("model/CMakeLists.txt", "vesk_library(vesk_model SOURCES A.cpp LINK Qt6::Core)", true);
+    row("model/CMakeLists.txt", "# the screen is not for us: Qt6::Gui, vesk_ui", true);
+    row("model/CMakeLists.txt", "target_link_libraries(vesk_model Qt::Widgets)", false);
+
+    row("model/File.cpp", "  #  include   <ui/File.h>", false);
+    row("model/File.cpp", "#import \"ui/File.h\"", false);
+    row("model/File.cpp", "#include \"../ui/File.h\"", false);
+    row("agent/systemd/File.cpp", "#include \"../../ui/File.h\"", false);
+    row("agent/systemd/File.cpp", "#include \"../File.h\"", true);
+    row("model/File.cpp", "#include \"./File.h\"", true);
+    row("model/File.cpp", "#include \"model/../ui/File.h\"", false);
+    row("model/File.cpp", "#include \\\n  \"ui/File.h\"", false);
+    row("model/File.cpp", "#include /* odd */ \"ui/File.h\"", false);
+    row("model/File.cpp", "#include HEADER", false);
+    row("model/File.cpp", "// #include \"ui/File.h\"", true);
+    row("model/File.cpp", "/*\n#include \"ui/File.h\"\n*/", true);
+    row("model/File.cpp", "int includes = 1; // ui/File.h", true);
+}
+
+void LayersTest::synthetic() {
+    QFETCH(const QString, path);
+    QFETCH(const QString, text);
+    QFETCH(const bool, allowed);
+    QCOMPARE(
+        layerViolations(path, u"#pragma once\n"_s + text + u'\n', toolkit_).isEmpty(), allowed);
+}
+
+void LayersTest::everyViolationIsTold() {
+    const QString text = u"#include \"ui/A.h\"\n#include \"model/B.h\"\n#include <QColor>\n"_s;
+    const QStringList expected{
+        u"model/File.cpp includes \"ui/A.h\": model is below ui"_s,
+        u"model/File.cpp includes \"QColor\": model works without a screen"_s};
+    QCOMPARE(layerViolations(u"model/File.cpp"_s, text, toolkit_), expected);
+}
+
+} // namespace vesk
+
+QTEST_GUILESS_MAIN(vesk::LayersTest)
+#include "LayersTest.moc"
