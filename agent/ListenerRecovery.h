@@ -1,0 +1,54 @@
+#pragma once
+
+#include "agent/Launchctl.h"
+#include "model/Timing.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+namespace vesk {
+
+/// Restarts a service whose process runs while its listener no longer answers. Main thread.
+class ListenerRecovery : public QObject {
+    Q_OBJECT
+
+public:
+    /// `launchctl` must outlive this. `starting` tells whether a start is under way; it is asked on
+    /// the main thread, before the service manager is and again after.
+    ListenerRecovery(
+        Launchctl& launchctl, std::function<bool()> starting, Clock clock,
+        QObject* parent = nullptr);
+
+    /// Whether a check or a restart is under way.
+    [[nodiscard]] bool recoveryInFlight() const noexcept { return m_recoveryInFlight; }
+
+    /// When the last restart was begun.
+    [[nodiscard]] std::optional<TimePoint> lastRecoveryAttempt() const noexcept {
+        return m_lastRecoveryAttempt;
+    }
+
+    /// To be called after each failed health fetch, with how many failed in a row. Returns at once.
+    /// A restart that fails is told on standard error only.
+    void recoverStaleListenerIfNeeded(qint64 misses);
+
+signals:
+    /// A restart begins.
+    void restarting();
+
+    /// A restart succeeded a second ago: time to ask the service again.
+    void restarted();
+
+private:
+    void decide(const ToolResult& description, qint64 misses);
+    void restart();
+
+    Launchctl& m_launchctl;
+    std::function<bool()> m_starting;
+    Clock m_clock;
+    bool m_recoveryInFlight = false;
+    std::optional<TimePoint> m_lastRecoveryAttempt;
+};
+
+} // namespace vesk

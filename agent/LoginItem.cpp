@@ -1,0 +1,64 @@
+#include "agent/LoginItem.h"
+
+#include "agent/PropertyList.h"
+#include "agent/SmallFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+#include <system_error>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::filesystem::path nativePath(const QString& path) {
+    return QFile::encodeName(path).toStdString();
+}
+
+std::optional<ServiceError> install(const ServiceLocations& locations) {
+    const auto file = readSmallFile(locations.templateURL());
+    if (const auto* failure = std::get_if<ServiceError>(&file)) {
+        return *failure;
+    }
+    const auto& bytes = std::get<QByteArray>(file);
+    const auto parsed = readPropertyList(bytes);
+    if (const auto* failure = std::get_if<ServiceError>(&parsed)) {
+        return *failure;
+    }
+    const QVariant label = std::get<QVariant>(parsed).toMap().value(u"Label"_s);
+    if (label.typeId() != QMetaType::QString
+        || label.toString() != ServiceLocations::serviceLabel) {
+        return serviceError(10, u"The worker launch configuration is missing or invalid."_s);
+    }
+    const QString folder = QFileInfo(locations.agentURL()).path();
+    std::error_code error;
+    std::filesystem::create_directories(nativePath(folder), error);
+    if (error) {
+        return systemError(error.value(), u"The folder \"%1\" could not be created"_s.arg(folder));
+    }
+    return replaceFile(locations.agentURL(), bytes);
+}
+
+} // namespace
+
+std::optional<ServiceError> configureLogin(const ServiceLocations& locations, bool enabled) {
+    if (enabled) {
+        return install(locations);
+    }
+    if (!locations.startsAtLogin()) {
+        return std::nullopt;
+    }
+    std::error_code error;
+    std::filesystem::remove_all(nativePath(locations.agentURL()), error);
+    if (error) {
+        return systemError(
+            error.value(), u"\"%1\" could not be removed"_s.arg(locations.agentURL()));
+    }
+    return std::nullopt;
+}
+
+} // namespace vesk

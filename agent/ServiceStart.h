@@ -1,0 +1,39 @@
+#pragma once
+
+#include "agent/Launchctl.h"
+#include "agent/ServiceLocations.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+namespace vesk {
+
+/// Starts the service: restarts it in place when the service manager knows it, else loads it from
+/// the agent file or, where there is none, from the template. Main thread.
+class ServiceStart : public QObject {
+    Q_OBJECT
+
+public:
+    /// Gets how the start failed, nothing when it succeeded.
+    using Done = std::function<void(const std::optional<ServiceError>&)>;
+
+    /// `launchctl` must outlive this.
+    ServiceStart(Launchctl& launchctl, ServiceLocations locations, QObject* parent = nullptr);
+
+    /// Whether a start is under way. A tool that hangs keeps it so.
+    [[nodiscard]] bool starting() const noexcept { return m_starting; }
+
+    /// Returns at once. Ignored, `done` dropped, while a start is under way.
+    void startService(Done done);
+
+private:
+    void restartOrLoad(bool loaded, const Done& done);
+
+    Launchctl& m_launchctl;
+    ServiceLocations m_locations;
+    bool m_starting = false;
+};
+
+} // namespace vesk
