@@ -1,0 +1,58 @@
+#pragma once
+
+#include "tools/worker-sim/Bay.h"
+#include "tools/worker-sim/Budget.h"
+#include "tools/worker-sim/Fleet.h"
+#include "tools/worker-sim/Random.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstdint>
+#include <vector>
+
+namespace vesk::sim {
+
+struct RackSize {
+    int bays = 3;
+    int devices = 2;
+};
+
+/// The simulated service without its network: bays, phones and budget over simulated time. The
+/// same seed and the same calls give the same documents.
+class Rack {
+public:
+    Rack(RackSize size, std::uint64_t seed);
+
+    /// Lets simulated time pass, at most an hour at once: what goes beyond is left out.
+    void advance(Seconds elapsed);
+
+    /// Off: nothing deep is accepted, what no engine has begun on goes back, the rest finishes.
+    void setDeepEnabled(bool enabled);
+    [[nodiscard]] bool deepEnabled() const { return deepEnabled_; }
+
+    void setMode(Mode mode) { budget_.setMode(mode); }
+
+    [[nodiscard]] nlohmann::json health() const;
+    [[nodiscard]] static nlohmann::json diagnostics();
+
+private:
+    struct Place {
+        Bay bay;
+        Seconds untilJob;
+    };
+
+    void tick();
+    void offerJob(Place& place);
+    [[nodiscard]] Seconds drawPause();
+    [[nodiscard]] int lanesInUse() const;
+
+    Random random_;
+    Fleet fleet_;
+    Budget budget_;
+    std::vector<Place> places_;
+    Seconds unspent_{};
+    bool deepEnabled_ = true;
+    int jobs_ = 0;
+};
+
+} // namespace vesk::sim

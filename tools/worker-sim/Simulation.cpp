@@ -1,0 +1,71 @@
+#include "tools/worker-sim/Simulation.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace vesk::sim {
+
+Simulation::Simulation(RackSize size, std::uint64_t seed, double speed)
+    : rack_(size, seed), speed_(speed) {}
+
+std::optional<Fault> Simulation::receive(LoggedRequest request, std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    log_.add(std::move(request));
+    return faults_.take(path);
+}
+
+nlohmann::json Simulation::health() {
+    const std::lock_guard lock(mutex_);
+    catchUp();
+    return rack_.health();
+}
+
+void Simulation::setDeepEnabled(bool enabled) {
+    const std::lock_guard lock(mutex_);
+    catchUp();
+    rack_.setDeepEnabled(enabled);
+}
+
+void Simulation::setMode(Mode mode) {
+    const std::lock_guard lock(mutex_);
+    catchUp();
+    rack_.setMode(mode);
+}
+
+void Simulation::arm(Fault fault) {
+    const std::lock_guard lock(mutex_);
+    faults_.arm(std::move(fault));
+}
+
+void Simulation::clearFaults() {
+    const std::lock_guard lock(mutex_);
+    faults_.clear();
+}
+
+nlohmann::json Simulation::faults() {
+    const std::lock_guard lock(mutex_);
+    auto list = nlohmann::json::array();
+    for (const Fault& fault : faults_.armed()) {
+        list.push_back(toJson(fault));
+    }
+    return list;
+}
+
+void Simulation::clearRequests() {
+    const std::lock_guard lock(mutex_);
+    log_.clear();
+}
+
+nlohmann::json Simulation::requests() {
+    const std::lock_guard lock(mutex_);
+    return log_.records();
+}
+
+void Simulation::catchUp() {
+    const auto now = std::chrono::steady_clock::now();
+    rack_.advance(Seconds(now - caughtUp_) * speed_);
+    caughtUp_ = now;
+}
+
+} // namespace vesk::sim

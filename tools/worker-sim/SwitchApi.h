@@ -1,0 +1,27 @@
+#pragma once
+
+#include "tools/worker-sim/HttpServer.h"
+#include "tools/worker-sim/Random.h"
+#include "tools/worker-sim/Simulation.h"
+
+#include <functional>
+
+namespace vesk::sim {
+
+/// The fault switch and the request log, everything below /sim. A real service has none of this.
+class SwitchApi {
+public:
+    /// `closeListener` is called on a handler's thread.
+    SwitchApi(Simulation& simulation, std::function<void(Seconds)> closeListener);
+
+    void install(HttpServer& server);
+
+private:
+    void arm(const httplib::Request& request, httplib::Response& response);
+    void close(const httplib::Request& request, httplib::Response& response);
+
+    Simulation& simulation_;
+    std::function<void(Seconds)> closeListener_;
+};
+
+} // namespace vesk::sim

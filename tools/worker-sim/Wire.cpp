@@ -1,0 +1,166 @@
+#include "tools/worker-sim/Wire.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <string_view>
+
+namespace vesk::sim {
+
+namespace {
+
+constexpr std::string_view endOfHead = "\r\n\r\n";
+constexpr std::chrono::seconds readTimeout{5};
+
+bool poll(int socket, short events, std::chrono::milliseconds time) {
+    pollfd entry{socket, events, 0};
+    int result = 0;
+    do {
+        result = ::poll(&entry, 1, static_cast<int>(time.count()));
+    } while (result < 0 && errno == EINTR);
+    return result > 0;
+}
+
+std::string trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
+}
+
+} // namespace
+
+Wire::Wire(int socket, Gate& gate)
+    : socket_(socket), gate_(gate), pass_(std::in_place, gate, socket) {}
+
+Wire::~Wire() {
+    pass_.reset();
+    ::close(socket_);
+}
+
+bool Wire::waitForRequest(std::chrono::milliseconds time) {
+    head_.clear();
+    return inputBegin_ < inputEnd_ || poll(socket_, POLLIN, time);
+}
+
+std::vector<std::pair<std::string, std::string>> Wire::headers() const {
+    std::vector<std::pair<std::string, std::string>> list;
+    const std::string_view head(head_);
+    auto begin = head.find("\r\n");
+    while (begin != std::string_view::npos && !head.substr(begin).starts_with(endOfHead)) {
+        begin += 2;
+        const auto end = head.find("\r\n", begin);
+        const auto line = head.substr(begin, end - begin);
+        if (const auto colon = line.find(':'); colon != std::string_view::npos) {
+            list.emplace_back(line.substr(0, colon), trimmed(line.substr(colon + 1)));
+        }
+        begin = end;
+    }
+    return list;
+}
+
+bool Wire::deliver(const std::optional<Fault>& fault) {
+    const bool open = fault ? deliverFaulty(*fault) : send(0, output_.size());
+    output_.clear();
+    return open;
+}
+
+bool Wire::deliverFaulty(const Fault& fault) {
+    if (fault.late && !gate_.wait(*fault.late)) {
+        return false;
+    }
+    if (fault.reset) {
+        const linger atOnce{1, 0};
+        ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        return false;
+    }
+    if (fault.hangUp) {
+        return false;
+    }
+    const auto head = output_.find(endOfHead);
+    const auto bodyBegin = head == std::string::npos ? output_.size() : head + endOfHead.size();
+    const auto bodySize = output_.size() - bodyBegin;
+    const auto end = bodyBegin + (fault.truncate ? bodySize / 2 : bodySize);
+    const bool sent = send(0, bodyBegin)
+                      && (fault.drip ? drip(bodyBegin, end, *fault.drip) : send(bodyBegin, end));
+    return sent && !fault.truncate;
+}
+
+bool Wire::drip(std::size_t from, std::size_t to, Seconds interval) {
+    for (auto position = from; position < to; ++position) {
+        if (!gate_.wait(interval) || !send(position, position + 1)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Wire::send(std::size_t from, std::size_t to) {
+    while (from < to) {
+        const auto sent = ::send(socket_, output_.data() + from, to - from, 0);
+        if (sent < 0 && errno == EINTR) {
+            continue;
+        }
+        if (sent <= 0) {
+            return false;
+        }
+        from += static_cast<std::size_t>(sent);
+    }
+    return true;
+}
+
+bool Wire::is_readable() const {
+    return inputBegin_ < inputEnd_ || poll(socket_, POLLIN, readTimeout);
+}
+
+bool Wire::is_writable() const {
+    return true;
+}
+
+ssize_t Wire::read(char* data, std::size_t size) {
+    if (inputBegin_ == inputEnd_) {
+        // The only answer that is due before the request was read is "100 Continue".
+        if (!deliver(std::nullopt) || !is_readable()) {
+            return -1;
+        }
+        const auto received = ::recv(socket_, input_.data(), input_.size(), 0);
+        if (received <= 0) {
+            return received;
+        }
+        inputBegin_ = 0;
+        inputEnd_ = static_cast<std::size_t>(received);
+    }
+    const auto taken = std::min(size, inputEnd_ - inputBegin_);
+    std::copy_n(input_.begin() + static_cast<std::ptrdiff_t>(inputBegin_), taken, data);
+    inputBegin_ += taken;
+    remember(data, taken);
+    return static_cast<ssize_t>(taken);
+}
+
+void Wire::remember(const char* data, std::size_t size) {
+    if (!head_.ends_with(endOfHead)) {
+        head_.append(data, size);
+    }
+}
+
+ssize_t Wire::write(const char* data, std::size_t size) {
+    output_.append(data, size);
+    return static_cast<ssize_t>(size);
+}
+
+void Wire::get_remote_ip_and_port(std::string& ip, int& port) const {
+    ip = "127.0.0.1";
+    port = 0;
+}
+
+void Wire::get_local_ip_and_port(std::string& ip, int& port) const {
+    ip = "127.0.0.1";
+    port = 0;
+}
+
+} // namespace vesk::sim

@@ -1,0 +1,64 @@
+#include "tools/worker-sim/Options.h"
+#include "tools/worker-sim/Service.h"
+#include "tools/worker-sim/Simulation.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace {
+
+constexpr auto programName = "vesk-worker-sim";
+
+std::string tokenFromEnvironment() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): read before any thread exists
+    const char* token = std::getenv("TESSALURE_WORKER_TOKEN");
+    return token == nullptr ? std::string() : std::string(token);
+}
+
+/// Blocks the signals that end the program, for this thread and all that it starts.
+sigset_t blockEndingSignals() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+int serve(const vesk::sim::Options& options) {
+    const sigset_t ending = blockEndingSignals();
+    vesk::sim::Simulation simulation(options.size, options.seed, options.speed);
+    vesk::sim::Service service(simulation, tokenFromEnvironment());
+    const auto port = service.start(options.port);
+    if (!port) {
+        std::cerr << programName << ": cannot listen on 127.0.0.1:" << options.port << '\n';
+        return 1;
+    }
+    std::cout << programName << " listening on 127.0.0.1:" << *port << std::endl;
+
+    int signal = 0;
+    sigwait(&ending, &signal);
+    service.stop();
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto options = vesk::sim::parseOptions(arguments);
+    if (const auto* complaint = std::get_if<std::string>(&options)) {
+        std::cerr << programName << ": " << *complaint << "; see --help\n";
+        return 2;
+    }
+    if (std::get<vesk::sim::Options>(options).help) {
+        std::cout << vesk::sim::helpText();
+        return 0;
+    }
+    return serve(std::get<vesk::sim::Options>(options));
+}
