@@ -1,0 +1,49 @@
+#pragma once
+
+#include "ui/ElidedLabel.h"
+#include "ui/Theme.h"
+
+#include <QFont>
+#include <QList>
+#include <QPushButton>
+
+#include <functional>
+
+class QLabel;
+
+/// The six builders that every screen is made with. Sizes are device-independent pixels. A view
+/// without a parent belongs to whoever puts it into a container.
+namespace vesk {
+
+/// A single line of plain text that ends with an ellipsis where it does not fit.
+[[nodiscard]] ElidedLabel* label(
+    const QString& text, int size = 13, QFont::Weight weight = QFont::Normal,
+    const QColor& color = Theme::text);
+
+/// Plain text over as many lines as it needs, in the muted colour.
+[[nodiscard]] QLabel* paragraph(const QString& text, int size = 13);
+
+/// The views in order: below one another from the leading edge, or side by side and centred.
+[[nodiscard]] QWidget* stack(const QList<QWidget*>& views, bool vertical = true, int spacing = 12);
+
+/// Puts `view` into `container`, with the same margin on all four sides.
+void pin(QWidget* view, QWidget* container, int inset = 20);
+
+/// A rounded panel around `content`.
+[[nodiscard]] QWidget* cardPanel(QWidget* content);
+
+/// A push button that calls `action` while `target` lives.
+[[nodiscard]] QPushButton* button(
+    const QString& title, const QObject* target, std::function<void()> action,
+    bool primary = false);
+
+/// Takes what space is left in a stack.
+[[nodiscard]] QWidget* flexibleSpace();
+
+/// The system's monospaced font.
+[[nodiscard]] QFont monospaced(int size, QFont::Weight weight);
+
+/// `title` for a control that would read "&" as the mark of a shortcut.
+[[nodiscard]] QString verbatim(const QString& title);
+
+} // namespace vesk
