@@ -9,7 +9,7 @@ namespace vesk {
 
 void Descriptor::close() noexcept {
     if (isOpen()) {
-        ::close(std::exchange(m_number, -1));
+        ::close(std::exchange(number_, -1));
     }
 }
 

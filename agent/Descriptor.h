@@ -9,23 +9,23 @@ namespace vesk {
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int number) noexcept : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    explicit Descriptor(int number) noexcept : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
     Descriptor(const Descriptor&) = delete;
     ~Descriptor() { close(); }
 
     Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_number, other.m_number);
+        std::swap(number_, other.number_);
         return *this;
     }
     Descriptor& operator=(const Descriptor&) = delete;
 
-    [[nodiscard]] int get() const noexcept { return m_number; }
-    [[nodiscard]] bool isOpen() const noexcept { return m_number >= 0; }
+    [[nodiscard]] int get() const noexcept { return number_; }
+    [[nodiscard]] bool isOpen() const noexcept { return number_ >= 0; }
     void close() noexcept;
 
 private:
-    int m_number = -1;
+    int number_ = -1;
 };
 
 struct Pipe {

@@ -36,15 +36,15 @@ struct Launchctl::Job {
 };
 
 Launchctl::Launchctl(QString toolPath, QObject* parent)
-    : QObject(parent), m_toolPath(std::move(toolPath)) {
+    : QObject(parent), toolPath_(std::move(toolPath)) {
     connect(this, &Launchctl::toolEnded, this, &Launchctl::collect, Qt::QueuedConnection);
 }
 
 Launchctl::~Launchctl() {
-    for (const auto& job : m_jobs) {
+    for (const auto& job : jobs_) {
         job->tool.cancel();
     }
-    for (const auto& job : m_jobs) {
+    for (const auto& job : jobs_) {
         if (job->thread.joinable()) {
             job->thread.join();
         }
@@ -52,26 +52,25 @@ Launchctl::~Launchctl() {
 }
 
 void Launchctl::run(const QStringList& arguments, QObject* receiver, Done done) {
-    auto& job = *m_jobs.emplace_back(
-        std::make_unique<Job>(m_toolPath, arguments, receiver, std::move(done)));
+    auto& job =
+        *jobs_.emplace_back(std::make_unique<Job>(toolPath_, arguments, receiver, std::move(done)));
     try {
         job.thread = std::thread([this, &job] {
             job.end(job.tool.perform());
             emit toolEnded({});
         });
     } catch (const std::system_error& error) {
-        job.end(
-            systemError(error.code().value(), u"\"%1\" could not be started"_s.arg(m_toolPath)));
+        job.end(systemError(error.code().value(), u"\"%1\" could not be started"_s.arg(toolPath_)));
         emit toolEnded({});
     }
 }
 
 void Launchctl::collect() {
     const auto firstEnded = std::stable_partition(
-        m_jobs.begin(), m_jobs.end(), [](const auto& job) { return !job->hasEnded(); });
+        jobs_.begin(), jobs_.end(), [](const auto& job) { return !job->hasEnded(); });
     std::vector<std::unique_ptr<Job>> ended(
-        std::make_move_iterator(firstEnded), std::make_move_iterator(m_jobs.end()));
-    m_jobs.erase(firstEnded, m_jobs.end());
+        std::make_move_iterator(firstEnded), std::make_move_iterator(jobs_.end()));
+    jobs_.erase(firstEnded, jobs_.end());
 
     for (const auto& job : ended) {
         if (job->thread.joinable()) {

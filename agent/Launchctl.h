@@ -14,7 +14,7 @@ namespace vesk {
 /// Runs the service manager's tool, each run on a thread of its own so that one that hangs does not
 /// keep another from running. What a run gives is described at `ToolRun::perform`. Destroying this
 /// kills the tools that still run.
-class Launchctl : public QObject {
+class Launchctl final : public QObject {
     Q_OBJECT
 
 public:
@@ -37,8 +37,8 @@ private:
 
     void collect();
 
-    QString m_toolPath;
-    std::vector<std::unique_ptr<Job>> m_jobs;
+    QString toolPath_;
+    std::vector<std::unique_ptr<Job>> jobs_;
 };
 
 } // namespace vesk

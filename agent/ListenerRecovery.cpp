@@ -17,17 +17,16 @@ using namespace std::chrono_literals;
 ListenerRecovery::ListenerRecovery(
     Launchctl& launchctl, std::function<bool()> starting, Clock clock, QObject* parent)
     : QObject(parent),
-      m_launchctl(launchctl),
-      m_starting(std::move(starting)),
-      m_clock(std::move(clock)) {}
+      launchctl_(launchctl),
+      starting_(std::move(starting)),
+      clock_(std::move(clock)) {}
 
 void ListenerRecovery::recoverStaleListenerIfNeeded(qint64 misses) {
-    if (misses < ListenerRecoveryPolicy::missesBeforeRecovery || m_starting()
-        || m_recoveryInFlight) {
+    if (misses < ListenerRecoveryPolicy::missesBeforeRecovery || starting_() || recoveryInFlight_) {
         return;
     }
-    m_recoveryInFlight = true;
-    m_launchctl.run(
+    recoveryInFlight_ = true;
+    launchctl_.run(
         {u"print"_s, serviceTarget()}, this,
         [this, misses](const ToolResult& description) { decide(description, misses); });
 }
@@ -36,27 +35,27 @@ void ListenerRecovery::decide(const ToolResult& description, qint64 misses) {
     const auto* text = std::get_if<QString>(&description);
     const bool running = text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
     if (ListenerRecoveryPolicy::shouldRecover(
-            running, misses, m_starting(), false, m_clock(), m_lastRecoveryAttempt)) {
+            running, misses, starting_(), false, clock_(), lastRecoveryAttempt_)) {
         restart();
     } else {
-        m_recoveryInFlight = false;
+        recoveryInFlight_ = false;
     }
 }
 
 void ListenerRecovery::restart() {
-    m_lastRecoveryAttempt = m_clock();
+    lastRecoveryAttempt_ = clock_();
     emit restarting();
-    m_launchctl.run(
+    launchctl_.run(
         {u"kickstart"_s, u"-k"_s, serviceTarget()}, this, [this](const ToolResult& result) {
             if (const auto* failure = std::get_if<ServiceError>(&result)) {
                 const QByteArray text = failure->description.toUtf8();
                 std::fprintf(
                     stderr, "Corvala worker listener recovery failed: %s\n", text.constData());
-                m_recoveryInFlight = false;
+                recoveryInFlight_ = false;
                 return;
             }
             QTimer::singleShot(1s, Qt::PreciseTimer, this, [this] {
-                m_recoveryInFlight = false;
+                recoveryInFlight_ = false;
                 emit restarted();
             });
         });

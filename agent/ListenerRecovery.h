@@ -11,7 +11,7 @@
 namespace vesk {
 
 /// Restarts a service whose process runs while its listener no longer answers. Main thread.
-class ListenerRecovery : public QObject {
+class ListenerRecovery final : public QObject {
     Q_OBJECT
 
 public:
@@ -22,11 +22,11 @@ public:
         QObject* parent = nullptr);
 
     /// Whether a check or a restart is under way.
-    [[nodiscard]] bool recoveryInFlight() const noexcept { return m_recoveryInFlight; }
+    [[nodiscard]] bool recoveryInFlight() const noexcept { return recoveryInFlight_; }
 
     /// When the last restart was begun.
     [[nodiscard]] std::optional<TimePoint> lastRecoveryAttempt() const noexcept {
-        return m_lastRecoveryAttempt;
+        return lastRecoveryAttempt_;
     }
 
     /// To be called after each failed health fetch, with how many failed in a row. Returns at once.
@@ -44,11 +44,11 @@ private:
     void decide(const ToolResult& description, qint64 misses);
     void restart();
 
-    Launchctl& m_launchctl;
-    std::function<bool()> m_starting;
-    Clock m_clock;
-    bool m_recoveryInFlight = false;
-    std::optional<TimePoint> m_lastRecoveryAttempt;
+    Launchctl& launchctl_;
+    std::function<bool()> starting_;
+    Clock clock_;
+    bool recoveryInFlight_ = false;
+    std::optional<TimePoint> lastRecoveryAttempt_;
 };
 
 } // namespace vesk

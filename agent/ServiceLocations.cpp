@@ -8,10 +8,10 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
-ServiceLocations::ServiceLocations(QString home) : m_home(std::move(home)) {}
+ServiceLocations::ServiceLocations(QString home) : home_(std::move(home)) {}
 
 QString ServiceLocations::supportDirectory() const {
-    return m_home + u"/Library/Application Support/Halvex/VeskWorker"_s;
+    return home_ + u"/Library/Application Support/Halvex/VeskWorker"_s;
 }
 
 QString ServiceLocations::templateURL() const {
@@ -19,7 +19,7 @@ QString ServiceLocations::templateURL() const {
 }
 
 QString ServiceLocations::agentURL() const {
-    return m_home + u"/Library/LaunchAgents/"_s + serviceLabel.toString() + u".plist"_s;
+    return home_ + u"/Library/LaunchAgents/"_s + serviceLabel.toString() + u".plist"_s;
 }
 
 bool ServiceLocations::startsAtLogin() const {

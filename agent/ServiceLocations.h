@@ -24,7 +24,7 @@ public:
     [[nodiscard]] bool startsAtLogin() const;
 
 private:
-    QString m_home;
+    QString home_;
 };
 
 } // namespace vesk

@@ -12,7 +12,7 @@ namespace vesk {
 
 /// Starts the service: restarts it in place when the service manager knows it, else loads it from
 /// the agent file or, where there is none, from the template. Main thread.
-class ServiceStart : public QObject {
+class ServiceStart final : public QObject {
     Q_OBJECT
 
 public:
@@ -23,7 +23,7 @@ public:
     ServiceStart(Launchctl& launchctl, ServiceLocations locations, QObject* parent = nullptr);
 
     /// Whether a start is under way. A tool that hangs keeps it so.
-    [[nodiscard]] bool starting() const noexcept { return m_starting; }
+    [[nodiscard]] bool starting() const noexcept { return starting_; }
 
     /// Returns at once. Ignored, `done` dropped, while a start is under way.
     void startService(Done done);
@@ -31,9 +31,9 @@ public:
 private:
     void restartOrLoad(bool loaded, const Done& done);
 
-    Launchctl& m_launchctl;
-    ServiceLocations m_locations;
-    bool m_starting = false;
+    Launchctl& launchctl_;
+    ServiceLocations locations_;
+    bool starting_ = false;
 };
 
 } // namespace vesk

@@ -52,55 +52,55 @@ std::optional<QString> decoded(const QByteArray& output, bool cut) {
 class SpawnSettings {
 public:
     explicit SpawnSettings(int output) {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&m_actions, output, STDERR_FILENO);
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO);
 
-        posix_spawnattr_init(&m_attributes);
+        posix_spawnattr_init(&attributes_);
         sigset_t pipeSignal;
         sigemptyset(&pipeSignal);
-        posix_spawnattr_setsigmask(&m_attributes, &pipeSignal);
+        posix_spawnattr_setsigmask(&attributes_, &pipeSignal);
         sigaddset(&pipeSignal, SIGPIPE);
-        posix_spawnattr_setsigdefault(&m_attributes, &pipeSignal);
+        posix_spawnattr_setsigdefault(&attributes_, &pipeSignal);
         int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
 #ifdef __APPLE__
         flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
 #else
-        posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
 #endif
-        posix_spawnattr_setflags(&m_attributes, static_cast<short>(flags));
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
     ~SpawnSettings() {
-        posix_spawn_file_actions_destroy(&m_actions);
-        posix_spawnattr_destroy(&m_attributes);
+        posix_spawn_file_actions_destroy(&actions_);
+        posix_spawnattr_destroy(&attributes_);
     }
     Q_DISABLE_COPY_MOVE(SpawnSettings)
 
     [[nodiscard]] const posix_spawn_file_actions_t* actions() const {
-        return &m_actions;
+        return &actions_;
     }
     [[nodiscard]] const posix_spawnattr_t* attributes() const {
-        return &m_attributes;
+        return &attributes_;
     }
 
 private:
-    posix_spawn_file_actions_t m_actions{};
-    posix_spawnattr_t m_attributes{};
+    posix_spawn_file_actions_t actions_{};
+    posix_spawnattr_t attributes_{};
 };
 
 } // namespace
 
 ToolRun::ToolRun(const QString& path, const QStringList& arguments)
-    : m_path(path), m_words{QFile::encodeName(path)}, m_cancelPipe(openPipe()) {
+    : path_(path), words_{QFile::encodeName(path)}, cancelPipe_(openPipe()) {
     for (const QString& argument : arguments) {
-        m_words += QFile::encodeName(argument);
+        words_ += QFile::encodeName(argument);
     }
 }
 
 ToolResult ToolRun::perform() {
     auto output = openPipe();
-    if (!output || !m_cancelPipe) {
+    if (!output || !cancelPipe_) {
         return systemError(errno, u"A pipe could not be made"_s);
     }
     if (auto failure = start(output->writeEnd)) {
@@ -110,7 +110,7 @@ ToolResult ToolRun::perform() {
 
     const QByteArray bytes = readToEnd(output->readEnd);
     const int status = waitForExit();
-    auto text = decoded(bytes, m_truncated);
+    auto text = decoded(bytes, truncated_);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         return text.value_or(QString());
     }
@@ -123,35 +123,35 @@ ToolResult ToolRun::perform() {
 }
 
 void ToolRun::cancel() {
-    const std::scoped_lock lock(m_mutex);
-    m_cancelled = true;
-    if (m_cancelPipe) {
-        m_cancelPipe->writeEnd.close();
+    const std::scoped_lock lock(mutex_);
+    cancelled_ = true;
+    if (cancelPipe_) {
+        cancelPipe_->writeEnd.close();
     }
-    if (m_process > 0) {
-        kill(m_process, SIGKILL);
+    if (process_ > 0) {
+        kill(process_, SIGKILL);
     }
 }
 
 std::optional<ServiceError> ToolRun::start(const Descriptor& output) {
     std::vector<char*> words;
-    words.reserve(static_cast<std::size_t>(m_words.size()) + 1);
-    std::transform(m_words.begin(), m_words.end(), std::back_inserter(words), [](QByteArray& word) {
+    words.reserve(static_cast<std::size_t>(words_.size()) + 1);
+    std::transform(words_.begin(), words_.end(), std::back_inserter(words), [](QByteArray& word) {
         return word.data();
     });
     words.push_back(nullptr);
 
     const SpawnSettings settings(output.get());
-    const std::scoped_lock lock(m_mutex);
-    if (m_cancelled) {
+    const std::scoped_lock lock(mutex_);
+    if (cancelled_) {
         return serviceError(128 + SIGKILL, operationFailed);
     }
     const int error = posix_spawn(
-        &m_process, words.front(), settings.actions(), settings.attributes(), words.data(),
+        &process_, words.front(), settings.actions(), settings.attributes(), words.data(),
         environment());
     if (error != 0) {
-        m_process = 0;
-        return systemError(error, u"\"%1\" could not be started"_s.arg(m_path));
+        process_ = 0;
+        return systemError(error, u"\"%1\" could not be started"_s.arg(path_));
     }
     return std::nullopt;
 }
@@ -160,7 +160,7 @@ QByteArray ToolRun::readToEnd(const Descriptor& output) {
     QByteArray bytes;
     std::array<char, 65536> buffer{};
     std::array<pollfd, 2> sources{
-        pollfd{output.get(), POLLIN, 0}, pollfd{m_cancelPipe->readEnd.get(), POLLIN, 0}};
+        pollfd{output.get(), POLLIN, 0}, pollfd{cancelPipe_->readEnd.get(), POLLIN, 0}};
     while (true) {
         if (poll(sources.data(), sources.size(), -1) < 0) {
             if (errno == EINTR) {
@@ -179,7 +179,7 @@ QByteArray ToolRun::readToEnd(const Descriptor& output) {
             return bytes;
         }
         const auto kept = std::min<qsizetype>(count, outputLimit - bytes.size());
-        m_truncated = m_truncated || kept < count;
+        truncated_ = truncated_ || kept < count;
         bytes.append(buffer.data(), kept);
     }
 }
@@ -188,17 +188,17 @@ int ToolRun::waitForExit() {
     // The process is reaped under the lock only, so that `cancel` never kills a number that has
     // become someone else's.
     siginfo_t ended{};
-    while (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOWAIT) != 0) {
+    while (waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOWAIT) != 0) {
         if (errno != EINTR) {
             break;
         }
     }
-    const std::scoped_lock lock(m_mutex);
+    const std::scoped_lock lock(mutex_);
     int status = 0;
-    if (waitpid(m_process, &status, 0) < 0) {
+    if (waitpid(process_, &status, 0) < 0) {
         status = SIGKILL;
     }
-    m_process = 0;
+    process_ = 0;
     return status;
 }
 

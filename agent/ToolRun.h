@@ -42,14 +42,14 @@ private:
     [[nodiscard]] QByteArray readToEnd(const Descriptor& output);
     [[nodiscard]] int waitForExit();
 
-    QString m_path;
-    QByteArrayList m_words;
-    bool m_truncated = false;
+    QString path_;
+    QByteArrayList words_;
+    bool truncated_ = false;
 
-    std::mutex m_mutex;
-    std::optional<Pipe> m_cancelPipe;
-    bool m_cancelled = false;
-    pid_t m_process = 0;
+    std::mutex mutex_;
+    std::optional<Pipe> cancelPipe_;
+    bool cancelled_ = false;
+    pid_t process_ = 0;
 };
 
 } // namespace vesk
