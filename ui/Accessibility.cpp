@@ -2,6 +2,7 @@
 
 #include "ui/GlyphView.h"
 #include "ui/Meter.h"
+#include "ui/SegmentedControl.h"
 
 #include <QAccessibleWidget>
 
@@ -37,6 +38,9 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
     }
     if (auto* glyph = qobject_cast<GlyphView*>(object)) {
         return new QAccessibleWidget(glyph, QAccessible::Graphic);
+    }
+    if (auto* segments = qobject_cast<SegmentedControl*>(object)) {
+        return new QAccessibleWidget(segments, QAccessible::Grouping);
     }
     return nullptr;
 }

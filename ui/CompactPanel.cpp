@@ -97,8 +97,7 @@ CompactRow bayRow(
         true};
 }
 
-} // namespace
-
+/// Nothing is known yet.
 CompactPanel checkingPanel(const Dashboard& dashboard, bool starting) {
     CompactPanel panel = mirrored(dashboard);
     if (!starting) {
@@ -113,7 +112,12 @@ CompactPanel checkingPanel(const Dashboard& dashboard, bool starting) {
     return panel;
 }
 
+} // namespace
+
 CompactPanel compactPanel(const Dashboard& dashboard, const ServiceFacts& facts) {
+    if (dashboard.checking) {
+        return checkingPanel(dashboard, facts.starting);
+    }
     constexpr double usualCooldownCap = 45;
     const auto records = slotRecords(facts.lastHealth);
     const Budget budget(facts.lastHealth);

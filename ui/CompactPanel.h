@@ -32,10 +32,7 @@ struct CompactPanel {
     bool operator==(const CompactPanel&) const = default;
 };
 
-/// Before the first answer or miss.
-[[nodiscard]] CompactPanel checkingPanel(const Dashboard& dashboard, bool starting);
-
-/// From the first answer or miss on. Offline, the rack line keeps the last document's names.
+/// What the panel says now. Offline, the rack line keeps the last document's names.
 [[nodiscard]] CompactPanel compactPanel(const Dashboard& dashboard, const ServiceFacts& facts);
 
 } // namespace vesk

@@ -33,7 +33,7 @@ void showToggle(QCheckBox& box, const ToggleFace& face) {
 
 CompactPanelView::CompactPanelView(QWidget* parent) : QWidget(parent) {
     pin(stack({makeHeader(), makeStatusBlock(), makeRackBox(), makeControls()}, true, 10), this, 0);
-    show(checkingPanel(Dashboard(), false));
+    show(compactPanel(Dashboard(), ServiceFacts()));
 }
 
 void CompactPanelView::show(const CompactPanel& panel) {
@@ -94,7 +94,7 @@ QWidget* CompactPanelView::makeRackBox() {
 QWidget* CompactPanelView::makeControls() {
     compactStart_ = button(
         QString(), this, [this] { emit startPressed(); }, true);
-    compactToggle_ = new QCheckBox(u"Detailed analysis"_s);
+    compactToggle_ = checkBox(u"Detailed analysis"_s);
     // Not clicked(): assistive technology switches a check box without a click.
     connect(compactToggle_, &QCheckBox::toggled, this, &CompactPanelView::toggleChanged);
     auto* setup = button(u"Setup…"_s, this, [this] { emit setupPressed(); });

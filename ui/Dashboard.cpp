@@ -112,6 +112,7 @@ Dashboard connectedDashboard(const ServiceFacts& facts) {
     const Budget budget(facts.lastHealth);
 
     Dashboard next;
+    next.checking = false;
     next.connection = {u"● CONNECTED"_s, Tone::live};
     next.status = statusText(active, facts.accepting);
     next.statusDetail = statusDetailText(active, facts);
@@ -144,6 +145,7 @@ Dashboard reconnectingDashboard(Dashboard last) {
 }
 
 Dashboard disconnectedDashboard(Dashboard last, bool starting) {
+    last.checking = false;
     last.connection = {u"● SERVICE STOPPED"_s, Tone::stopped};
     last.status = starting ? u"Starting processing…"_s : u"Processing is stopped"_s;
     last.statusDetail = u"The dashboard is open, but the processing service is unavailable. Start "

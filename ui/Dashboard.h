@@ -12,6 +12,7 @@ namespace vesk {
 struct Dashboard {
     Dashboard();
 
+    bool checking = true; ///< nothing has answered or failed to yet
     QString status;
     QString statusDetail;
     ConnectionFace connection;

@@ -23,15 +23,6 @@ bool isPrimary(const QWidget* widget) {
     return widget != nullptr && widget->property(primaryProperty).toBool();
 }
 
-QColor mixed(const QColor& base, const QColor& over, qreal amount) {
-    const auto channel = [amount](float from, float to) {
-        return from + static_cast<float>(amount) * (to - from);
-    };
-    return QColor::fromRgbF(
-        channel(base.redF(), over.redF()), channel(base.greenF(), over.greenF()),
-        channel(base.blueF(), over.blueF()));
-}
-
 void drawButtonBezel(const QStyleOption& option, QPainter& painter, bool primary) {
     const bool enabled = option.state.testFlag(QStyle::State_Enabled);
     const QColor tint = primary && enabled ? Theme::accent : Theme::muted;
@@ -75,6 +66,15 @@ void drawCheckIndicator(const QStyleOption& option, QPainter& painter) {
 }
 
 } // namespace
+
+QColor mixed(const QColor& base, const QColor& over, qreal amount) {
+    const auto channel = [amount](float from, float to) {
+        return from + static_cast<float>(amount) * (to - from);
+    };
+    return QColor::fromRgbF(
+        channel(base.redF(), over.redF()), channel(base.greenF(), over.greenF()),
+        channel(base.blueF(), over.blueF()));
+}
 
 void drawFocusRing(QPainter& painter, const QRectF& around, qreal radius) {
     painter.save();

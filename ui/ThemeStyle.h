@@ -31,6 +31,9 @@ public:
 /// Marks a push button as the one that matters on its screen.
 inline constexpr auto primaryProperty = "veskPrimary";
 
+/// `base` with `over` laid on it; `amount` from 0, only `base`, to 1, only `over`.
+[[nodiscard]] QColor mixed(const QColor& base, const QColor& over, qreal amount);
+
 /// The ring around the control that has the keyboard.
 void drawFocusRing(QPainter& painter, const QRectF& around, qreal radius);
 

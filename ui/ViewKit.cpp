@@ -4,6 +4,7 @@
 #include "ui/ThemeStyle.h"
 
 #include <QBoxLayout>
+#include <QCheckBox>
 #include <QFontDatabase>
 #include <QLabel>
 
@@ -85,6 +86,17 @@ button(const QString& title, const QObject* target, std::function<void()> action
     view->setProperty(primaryProperty, primary);
     QObject::connect(view, &QPushButton::clicked, target, std::move(action));
     return view;
+}
+
+QCheckBox* checkBox(const QString& title) {
+    auto* view = new QCheckBox(verbatim(title));
+    view->setFont(controlFont());
+    view->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    return view;
+}
+
+QFont controlFont() {
+    return systemFont(13, QFont::Medium);
 }
 
 QWidget* flexibleSpace() {

@@ -9,6 +9,7 @@
 
 #include <functional>
 
+class QCheckBox;
 class QLabel;
 
 /// The six builders that every screen is made with. Sizes are device-independent pixels. A view
@@ -36,6 +37,12 @@ void pin(QWidget* view, QWidget* container, int inset = 20);
 [[nodiscard]] QPushButton* button(
     const QString& title, const QObject* target, std::function<void()> action,
     bool primary = false);
+
+/// A check box with the title as it is.
+[[nodiscard]] QCheckBox* checkBox(const QString& title);
+
+/// What segments, check boxes and plain buttons are written in.
+[[nodiscard]] QFont controlFont();
 
 /// Takes what space is left in a stack.
 [[nodiscard]] QWidget* flexibleSpace();

@@ -1,0 +1,312 @@
+#include "app/Control.h"
+
+#include "agent/LoginItem.h"
+#include "model/Checked.h"
+#include "model/RefreshPolicy.h"
+#include "ui/Alert.h"
+#include "ui/CompactPanelView.h"
+#include "ui/TrayHost.h"
+#include "ui/settings/PerformanceSettings.h"
+#include "ui/setup/SetupWizard.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QTimer>
+
+#include <utility>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto setupVisitedKey = "setupVisitedV2"_L1;
+constexpr auto setupCompleteKey = "setupCompleteV2"_L1;
+
+} // namespace
+
+Control::Control(Surroundings surroundings)
+    : surroundings_(std::move(surroundings)),
+      locations_(surroundings_.home),
+      client_(surroundings_.port),
+      loop_(client_, [this] { return situation(); }),
+      backend_(client_, surroundings_.clock),
+      deepJobs_(client_),
+      launchctl_(surroundings_.toolPath),
+      start_(launchctl_, locations_),
+      recovery_(
+          launchctl_, [this] { return start_.starting(); }, surroundings_.clock),
+      tray_(TrayHost::make()) {
+    connectService();
+    connectViews();
+}
+
+Control::~Control() = default;
+
+void Control::connectService() {
+    connect(&loop_, &RefreshLoop::healthReceived, this, [this](const ConfirmedHealth& health) {
+        render(health);
+        backend_.checkIfDue(dashboardVisible(), setup_ != nullptr);
+    });
+    connect(&loop_, &RefreshLoop::healthMissed, this, &Control::noteHealthMiss);
+    connect(&backend_, &BackendCheck::answered, this, &Control::noteBackendAnswer);
+    connect(&recovery_, &ListenerRecovery::restarting, this, [this] {
+        show(recoveringDashboard(dashboard_));
+    });
+    connect(&recovery_, &ListenerRecovery::restarted, &loop_, &RefreshLoop::reload);
+}
+
+void Control::connectViews() {
+    connect(&tray_, &TrayItem::openPressed, this, &Control::openDashboard);
+    connect(&tray_, &TrayItem::startPressed, this, &Control::start);
+    connect(&tray_, &TrayItem::setupPressed, this, &Control::showSetup);
+    connect(&tray_, &TrayItem::quitPressed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    connect(&tray_, &TrayItem::menuWillOpen, &loop_, &RefreshLoop::reload);
+    connect(&tray_, &TrayItem::menuDidClose, &loop_, &RefreshLoop::scheduleRefresh);
+    connect(&tray_, &TrayItem::presenceChanged, this, [this] {
+        window_.setReachableWhenHidden(tray_.isPresent());
+    });
+    window_.setReachableWhenHidden(tray_.isPresent());
+
+    const CompactPanelView& panel = window_.panel();
+    connect(&panel, &CompactPanelView::startPressed, this, &Control::start);
+    connect(&panel, &CompactPanelView::toggleChanged, this, &Control::change);
+    connect(&panel, &CompactPanelView::setupPressed, this, &Control::showSetup);
+    connect(&panel, &CompactPanelView::settingsPressed, this, &Control::showSettings);
+    connect(&window_, &DashboardWindow::visibilityChanged, this, [this] {
+        if (dashboardVisible()) {
+            loop_.reload();
+        } else {
+            loop_.scheduleRefresh();
+        }
+    });
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](auto state) {
+        if (state == Qt::ApplicationActive) {
+            loop_.reload();
+        } else if (state == Qt::ApplicationHidden) {
+            loop_.scheduleRefresh();
+        }
+    });
+}
+
+void Control::applicationDidFinishLaunching() {
+    openDashboard();
+    const QSettings& defaults = surroundings_.defaults;
+    if (surroundings_.setupRequested || !defaults.value(setupVisitedKey).toBool()) {
+        QTimer::singleShot(500ms, this, &Control::showSetup);
+    }
+}
+
+void Control::openDashboard() {
+    window_.bringToFront();
+    loop_.reload();
+}
+
+std::optional<bool> Control::backendReady() const {
+    return backend_.backendReady();
+}
+
+bool Control::startsAtLogin() const {
+    return locations_.startsAtLogin();
+}
+
+std::optional<QString> Control::configureLogin(bool enabled) {
+    const auto error = vesk::configureLogin(locations_, enabled);
+    return error ? std::optional(error->description) : std::nullopt;
+}
+
+void Control::setDeep(bool enabled, std::function<void(bool)> completion) {
+    if (deepJobs_.changingPolicy()) {
+        if (completion) {
+            completion(false);
+        }
+        return;
+    }
+    deepJobs_.send(
+        enabled, [this, enabled, completion = std::move(completion)](const auto& answer) {
+            if (answer) {
+                render(*answer);
+            } else {
+                show(unchangedPolicyDashboard(dashboard_, facts()));
+            }
+            if (completion) {
+                completion(answer && answer->deep == enabled);
+            }
+            if (!answer) {
+                showError(u"Could not change deep-job acceptance. The saved policy has not been "
+                          "confirmed."_s);
+            }
+            loop_.scheduleRefresh();
+        });
+    show(changingPolicyDashboard(dashboard_));
+}
+
+void Control::setPerformanceMode(const QString& mode, std::function<void(bool)> completion) {
+    if (!online_) {
+        completion(false);
+        return;
+    }
+    client_.postPerformanceMode(
+        mode, this, [this, completion = std::move(completion)](const auto& answer) {
+            if (answer) {
+                render(*answer);
+            }
+            completion(answer.has_value());
+        });
+}
+
+void Control::startService(std::function<void()> completion) {
+    if (start_.starting()) {
+        return;
+    }
+    start_.startService(
+        [this, completion = std::move(completion)](const std::optional<ServiceError>& error) {
+            if (error) {
+                showDisconnected();
+                showError(error->description);
+                return;
+            }
+            loop_.reload();
+            if (completion) {
+                completion();
+            }
+        });
+    show(startingDashboard(dashboard_));
+}
+
+void Control::showError(const QString& message) {
+    QWidget* parent = &window_;
+    if (settingsPanel_ && settingsPanel_->window()->isVisible()) {
+        parent = settingsPanel_->window();
+    } else if (setup_) {
+        parent = setup_->window();
+    } else if (!window_.isVisible()) {
+        window_.bringToFront();
+    }
+    auto* alert = new Alert(message, parent);
+    alert->open();
+}
+
+void Control::setupCompleted() {
+    surroundings_.defaults.setValue(setupCompleteKey, true);
+}
+
+void Control::setupClosed() {
+    setup_.release()->deleteLater();
+    loop_.scheduleRefresh();
+}
+
+void Control::render(const ConfirmedHealth& health) {
+    consecutiveHealthMisses_ = 0;
+    lastHealth_ = health.document;
+    online_ = true;
+    accepting_ = health.deep;
+    show(connectedDashboard(facts()));
+    refreshSheets();
+}
+
+void Control::noteHealthMiss() {
+    consecutiveHealthMisses_ = checkedSum(consecutiveHealthMisses_, 1);
+    recovery_.recoverStaleListenerIfNeeded(consecutiveHealthMisses_);
+    if (online_ && consecutiveHealthMisses_ < RefreshPolicy::offlineAfterMisses) {
+        show(reconnectingDashboard(dashboard_));
+    } else {
+        showDisconnected();
+    }
+}
+
+void Control::noteBackendAnswer() {
+    // While the service is late the answer must not be taken for a sign of life: the next good
+    // fetch shows it.
+    if (online_ && consecutiveHealthMisses_ == 0) {
+        show(connectedDashboard(facts()));
+        refreshSheets();
+    }
+}
+
+void Control::showDisconnected() {
+    online_ = false;
+    backend_.reset();
+    show(disconnectedDashboard(dashboard_, start_.starting()));
+    refreshSheets();
+}
+
+void Control::show(Dashboard next) {
+    dashboard_ = std::move(next);
+    window_.panel().show(compactPanel(dashboard_, facts()));
+    tray_.show(dashboard_);
+}
+
+void Control::refreshSheets() {
+    if (setup_) {
+        setup_->refreshReadiness();
+    }
+    if (settingsPanel_) {
+        settingsPanel_->refresh();
+    }
+}
+
+void Control::start() {
+    if (online_) {
+        setDeep(!accepting_, {});
+    } else {
+        startService({});
+    }
+}
+
+void Control::change(bool deep) {
+    // As the person left it, until the service confirms or refuses.
+    dashboard_.deepToggle.state = deep ? Qt::Checked : Qt::Unchecked;
+    setDeep(deep, {});
+}
+
+void Control::showSettings() {
+    if (!settingsPanel_) {
+        settingsPanel_ = std::make_unique<PerformanceSettings>(*this, &window_);
+    }
+    settingsPanel_->open();
+    settingsPanel_->refresh();
+}
+
+void Control::showSetup() {
+    if (setup_) {
+        return;
+    }
+    if (!window_.isVisible()) {
+        window_.bringToFront();
+    }
+    surroundings_.defaults.setValue(setupVisitedKey, true);
+    setup_ = std::make_unique<SetupWizard>(*this, &window_);
+    setup_->open();
+    loop_.reload();
+}
+
+bool Control::dashboardVisible() const {
+    return tray_.menuOpen()
+           || (window_.isVisibleToUser()
+               && QGuiApplication::applicationState() != Qt::ApplicationHidden);
+}
+
+RefreshLoop::Situation Control::situation() const {
+    return {
+        .visible = dashboardVisible(),
+        .active = online_ && activeCount(slotRecords(lastHealth_)) > 0,
+        .setup = setup_ != nullptr,
+        .changingPolicy = deepJobs_.changingPolicy()};
+}
+
+ServiceFacts Control::facts() const {
+    return {
+        .lastHealth = lastHealth_,
+        .online = online_,
+        .accepting = accepting_,
+        .changingPolicy = deepJobs_.changingPolicy(),
+        .starting = start_.starting(),
+        .backendReady = backend_.backendReady(),
+        .port = surroundings_.port,
+        .hostName = surroundings_.hostName};
+}
+
+} // namespace vesk

@@ -1,0 +1,86 @@
+#include "ui/SegmentedControl.h"
+
+#include "ui/Accessibility.h"
+#include "ui/Segment.h"
+#include "ui/Theme.h"
+#include "ui/ViewKit.h"
+
+#include <QBoxLayout>
+#include <QPainter>
+#include <QScopedValueRollback>
+
+namespace vesk {
+
+namespace {
+
+constexpr int rim = 2;
+constexpr qreal radius = 7;
+
+} // namespace
+
+SegmentedControl::SegmentedControl(
+    const QString& name, const QStringList& titles, QWidget* parent)
+    : QWidget(parent) {
+    installAccessibility();
+    setAccessibleName(name);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(rim, rim, rim, rim);
+    row->setSpacing(rim);
+    for (const QString& title : titles) {
+        auto* segment = new Segment(verbatim(title), this);
+        segment->setFont(controlFont());
+        const auto index = static_cast<int>(segments_.size());
+        // Not clicked(): assistive technology checks a radio button without a click.
+        connect(segment, &Segment::toggled, this, [this, index](bool on) {
+            if (on && !selecting_) {
+                emit picked(index);
+            }
+        });
+        connect(segment, &Segment::chosenAgain, this, [this, index] { emit picked(index); });
+        row->addWidget(segment);
+        segments_.append(segment);
+    }
+    select(0);
+}
+
+int SegmentedControl::selectedIndex() const {
+    for (qsizetype index = 0; index < segments_.size(); ++index) {
+        if (segments_.at(index)->isChecked()) {
+            return static_cast<int>(index);
+        }
+    }
+    return -1;
+}
+
+void SegmentedControl::select(int index) {
+    const QScopedValueRollback byProgram(selecting_, true);
+    segments_.at(index)->setChecked(true);
+}
+
+void SegmentedControl::setAvailable(bool available) {
+    if (available == isEnabled()) {
+        return;
+    }
+    if (!available) {
+        owedKeyboard_ = isAncestorOf(window()->focusWidget());
+    }
+    setEnabled(available);
+    if (available && owedKeyboard_ && window()->focusWidget() == nullptr) {
+        takeKeyboard();
+    }
+}
+
+void SegmentedControl::takeKeyboard() {
+    segments_.at(selectedIndex())->setFocus();
+}
+
+void SegmentedControl::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Theme::line, 1));
+    painter.setBrush(Theme::background);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+} // namespace vesk

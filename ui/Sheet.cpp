@@ -1,0 +1,37 @@
+#include "ui/Sheet.h"
+
+#include <QCloseEvent>
+#include <QLayout>
+
+#include <algorithm>
+
+namespace vesk {
+
+Sheet::Sheet(const QString& title, QSize size, QWidget* parent) : QDialog(parent), size_(size) {
+    setWindowTitle(title);
+    setWindowModality(Qt::WindowModal);
+    setMinimumSize(size);
+    resize(size);
+}
+
+void Sheet::growToFit() {
+    layout()->activate();
+    // A box layout's own minimum does not know how high a text gets that wraps.
+    const int needed = layout()->totalHeightForWidth(width());
+    setMinimumHeight(std::max(size_.height(), needed));
+}
+
+void Sheet::end() {
+    done(Accepted);
+}
+
+void Sheet::reject() {
+    emit dismissed();
+}
+
+void Sheet::closeEvent(QCloseEvent* event) {
+    emit dismissed();
+    event->setAccepted(isHidden());
+}
+
+} // namespace vesk
