@@ -5,11 +5,13 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace vesk {
 
 namespace {
 
-constexpr int height = 24;
+constexpr int leastHeight = 24;
 constexpr int margin = 14;
 constexpr qreal radius = 5;
 
@@ -22,7 +24,7 @@ Segment::Segment(const QString& title, QWidget* parent) : QRadioButton(title, pa
 
 QSize Segment::sizeHint() const {
     const QSize words = fontMetrics().size(Qt::TextShowMnemonic, text());
-    return {words.width() + 2 * margin, qMax(words.height() + 6, height)};
+    return {words.width() + 2 * margin, std::max(words.height() + 6, leastHeight)};
 }
 
 QSize Segment::minimumSizeHint() const {

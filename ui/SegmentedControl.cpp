@@ -18,8 +18,7 @@ constexpr qreal radius = 7;
 
 } // namespace
 
-SegmentedControl::SegmentedControl(
-    const QString& name, const QStringList& titles, QWidget* parent)
+SegmentedControl::SegmentedControl(const QString& name, const QStringList& titles, QWidget* parent)
     : QWidget(parent) {
     installAccessibility();
     setAccessibleName(name);

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QList>
+#include <QStringList>
 #include <QWidget>
-
-class QStringList;
 
 namespace vesk {
 

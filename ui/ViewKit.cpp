@@ -54,15 +54,19 @@ QWidget* stack(const QList<QWidget*>& views, bool vertical, int spacing) {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(spacing);
     for (QWidget* view : views) {
-        Qt::Alignment alignment;
-        if (!vertical) {
-            alignment = Qt::AlignVCenter;
-        } else if (!growsSideways(*view)) {
-            alignment = Qt::AlignLeft;
-        }
-        layout->addWidget(view, 0, alignment);
+        addToStack(*layout, view);
     }
     return container;
+}
+
+void addToStack(QBoxLayout& stack, QWidget* view) {
+    Qt::Alignment alignment;
+    if (stack.direction() == QBoxLayout::LeftToRight) {
+        alignment = Qt::AlignVCenter;
+    } else if (!growsSideways(*view)) {
+        alignment = Qt::AlignLeft;
+    }
+    stack.addWidget(view, 0, alignment);
 }
 
 void pin(QWidget* view, QWidget* container, int inset) {
@@ -90,7 +94,7 @@ button(const QString& title, const QObject* target, std::function<void()> action
 
 QCheckBox* checkBox(const QString& title) {
     auto* view = new QCheckBox(verbatim(title));
-    view->setFont(controlFont());
+    view->setFont(systemFont(13, QFont::Normal));
     view->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     return view;
 }

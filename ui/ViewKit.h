@@ -9,6 +9,7 @@
 
 #include <functional>
 
+class QBoxLayout;
 class QCheckBox;
 class QLabel;
 
@@ -27,6 +28,9 @@ namespace vesk {
 /// The views in order: below one another from the leading edge, or side by side and centred.
 [[nodiscard]] QWidget* stack(const QList<QWidget*>& views, bool vertical = true, int spacing = 12);
 
+/// Puts `view` at the end of what stack() laid out.
+void addToStack(QBoxLayout& stack, QWidget* view);
+
 /// Puts `view` into `container`, with the same margin on all four sides.
 void pin(QWidget* view, QWidget* container, int inset = 20);
 
@@ -41,7 +45,7 @@ void pin(QWidget* view, QWidget* container, int inset = 20);
 /// A check box with the title as it is.
 [[nodiscard]] QCheckBox* checkBox(const QString& title);
 
-/// What segments, check boxes and plain buttons are written in.
+/// What plain buttons and segments are written in.
 [[nodiscard]] QFont controlFont();
 
 /// Takes what space is left in a stack.
