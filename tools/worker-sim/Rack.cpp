@@ -92,7 +92,7 @@ nlohmann::json Rack::health() const {
         {"device_id", "simulated-rack"},
         {"deep_scan_enabled", deepEnabled_},
         {"duty_percent", budget_.dutyPercent()},
-        {"workers", lanesInUse()},
+        {"workers", budget_.lanes()},
         {"configured_workers", places_.size()},
         {"cooldown_seconds", std::round(cooling.count() * 10) / 10},
         {"cooldown_cap_seconds", Bay::coolingCap.count()},

@@ -2,6 +2,7 @@
 #include "tools/worker-sim/Service.h"
 #include "tools/worker-sim/Simulation.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
