@@ -27,9 +27,15 @@ QString limitsText(const HealthDocument& lastHealth) {
              "immediately. These are rest-period targets, not operating-system CPU/GPU caps."_s;
 }
 
+SetupPage pageWith(const QString& heading, const QList<SetupItem>& body) {
+    SetupPage page;
+    page.heading = heading;
+    page.body = body;
+    return page;
+}
+
 SetupPage welcomePage() {
-    return {
-        {},
+    return pageWith(
         u"A little more intelligence. Locally."_s,
         {{Kind::paragraph,
           u"Your phone selects the scan inputs. This Mac handles visual descriptions, selected "
@@ -37,12 +43,12 @@ SetupPage welcomePage() {
          {Kind::mode, {}},
          {Kind::paragraph,
           u"Basic guides you through the essentials. Advanced also shows ports, model readiness "
-          "and processing limits. You can skip now and reopen Setup at any time."_s}}};
+          "and processing limits. You can skip now and reopen Setup at any time."_s}});
 }
 
 SetupPage enginesPage(bool advanced, const HealthDocument& lastHealth) {
-    SetupPage page{
-        {}, u"Check your scan engines"_s, {{Kind::readiness, {}}, {Kind::startCheck, {}}}};
+    SetupPage page =
+        pageWith(u"Check your scan engines"_s, {{Kind::readiness, {}}, {Kind::startCheck, {}}});
     if (advanced) {
         page.body.append(
             {Kind::paragraph,
@@ -55,8 +61,7 @@ SetupPage enginesPage(bool advanced, const HealthDocument& lastHealth) {
 }
 
 SetupPage phonePage(bool advanced, qint64 port) {
-    SetupPage page{
-        {},
+    SetupPage page = pageWith(
         u"Connect your phone"_s,
         {{Kind::paragraph,
           u"1. Keep the Mac and phone on the same LAN or Wi-Fi.\n"
@@ -67,7 +72,7 @@ SetupPage phonePage(bool advanced, qint64 port) {
          {Kind::paragraph,
           u"Guest-network isolation can block discovery. A Wi-Fi hotspot also works when devices "
           "can reach one another. The Mac must stay awake; closing this dashboard leaves the "
-          "worker running."_s}}};
+          "worker running."_s}});
     if (advanced) {
         page.body.append(
             {Kind::paragraph,
@@ -80,8 +85,7 @@ SetupPage phonePage(bool advanced, qint64 port) {
 }
 
 SetupPage choicesPage() {
-    return {
-        {},
+    return pageWith(
         u"Choose how this Mac helps"_s,
         {{Kind::deep, {}},
          {Kind::login, {}},
@@ -92,7 +96,7 @@ SetupPage choicesPage() {
          {Kind::paragraph,
           u"Existing models, network port and three processing slots are retained. Activity-aware "
           "mode works gently while you use the Mac and may use more spare power after five idle "
-          "minutes. Setup does not download models or start a new phone library scan."_s}}};
+          "minutes. Setup does not download models or start a new phone library scan."_s}});
 }
 
 SetupPage pageBody(int step, bool advanced, const HealthDocument& lastHealth, qint64 port) {
