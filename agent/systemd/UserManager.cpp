@@ -1,0 +1,63 @@
+#include "agent/systemd/UserManager.h"
+
+#include <utility>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::optional<ServiceError> failureOf(const ToolResult& result) {
+    const auto* failure = std::get_if<ServiceError>(&result);
+    return failure != nullptr ? std::optional(*failure) : std::nullopt;
+}
+
+} // namespace
+
+UserManager::UserManager(QString systemctl, QString runtimeFolder)
+    : systemctl_(std::move(systemctl)), runtimeFolder_(std::move(runtimeFolder)) {}
+
+QString UserManager::unitFolder() const {
+    return runtimeFolder_ + u"/systemd/user"_s;
+}
+
+std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QString& unit) const {
+    const ToolResult result =
+        call({u"show"_s, u"--property=LoadState,MainPID,FragmentPath"_s, unit});
+    if (const auto* failure = std::get_if<ServiceError>(&result)) {
+        return *failure;
+    }
+    UnitState state;
+    const QStringList lines = std::get<QString>(result).split(u'\n');
+    for (const QString& line : lines) {
+        const QString key = line.section(u'=', 0, 0);
+        const QString value = line.section(u'=', 1);
+        if (key == u"LoadState") {
+            state.loaded = value == u"loaded";
+        } else if (key == u"MainPID") {
+            state.mainProcess = value.toLongLong();
+        } else if (key == u"FragmentPath") {
+            state.file = value;
+        }
+    }
+    return state;
+}
+
+std::optional<ServiceError> UserManager::restart(const QString& unit) const {
+    return failureOf(call({u"restart"_s, unit}));
+}
+
+std::optional<ServiceError> UserManager::stop(const QString& unit) const {
+    return failureOf(call({u"stop"_s, unit}));
+}
+
+std::optional<ServiceError> UserManager::reload() const {
+    return failureOf(call({u"daemon-reload"_s}));
+}
+
+ToolResult UserManager::call(const QStringList& arguments) const {
+    return ToolRun(systemctl_, QStringList{u"--user"_s} + arguments).perform();
+}
+
+} // namespace vesk

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "agent/ToolRun.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace vesk {
+
+/// The user's systemd, asked through its tool. Every call waits for the answer.
+class UserManager {
+public:
+    struct UnitState {
+        bool loaded = false;    ///< its unit file is known and sound
+        qint64 mainProcess = 0; ///< process id, 0 while it does not run
+        QString file;           ///< where the unit comes from
+    };
+
+    /// `runtimeFolder` is the user's XDG_RUNTIME_DIR.
+    UserManager(QString systemctl, QString runtimeFolder);
+
+    /// The folder for units that live until the user's last session ends.
+    [[nodiscard]] QString unitFolder() const;
+
+    [[nodiscard]] std::variant<UnitState, ServiceError> state(const QString& unit) const;
+
+    /// Kills the unit's processes, if there are any, and starts it; returns when it runs.
+    [[nodiscard]] std::optional<ServiceError> restart(const QString& unit) const;
+
+    [[nodiscard]] std::optional<ServiceError> stop(const QString& unit) const;
+
+    /// Reads all units again.
+    [[nodiscard]] std::optional<ServiceError> reload() const;
+
+private:
+    [[nodiscard]] ToolResult call(const QStringList& arguments) const;
+
+    QString systemctl_;
+    QString runtimeFolder_;
+};
+
+} // namespace vesk
