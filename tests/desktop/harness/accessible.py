@@ -1,0 +1,105 @@
+"""The program as assistive technology sees it."""
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+
+class Node:
+    def __init__(self, accessible):
+        self._accessible = accessible
+
+    @property
+    def name(self):
+        return self._accessible.get_name()
+
+    @property
+    def description(self):
+        return self._accessible.get_description()
+
+    @property
+    def role(self):
+        return self._accessible.get_role_name()
+
+    @property
+    def value(self):
+        return self._accessible.get_current_value()
+
+    def has(self, state):
+        """`state` as in "enabled", "checked", "indeterminate", "showing"."""
+        return self._accessible.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
+
+    def press(self):
+        """Does the first action that the node offers."""
+        self._accessible.do_action(0)
+
+    def children(self):
+        count = self._accessible.get_child_count()
+        children = (self._accessible.get_child_at_index(index) for index in range(count))
+        return [Node(child) for child in children if child]
+
+    def walk(self):
+        yield self
+        for child in self.children():
+            yield from child.walk()
+
+
+class Accessible:
+    """Everything is read afresh at each question."""
+
+    def __init__(self, pid):
+        self._pid = pid
+
+    def _application(self):
+        desktop = Atspi.get_desktop(0)
+        desktop.set_cache_mask(Atspi.Cache.NONE)
+        for index in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(index)
+            try:
+                if application and application.get_process_id() == self._pid:
+                    application.set_cache_mask(Atspi.Cache.NONE)
+                    application.clear_cache()
+                    return application
+            except GLib.Error:
+                continue
+        return None
+
+    def nodes(self):
+        """All nodes; none while the program is not on the bus, or changes as we look."""
+        try:
+            application = self._application()
+            return list(Node(application).walk()) if application else []
+        except GLib.Error:
+            return []
+
+    def find(self, role, name=None):
+        """The first node of that role, and of that name when one is given; None without one."""
+        for node in self.nodes():
+            try:
+                if node.role == role and name in (None, node.name):
+                    return node
+            except GLib.Error:
+                continue
+        return None
+
+    def names(self, role="label"):
+        """The names of all nodes of that role, in the order of the tree."""
+        names = []
+        for node in self.nodes():
+            try:
+                if node.role == role:
+                    names.append(node.name)
+            except GLib.Error:
+                continue
+        return names
+
+    def tree(self):
+        """For a person who looks into a failure."""
+        lines = []
+        for node in self.nodes():
+            try:
+                lines.append(f"{node.role}: {node.name!r} {node.description!r}")
+            except GLib.Error:
+                lines.append("(gone)")
+        return "\n".join(lines)

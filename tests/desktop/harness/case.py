@@ -1,0 +1,49 @@
+"""What the desktop tests share: one desktop a test process, everything else a test."""
+
+import unittest
+
+from .dashboard import Dashboard
+from .desktop import Desktop
+from .tray import TrayHost
+from .worker import Worker
+
+
+class DesktopCase(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop()
+        cls.addClassCleanup(cls.desktop.stop)
+
+    def setUp(self):
+        self._dashboards = []
+
+    def tearDown(self):
+        # Before the cleanups, so that everything can still be seen.
+        if not self._outcome.success:
+            print("picture:", self.desktop.picture(self.id()))
+            for dashboard in self._dashboards:
+                print(dashboard.err)
+                print(dashboard.accessible.tree())
+
+    def worker(self, **options):
+        worker = Worker(self.desktop, **options)
+        self.addCleanup(worker.stop)
+        return worker
+
+    def dashboard(self, *arguments, **options):
+        dashboard = Dashboard(self.desktop, *arguments, **options)
+        self.addCleanup(dashboard.stop)
+        self._dashboards.append(dashboard)
+        return dashboard
+
+    def live_dashboard(self, worker, *arguments, **options):
+        dashboard = self.dashboard(worker.port, *arguments, **options)
+        dashboard.wait_until_live()
+        return dashboard
+
+    def tray_host(self):
+        host = TrayHost(self.desktop)
+        self.addCleanup(host.leave)
+        return host

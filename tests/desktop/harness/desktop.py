@@ -1,0 +1,117 @@
+"""A private desktop: screen, window manager, session bus with the accessibility service."""
+
+import os
+import shutil
+import subprocess
+import tempfile
+
+from .process import Process
+from .waiting import wait_for
+from .windows import Windows
+
+BUILD = os.environ["VESK_BUILD_DIR"]
+DASHBOARD = os.path.join(BUILD, "VeskWorkerControl")
+WORKER = os.path.join(BUILD, "vesk-worker-sim")
+PICTURES = os.path.join(BUILD, "desktop-failures")
+
+WIDTH, HEIGHT = 1280, 800
+
+
+class Desktop:
+    """One for each test process; `environment` is what programs on it are started with."""
+
+    def __init__(self):
+        # Short, because sockets live in it.
+        self.folder = tempfile.mkdtemp(prefix="vesk-")
+        self._processes = []
+        self.environment = self._bare_environment()
+        self.windows = None
+        try:
+            self._start_screen()
+            self._start_bus()
+            self._start_window_manager()
+        except BaseException:
+            self.stop()
+            raise
+
+    def _bare_environment(self):
+        environment = {
+            "PATH": "/usr/bin:/bin",
+            "LC_ALL": "C.UTF-8",
+            "GSETTINGS_BACKEND": "memory",
+            "QT_QPA_PLATFORM": "xcb",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            # A request that went to a proxy would be lost.
+            "http_proxy": "http://127.0.0.1:9",
+            "all_proxy": "http://127.0.0.1:9",
+        }
+        for name in ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"):
+            if name in os.environ:
+                environment[name] = os.environ[name]
+        environment.update(self.home_environment("desktop"))
+        return environment
+
+    def home_environment(self, name):
+        """A fresh home folder with all that programs keep in one."""
+        home = os.path.join(self.folder, name)
+        runtime = os.path.join(home, "runtime")
+        os.makedirs(home)
+        os.mkdir(runtime, 0o700)
+        return {
+            "HOME": home,
+            "XDG_CONFIG_HOME": os.path.join(home, ".config"),
+            "XDG_DATA_HOME": os.path.join(home, ".local/share"),
+            "XDG_CACHE_HOME": os.path.join(home, ".cache"),
+            "XDG_RUNTIME_DIR": runtime,
+        }
+
+    def _start(self, arguments, name, **options):
+        process = Process(arguments, self.environment, self.folder, name, **options)
+        self._processes.append(process)
+        return process
+
+    def _start_screen(self):
+        read_end, write_end = os.pipe()
+        screen = self._start(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
+             "-nolisten", "tcp", "-noreset"],
+            "screen",
+            pass_fds=[write_end],
+        )
+        os.close(write_end)
+        with os.fdopen(read_end) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise RuntimeError("the screen did not start: " + screen.err)
+        self.environment["DISPLAY"] = ":" + number
+
+    def _start_bus(self):
+        bus = self._start(
+            ["dbus-daemon", "--session", "--nofork", "--print-address",
+             "--address=unix:tmpdir=" + self.folder],
+            "bus",
+        )
+        address = wait_for("the session bus's address", lambda: bus.out.strip())
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        # The bindings look here, and connect once in the life of this process.
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = address
+        os.environ["DISPLAY"] = self.environment["DISPLAY"]
+
+    def _start_window_manager(self):
+        self._start(["openbox", "--sm-disable"], "window-manager")
+        self.windows = Windows(self.environment["DISPLAY"])
+        wait_for("the window manager", self.windows.is_managed)
+
+    def picture(self, name):
+        """Keeps a picture of the screen beside the build."""
+        os.makedirs(PICTURES, exist_ok=True)
+        path = os.path.join(PICTURES, name + ".png")
+        subprocess.run(["scrot", "--overwrite", path], env=self.environment, check=False)
+        return path
+
+    def stop(self):
+        if self.windows:
+            self.windows.close()
+        for process in reversed(self._processes):
+            process.stop()
+        shutil.rmtree(self.folder, ignore_errors=True)

@@ -1,0 +1,65 @@
+"""A child process that is ended by its own id."""
+
+import os
+import resource
+import signal
+import subprocess
+
+
+class Process:
+    """Its output goes to files, so that a full pipe never holds it up."""
+
+    @staticmethod
+    def without_core_files():
+        """To be called in the child before its program starts."""
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    def __init__(self, arguments, environment, folder, name, **options):
+        self._out_path = os.path.join(folder, name + ".out")
+        self._err_path = os.path.join(folder, name + ".err")
+        with open(self._out_path, "wb") as out, open(self._err_path, "wb") as err:
+            self._child = subprocess.Popen(
+                arguments,
+                env=environment,
+                stdin=subprocess.DEVNULL,
+                stdout=out,
+                stderr=err,
+                preexec_fn=self.without_core_files,
+                **options,
+            )
+
+    @property
+    def pid(self):
+        return self._child.pid
+
+    @property
+    def out(self):
+        return self._read(self._out_path)
+
+    @property
+    def err(self):
+        return self._read(self._err_path)
+
+    @staticmethod
+    def _read(path):
+        with open(path, "rb") as file:
+            return file.read().decode()
+
+    def is_running(self):
+        return self._child.poll() is None
+
+    def wait(self, seconds=15.0):
+        """The exit status; negative when a signal ended it."""
+        return self._child.wait(seconds)
+
+    def send(self, number):
+        self._child.send_signal(number)
+
+    def stop(self):
+        if self.is_running():
+            self._child.terminate()
+            try:
+                self._child.wait(10)
+            except subprocess.TimeoutExpired:
+                self._child.send_signal(signal.SIGKILL)
+                self._child.wait(10)

@@ -1,0 +1,101 @@
+"""Windows as the window manager and the person see them."""
+
+from Xlib import X, Xatom, Xutil, display as xdisplay
+from Xlib.protocol import event as xevent
+
+
+class Windows:
+    def __init__(self, name):
+        self._display = xdisplay.Display(name)
+        self._root = self._display.screen().root
+        self._cover = None
+
+    def close(self):
+        self._display.close()
+
+    def _atom(self, name):
+        return self._display.intern_atom(name)
+
+    def _property(self, window, name, kind=X.AnyPropertyType):
+        found = window.get_full_property(self._atom(name), kind)
+        return found.value if found else None
+
+    def is_managed(self):
+        return self._property(self._root, "_NET_SUPPORTING_WM_CHECK") is not None
+
+    def of_process(self, pid):
+        """The managed windows of a process, oldest first."""
+        windows = []
+        for number in self._property(self._root, "_NET_CLIENT_LIST") or []:
+            window = self._display.create_resource_object("window", number)
+            owner = self._property(window, "_NET_WM_PID")
+            if owner is not None and owner[0] == pid:
+                windows.append(window)
+        return windows
+
+    def title(self, window):
+        name = self._property(window, "_NET_WM_NAME")
+        return name.decode() if isinstance(name, bytes) else name
+
+    def is_minimised(self, window):
+        return self._atom("_NET_WM_STATE_HIDDEN") in (self._property(window, "_NET_WM_STATE") or [])
+
+    def is_active(self, window):
+        active = self._property(self._root, "_NET_ACTIVE_WINDOW")
+        return active is not None and active[0] == window.id
+
+    def place(self, window):
+        """Left, top, width and height on the screen, without the frame."""
+        geometry = window.get_geometry()
+        origin = window.translate_coords(self._root, 0, 0)
+        return -origin.x, -origin.y, geometry.width, geometry.height
+
+    def smallest_size(self, window):
+        hints = window.get_wm_normal_hints()
+        return (hints.min_width, hints.min_height) if hints.flags & Xutil.PMinSize else None
+
+    def _tell(self, window, kind, *values):
+        data = list(values) + [0] * (5 - len(values))
+        message = xevent.ClientMessage(
+            window=window, client_type=self._atom(kind), data=(32, data)
+        )
+        mask = X.SubstructureRedirectMask | X.SubstructureNotifyMask
+        self._root.send_event(message, event_mask=mask)
+        self._display.flush()
+
+    def press_close(self, window):
+        """As a press on the title bar's close button."""
+        self._tell(window, "_NET_CLOSE_WINDOW", X.CurrentTime, 2)
+
+    def minimise(self, window):
+        self._tell(window, "WM_CHANGE_STATE", Xutil.IconicState)
+
+    def activate(self, window):
+        """As a press on the window's entry in a task bar."""
+        self._tell(window, "_NET_ACTIVE_WINDOW", 2, X.CurrentTime, 0)
+
+    def cover(self):
+        """Puts a full-screen window in front of all others."""
+        size = self._root.get_geometry()
+        cover = self._root.create_window(
+            0, 0, size.width, size.height, 0, X.CopyFromParent, X.InputOutput, X.CopyFromParent,
+            background_pixel=self._display.screen().white_pixel,
+            event_mask=X.VisibilityChangeMask,
+        )
+        cover.set_wm_name("cover")
+        cover.change_property(
+            self._atom("_NET_WM_STATE"), Xatom.ATOM, 32, [self._atom("_NET_WM_STATE_FULLSCREEN")]
+        )
+        cover.map()
+        self._display.sync()
+        self._cover = cover
+
+    def is_covered(self):
+        """Whether the covering window reached the front."""
+        active = self._property(self._root, "_NET_ACTIVE_WINDOW")
+        return self._cover is not None and active is not None and active[0] == self._cover.id
+
+    def uncover(self):
+        self._cover.destroy()
+        self._display.sync()
+        self._cover = None

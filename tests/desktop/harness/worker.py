@@ -1,0 +1,82 @@
+"""The simulated worker with its fault switch and its request log."""
+
+import json
+import urllib.request
+
+from .desktop import WORKER
+from .process import Process
+from .waiting import wait_for
+
+_direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+
+
+def bay(number, **record):
+    return {"slot": number, **record}
+
+
+BUSY = bay(1, state="busy", stage="describe", media_kind="photo", phase="processing", model="m")
+
+
+class Worker:
+    def __init__(self, desktop, port=0, token=None):
+        environment = dict(desktop.environment)
+        if token is not None:
+            environment["TESSALURE_WORKER_TOKEN"] = token
+        self._process = Process(
+            [WORKER, "--port", str(port)], environment, desktop.folder, "worker"
+        )
+        line = wait_for("the worker's address", lambda: self._process.out.strip())
+        self.port = int(line.rsplit(":", 1)[1])
+
+    def is_running(self):
+        return self._process.is_running()
+
+    def stop(self):
+        self._process.stop()
+
+    def _ask(self, method, path, document=None):
+        request = urllib.request.Request(
+            f"http://127.0.0.1:{self.port}{path}",
+            method=method,
+            data=None if document is None else json.dumps(document).encode(),
+            headers={"Content-Type": "application/json"},
+        )
+        with _direct.open(request, timeout=5) as answer:
+            return json.load(answer)
+
+    def arm(self, **fault):
+        """Adds a fault for the health requests."""
+        self._ask("POST", "/sim/fault", {"path": "health", **fault})
+
+    def fault(self, **fault):
+        """Arms one in place of those armed before."""
+        self.clear_faults()
+        self.arm(**fault)
+
+    def clear_faults(self):
+        self._ask("DELETE", "/sim/fault")
+
+    def faults(self):
+        return self._ask("GET", "/sim/fault")
+
+    def show_slots(self, *slots, **more):
+        """From now on every health answer has these bays."""
+        self.fault(patch={"slots": list(slots), **more})
+
+    def close_listener(self, seconds):
+        self._ask("POST", "/sim/listener", {"closed_seconds": seconds})
+
+    def requests(self, path="/v1/health"):
+        return [entry for entry in self._ask("GET", "/sim/requests") if entry["path"] == path]
+
+    def clear_requests(self):
+        self._ask("DELETE", "/sim/requests")
+
+    def wait_for_fetch(self, seconds=40.0):
+        """Returns just after a health request, so that there is time until the next."""
+        before = len(self.arrivals())
+        wait_for("a health request", lambda: len(self.arrivals()) > before, seconds)
+
+    def arrivals(self):
+        """When the health requests came in, in seconds of a clock that never jumps."""
+        return [entry["monotonic_seconds"] for entry in self.requests()]

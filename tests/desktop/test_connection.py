@@ -1,0 +1,133 @@
+"""The service gets late, goes away and comes back."""
+
+from harness.case import DesktopCase
+from harness.waiting import wait_for
+from harness.worker import BUSY, bay
+
+LATE = (
+    "The last local status check was delayed. Processing may still be running; keeping the last "
+    "confirmed state while reconnecting."
+)
+GONE = (
+    "The dashboard is open, but the processing service is unavailable. Start it to reconnect your "
+    "phone."
+)
+
+
+class ConnectionTest(DesktopCase):
+    def busy_dashboard(self):
+        worker = self.worker()
+        worker.show_slots(BUSY, bay(2, completed=4, failed=2))
+        return worker, self.live_dashboard(worker)
+
+    def control(self, dashboard, role, name):
+        node = dashboard.accessible.find(role, name)
+        self.assertIsNotNone(node, f"{role} {name!r}\n{dashboard.accessible.tree()}")
+        return node
+
+    def test_one_bad_answer_of_every_kind(self):
+        worker, dashboard = self.busy_dashboard()
+        good = {"slots": [BUSY]}
+        faults = {
+            "no content": {"status": 204},
+            "created": {"status": 201},
+            "server error": {"status": 500},
+            "unauthorised": {"status": 401},
+            "redirect": {"redirect": f"http://127.0.0.1:{worker.port}/v1/health"},
+            "list": {"body": "[]"},
+            "text": {"body": "<html>"},
+            "nothing": {"body": ""},
+            "truncated": {"truncate": True},
+            "hang-up": {"hang_up": True},
+            "reset": {"reset": True},
+            "flag is a text": {"patch": {"deep_scan_enabled": "false"}},
+            "flag is a number": {"patch": {"deep_scan_enabled": 1}},
+            "flag is missing": {"patch": {"deep_scan_enabled": None}},
+            "huge": {"size": 17 * 1024 * 1024},
+            "late": {"late": 4.5},
+            "drips": {"drip": 0.2},
+        }
+        for name, fault in faults.items():
+            with self.subTest(name):
+                worker.wait_for_fetch()
+                worker.clear_requests()
+                worker.fault(**fault, count=1)
+                worker.arm(patch=good)
+                dashboard.wait_for_text("● RECONNECTING")
+                dashboard.wait_for_text("● CONNECTED")
+                # What failed was not sent again behind our back.
+                paths = [request["path"] for request in worker.requests()]
+                self.assertLessEqual(len(paths), 4)
+
+    def test_reconnecting_keeps_what_was_confirmed(self):
+        worker, dashboard = self.busy_dashboard()
+        kept = [text for text in dashboard.texts() if text != "● CONNECTED"]
+        worker.wait_for_fetch()
+        worker.fault(status=503, count=2)
+        dashboard.wait_for_text("● RECONNECTING")
+        self.assertEqual(
+            [text for text in dashboard.texts() if text != "● RECONNECTING"], kept
+        )
+        headline = self.control(dashboard, "label", "1 processor working")
+        self.assertEqual(headline.description, LATE)
+        self.assertFalse(self.control(dashboard, "push button", "Pause deep jobs").has("enabled"))
+        self.assertFalse(self.control(dashboard, "check box", "Detailed analysis").has("enabled"))
+        dashboard.wait_for_text("● CONNECTED")
+
+    def test_two_misses_never_show_the_service_stopped(self):
+        worker, dashboard = self.busy_dashboard()
+        seen = []
+
+        def back():
+            lamps = [text for text in dashboard.texts() if text.startswith("● ")]
+            if lamps and lamps[:1] != seen[-1:]:
+                seen.append(lamps[0])
+            return seen[-1:] == ["● CONNECTED"] and len(seen) > 1
+
+        wait_for("the lamp", lambda: back() or seen)
+        worker.fault(status=503, count=2)
+        wait_for("the connection to be back", back)
+        self.assertEqual(seen, ["● CONNECTED", "● RECONNECTING", "● CONNECTED"])
+
+    def test_stopped_and_back(self):
+        worker, dashboard = self.busy_dashboard()
+        worker.close_listener(3600)
+        dashboard.wait_for_text("● RECONNECTING")
+        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        texts = dashboard.texts()
+        for text in (
+            "Processing is stopped",
+            "DEVICES  service offline",
+            "Service unavailable · no live counts",
+            "BAY 1  ○  Offline  ·  Start processing to help your connected devices",
+            "BAY 2  ○  Offline  ·  Start processing to help your connected devices",
+            "BAY 3  ○  Offline  ·  Start processing to help your connected devices",
+        ):
+            self.assertIn(text, texts)
+        headline = self.control(dashboard, "label", "Processing is stopped")
+        self.assertEqual(headline.description, GONE)
+        self.assertTrue(self.control(dashboard, "push button", "Start processing").has("enabled"))
+        toggle = self.control(dashboard, "check box", "Detailed analysis")
+        self.assertTrue(toggle.has("indeterminate"))
+        self.assertFalse(toggle.has("enabled"))
+
+        port = worker.port
+        worker.stop()
+        self.worker(port=port)
+        dashboard.wait_until_live()
+        self.assertNotIn("Processing is stopped", dashboard.texts())
+        self.assertEqual(dashboard.err, "")
+
+    def test_hostile_documents_stop_nothing(self):
+        worker, dashboard = self.busy_dashboard()
+        wrong = [None, True, -1, 2.5, 1e300, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
+        keys = ("slots", "connected_devices", "services", "video_backend", "audio_backend",
+                "activity_policy", "duty_percent", "model", "device_id", "device",
+                "cooldown_cap_seconds")
+        for value in wrong:
+            worker.clear_requests()
+            worker.fault(patch={key: value for key in keys})
+            wait_for("another fetch", lambda: len(worker.arrivals()) >= 2)
+        worker.show_slots(BUSY)
+        dashboard.wait_for_text("1 processor working")
+        self.assertIn("● CONNECTED", dashboard.texts())

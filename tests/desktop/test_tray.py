@@ -1,0 +1,186 @@
+"""The tray item, and the window with and without a desktop that has a tray."""
+
+from harness.case import DesktopCase
+from harness.tray import TrayHost, TrayWatcher
+from harness.waiting import wait_for
+from harness.worker import BUSY, bay
+
+ENTRIES = [
+    "-",
+    "Open Corvala for Mac",
+    "Pause deep jobs",
+    "Setup…",
+    "-",
+    "Quit dashboard (worker keeps running)",
+]
+
+
+class TrayTest(DesktopCase):
+    def wait_for_titles(self, item, *titles):
+        wait_for(f"the menu {titles}", lambda: item.menu.titles() == list(titles))
+
+    def wait_for_tool_tip(self, item, tool_tip, seconds=15.0):
+        wait_for(f"the tool tip {tool_tip!r}", lambda: item.tool_tip == tool_tip, seconds)
+
+    def test_item_follows_the_service(self):
+        host = self.tray_host()
+        worker = self.worker()
+        worker.show_slots(BUSY, bay(2, state="waiting"))
+        self.live_dashboard(worker)
+        item = host.item()
+        self.wait_for_tool_tip(item, "Corvala for Mac · 2 processors working")
+        self.wait_for_titles(item, "2 processors working", *ENTRIES)
+        menu = item.menu
+        self.assertFalse(menu.entry("2 processors working").is_enabled)
+        for title in ENTRIES:
+            if title != "-":
+                self.assertTrue(menu.entry(title).is_enabled, title)
+        self.assertIn(item.read("Status"), ("Active", "Passive", "NeedsAttention"))
+        with_count = item.pictures
+
+        worker.wait_for_fetch()
+        worker.show_slots(bay(1), deep_scan_enabled=False)
+        self.wait_for_tool_tip(item, "Corvala for Mac · Detailed analysis paused")
+        self.wait_for_titles(
+            item, "Detailed analysis paused", *["Resume deep jobs" if entry == "Pause deep jobs"
+                                                else entry for entry in ENTRIES]
+        )
+        without_count = item.pictures
+        # Where the tray has no titles the count is part of the picture.
+        self.assertTrue(with_count and without_count)
+        self.assertNotEqual(with_count, without_count)
+        for width, height, data in with_count + without_count:
+            self.assertEqual(len(data), width * height * 4)
+            self.assertTrue(any(data), "blank")
+
+        worker.wait_for_fetch()
+        worker.fault(status=503)
+        self.wait_for_tool_tip(item, "Corvala for Mac · reconnecting")
+        self.assertEqual(item.menu.titles()[0], "Reconnecting to worker…")
+        self.wait_for_tool_tip(item, "Corvala for Mac · processing stopped", 30)
+        self.wait_for_titles(
+            item, "Processing service stopped", *["Start processing" if entry == "Pause deep jobs"
+                                                  else entry for entry in ENTRIES]
+        )
+        self.assertEqual(item.pictures, without_count)
+
+    def test_before_the_first_answer(self):
+        host = self.tray_host()
+        worker = self.worker()
+        worker.fault(late=3.5, count=1)
+        self.dashboard(worker.port)
+        titles = host.item().menu.titles()
+        self.assertEqual(titles[0], "Checking processing…")
+        self.assertEqual(titles[3], "Start processing")
+
+    def test_closing_hides_and_the_menu_opens_again(self):
+        host = self.tray_host()
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        item = host.item()
+        windows = self.desktop.windows
+        for reopen in (lambda: item.menu.choose("Open Corvala for Mac"), item.click):
+            windows.press_close(dashboard.window())
+            wait_for("the window gone", lambda: not dashboard.is_shown())
+            self.assertTrue(dashboard.is_running())
+            reopen()
+            window = dashboard.window()
+            wait_for("the window in front", lambda: windows.is_active(window))
+            self.assertEqual(windows.place(window)[2:], (720, 390))
+        windows.minimise(window)
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        item.menu.choose("Open Corvala for Mac")
+        wait_for("the window back", lambda: not windows.is_minimised(window))
+
+    def test_quit_leaves_the_worker_running(self):
+        host = self.tray_host()
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        host.item().menu.choose("Quit dashboard (worker keeps running)")
+        self.assertEqual(dashboard.wait(), 0)
+        self.assertEqual((dashboard.out, dashboard.err), ("", ""))
+        self.assertTrue(worker.is_running())
+        self.assertEqual(worker.faults(), [])
+        methods = {request["method"] for request in worker.requests()}
+        self.assertEqual(methods, {"GET"})
+        wait_for("the item gone", lambda: not host.items())
+
+    def test_quit_while_hidden(self):
+        host = self.tray_host()
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        self.desktop.windows.press_close(dashboard.window())
+        wait_for("the window gone", lambda: not dashboard.is_shown())
+        host.item().menu.choose("Quit dashboard (worker keeps running)")
+        self.assertEqual(dashboard.wait(), 0)
+
+    def test_without_a_tray_closing_minimises(self):
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        windows = self.desktop.windows
+        window = dashboard.window()
+        windows.press_close(window)
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        self.assertTrue(dashboard.is_running())
+        windows.activate(window)
+        wait_for("the window back", lambda: not windows.is_minimised(window))
+
+    def test_watcher_without_a_host_is_no_tray(self):
+        watcher = TrayWatcher(self.desktop)
+        self.addCleanup(watcher.end)
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        windows = self.desktop.windows
+        window = dashboard.window()
+        windows.press_close(window)
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        windows.activate(window)
+        wait_for("the window back", lambda: not windows.is_minimised(window))
+
+        host = TrayHost(self.desktop, joins=watcher)
+        host.item()
+        windows.press_close(window)
+        wait_for("the window gone", lambda: not dashboard.is_shown())
+        # The last way back is gone, so the window must not stay out of reach.
+        host.leave()
+        wait_for("the window within reach", dashboard.is_shown)
+
+    def test_late_host_gets_the_item(self):
+        worker = self.worker()
+        worker.show_slots(BUSY)
+        dashboard = self.live_dashboard(worker)
+        host = self.tray_host()
+        self.wait_for_tool_tip(host.item(), "Corvala for Mac · 1 processor working")
+        self.wait_for_titles(host.item(), "1 processor working", *ENTRIES)
+        self.assertTrue(dashboard.is_running())
+
+    def test_host_that_comes_back_gets_the_item(self):
+        worker = self.worker()
+        host = self.tray_host()
+        dashboard = self.live_dashboard(worker)
+        host.item()
+        for _time in range(3):
+            host.leave()
+            host = self.tray_host()
+            item = host.item()
+            self.assertEqual(len(item.menu.titles()), 7)
+        windows = self.desktop.windows
+        windows.press_close(dashboard.window())
+        wait_for("the window gone", lambda: not dashboard.is_shown())
+        item.menu.choose("Open Corvala for Mac")
+        wait_for("the window", dashboard.is_shown)
+
+    def test_hidden_window_comes_back_when_the_host_leaves(self):
+        worker = self.worker()
+        host = self.tray_host()
+        dashboard = self.live_dashboard(worker)
+        host.item()
+        windows = self.desktop.windows
+        windows.press_close(dashboard.window())
+        wait_for("the window gone", lambda: not dashboard.is_shown())
+        host.leave()
+        wait_for("the window within reach", dashboard.is_shown)
+        window = dashboard.window()
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        windows.activate(window)
+        wait_for("the window in front", lambda: windows.is_active(window))
