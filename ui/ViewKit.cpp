@@ -16,13 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QFont systemFont(int size, QFont::Weight weight) {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setPixelSize(size);
-    font.setWeight(weight);
-    return font;
-}
-
 bool growsSideways(const QWidget& view) {
     return (view.sizePolicy().horizontalPolicy() & QSizePolicy::GrowFlag) != 0;
 }
@@ -105,8 +98,15 @@ QFont controlFont() {
 
 QWidget* flexibleSpace() {
     auto* view = new QWidget;
-    view->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    view->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     return view;
+}
+
+QFont systemFont(int size, QFont::Weight weight) {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(size);
+    font.setWeight(weight);
+    return font;
 }
 
 QFont monospaced(int size, QFont::Weight weight) {

@@ -48,8 +48,11 @@ void pin(QWidget* view, QWidget* container, int inset = 20);
 /// What plain buttons and segments are written in.
 [[nodiscard]] QFont controlFont();
 
-/// Takes what space is left in a stack.
+/// Takes what width is left in a horizontal stack.
 [[nodiscard]] QWidget* flexibleSpace();
+
+/// The system's font for texts.
+[[nodiscard]] QFont systemFont(int size, QFont::Weight weight);
 
 /// The system's monospaced font.
 [[nodiscard]] QFont monospaced(int size, QFont::Weight weight);
