@@ -32,7 +32,11 @@ void showToggle(QCheckBox& box, const ToggleFace& face) {
 } // namespace
 
 CompactPanelView::CompactPanelView(QWidget* parent) : QWidget(parent) {
-    pin(stack({makeHeader(), makeStatusBlock(), makeRackBox(), makeControls()}, true, 10), this, 0);
+    QWidget* rackBox = makeRackBox();
+    QWidget* root = stack({makeHeader(), makeStatusBlock(), rackBox, makeControls()}, true, 10);
+    // What a taller window brings goes to the bays.
+    static_cast<QBoxLayout*>(root->layout())->setStretchFactor(rackBox, 1);
+    pin(root, this, 0);
     show(compactPanel(Dashboard(), ServiceFacts()));
 }
 
