@@ -31,7 +31,8 @@ Control::Control(Surroundings surroundings)
     : surroundings_(std::move(surroundings)),
       locations_(surroundings_.home),
       client_(surroundings_.port),
-      loop_(client_, [this] { return situation(); }),
+      loop_(
+          client_, [this] { return situation(); }, this),
       backend_(client_, surroundings_.clock),
       deepJobs_(client_),
       launchctl_(surroundings_.toolPath),

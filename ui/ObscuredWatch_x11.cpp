@@ -61,7 +61,8 @@ private:
 std::unique_ptr<ObscuredWatch>
 ObscuredWatch::make(const QWindow& window, std::function<void()> changed) {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr) {
+    // Platforms that draw without an X server may offer the interface without a connection.
+    if (x11 == nullptr || x11->connection() == nullptr) {
         return nullptr;
     }
     return std::make_unique<X11ObscuredWatch>(

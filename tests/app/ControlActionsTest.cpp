@@ -1,0 +1,244 @@
+#include "ControlBench.h"
+
+#include "ui/CompactPanelView.h"
+
+#include <QAccessible>
+#include <QDialog>
+
+using namespace vesk;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray accepting = R"({"deep_scan_enabled": true})";
+const QByteArray paused = R"({"deep_scan_enabled": false})";
+const QByteArray services = "/v1/local/services";
+
+void connectTo(ControlBench& bench) {
+    bench.control->applicationDidFinishLaunching();
+    QTRY_VERIFY(bench.control->online());
+}
+
+QWidget* settingsSheet() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->windowTitle() == u"Corvala processing settings" && widget->isVisible()) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// What a person does, and what becomes of it.
+class ControlActionsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void pauseAndResumeThroughTheButton() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = paused;
+        QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
+        QTRY_VERIFY(bench.button(u"Resume deep jobs"_s));
+        QCOMPARE(bench.peer.requests().constLast().body, R"({"deep_scan_enabled":false})");
+        QCOMPARE(bench.toggle().checkState(), Qt::Unchecked);
+        QVERIFY(bench.shows(u"Detailed analysis paused"_s));
+        bench.other[services] = accepting;
+        QTest::mouseClick(bench.button(u"Resume deep jobs"_s), Qt::LeftButton);
+        QTRY_VERIFY(bench.button(u"Pause deep jobs"_s));
+        QCOMPARE(bench.requestsOf("POST " + services), 2);
+        QVERIFY(bench.alerts().isEmpty());
+    }
+
+    void toggleByMouseKeyboardAndAssistiveTechnology_data() {
+        QTest::addColumn<int>("way");
+        QTest::newRow("mouse") << 0;
+        QTest::newRow("keyboard") << 1;
+        QTest::newRow("accessible") << 2;
+    }
+
+    void toggleByMouseKeyboardAndAssistiveTechnology() {
+        QFETCH(const int, way);
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = "hold";
+        QCheckBox& toggle = bench.toggle();
+        if (way == 0) {
+            QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(8, toggle.height() / 2));
+        } else if (way == 1) {
+            QTest::keyClick(&toggle, Qt::Key_Space);
+        } else {
+            QAccessible::queryAccessibleInterface(&toggle)->actionInterface()->doAction(
+                QAccessibleActionInterface::toggleAction());
+        }
+        QTRY_VERIFY(bench.held);
+        QVERIFY(!toggle.isEnabled());
+        QCOMPARE(toggle.checkState(), Qt::Unchecked);
+        // A second change waits for the first.
+        QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
+        // So do the polls.
+        const auto polls = bench.requestsOf("GET /v1/health");
+        bench.refreshLoop().reload();
+        QVERIFY(!bench.refreshLoop().refreshing());
+        bench.releaseHeld(paused);
+        QTRY_VERIFY(toggle.isEnabled());
+        QCOMPARE(toggle.checkState(), Qt::Unchecked);
+        QCOMPARE(bench.requestsOf("POST " + services), 1);
+        QCOMPARE(bench.requestsOf("GET /v1/health"), polls);
+    }
+
+    void theOppositeAnswerIsShownWithoutAnAlert() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = accepting;
+        std::optional<bool> confirmed;
+        bench.control->setDeep(false, [&](bool done) { confirmed = done; });
+        QTRY_VERIFY(confirmed);
+        QCOMPARE(confirmed, false);
+        QCOMPARE(bench.toggle().checkState(), Qt::Checked);
+        QVERIFY(bench.toggle().isEnabled());
+        QVERIFY(bench.alerts().isEmpty());
+    }
+
+    void aFailedChangeFallsBackAndIsTold_data() {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("none") << QByteArray();
+        QTest::newRow("array") << QByteArray("[true]");
+        QTest::newRow("wrong type") << QByteArray(R"({"deep_scan_enabled": "false"})");
+        QTest::newRow("missing") << QByteArray("{}");
+    }
+
+    void aFailedChangeFallsBackAndIsTold() {
+        QFETCH(const QByteArray, answer);
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = answer;
+        QTest::keyClick(&bench.toggle(), Qt::Key_Space);
+        QTRY_COMPARE(bench.alerts().size(), 1);
+        QCOMPARE(
+            bench.alerts().constFirst().first,
+            u"Could not change deep-job acceptance. The saved policy has not been confirmed."_s);
+        QCOMPARE(bench.alerts().constFirst().second, &bench.window());
+        QCOMPARE(bench.toggle().checkState(), Qt::Checked);
+        QVERIFY(bench.toggle().isEnabled());
+        QCOMPARE(bench.requestsOf("POST " + services), 1);
+    }
+
+    void aChangeThatFailsOfflineLeavesTheToggleDisabled() {
+        ControlBench bench;
+        bench.setHealth("");
+        bench.control->applicationDidFinishLaunching();
+        QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+        std::optional<bool> confirmed;
+        bench.control->setDeep(true, [&](bool done) { confirmed = done; });
+        QTRY_VERIFY(confirmed);
+        QCOMPARE(confirmed, false);
+        QVERIFY(!bench.toggle().isEnabled());
+        QCOMPARE(bench.toggle().checkState(), Qt::Unchecked);
+        QCOMPARE(bench.alerts().size(), 1);
+    }
+
+    void aSecondChangeIsRefused() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = "hold";
+        QList<QPair<int, bool>> ends;
+        bench.control->setDeep(false, [&](bool done) { ends.append({1, done}); });
+        bench.control->setDeep(true, [&](bool done) { ends.append({2, done}); });
+        QCOMPARE(ends, (QList<QPair<int, bool>>{{2, false}}));
+        QTRY_VERIFY(bench.held);
+        bench.releaseHeld(paused);
+        QTRY_COMPARE(ends.size(), 2);
+        QCOMPARE(ends.constLast(), qMakePair(1, true));
+        QCOMPARE(bench.requestsOf("POST"), 1);
+    }
+
+    void modeIsSentAndRendered() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other["/v1/local/performance"] =
+            R"({"deep_scan_enabled": false, "activity_policy": {"performance_mode": "quiet"}})";
+        std::optional<bool> confirmed;
+        bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed = done; });
+        QTRY_COMPARE(confirmed, true);
+        QCOMPARE(bench.peer.requests().constLast().body, R"({"mode":"quiet"})");
+        QVERIFY(bench.shows(u"Detailed analysis paused"_s));
+        QVERIFY(bench.control->lastHealth().contains(u"activity_policy"));
+    }
+
+    void modeOfflineIsNotSent() {
+        ControlBench bench;
+        bench.setHealth("");
+        bench.control->applicationDidFinishLaunching();
+        QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+        std::optional<bool> confirmed;
+        bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed = done; });
+        QCOMPARE(confirmed, false);
+        bench.poll();
+        QCOMPARE(bench.requestsOf("POST"), 0);
+    }
+
+    void ofTwoModeChangesTheLaterAnswerWins() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other["/v1/local/performance"] = "hold";
+        int confirmed = 0;
+        bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed += done; });
+        QTRY_VERIFY(bench.held);
+        QTcpSocket* first = std::exchange(bench.held, nullptr);
+        bench.control->setPerformanceMode(u"faster"_s, [&](bool done) { confirmed += done; });
+        QTRY_VERIFY(bench.held);
+        bench.releaseHeld(R"({"deep_scan_enabled": true, "which": "second"})");
+        QTRY_COMPARE(confirmed, 1);
+        bench.held = first;
+        bench.releaseHeld(R"({"deep_scan_enabled": true, "which": "first"})");
+        QTRY_COMPARE(confirmed, 2);
+        QCOMPARE(bench.control->lastHealth().value(u"which").toString(), u"first"_s);
+    }
+
+    void alertHangsOnTheOpenSettingsSheet() {
+        ControlBench bench;
+        connectTo(bench);
+        QTest::mouseClick(bench.button(u"Settings"_s), Qt::LeftButton);
+        QTRY_VERIFY(settingsSheet());
+        bench.control->showError(u"<b>plain</b>"_s);
+        QTRY_COMPARE(bench.alerts().size(), 1);
+        QCOMPARE(bench.alerts().constFirst().second, settingsSheet());
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (qobject_cast<Alert*>(widget) != nullptr) {
+                widget->close();
+            }
+        }
+        // A sheet that is closed again cannot hold an alert.
+        settingsSheet()->close();
+        bench.control->showError(u"again"_s);
+        QTRY_COMPARE(bench.alerts().size(), 1);
+        QCOMPARE(bench.alerts().constFirst().second, &bench.window());
+    }
+
+    void sheetsKeepWorkingWhileTheServiceGoesAndComesBack() {
+        ControlBench bench;
+        connectTo(bench);
+        QTest::mouseClick(bench.button(u"Settings"_s), Qt::LeftButton);
+        QTRY_VERIFY(settingsSheet());
+        bench.health.clear();
+        bench.poll();
+        bench.poll();
+        bench.poll();
+        const auto says = [](const QString& text) {
+            const auto labels = settingsSheet()->findChildren<QLabel*>();
+            return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+                return label->text() == text;
+            });
+        };
+        QVERIFY(says(u"Mac temperature: Checking · protection waiting for service"_s));
+        bench.health = accepting;
+        bench.poll();
+        QVERIFY(says(u"Mac temperature: Checking · protection on"_s));
+    }
+};
+
+QTEST_MAIN(ControlActionsTest)
+#include "ControlActionsTest.moc"
