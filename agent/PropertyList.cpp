@@ -1,5 +1,7 @@
 #include "agent/PropertyList.h"
 
+#include "agent/BinaryPropertyList.h"
+
 #include <QStringDecoder>
 
 #include <plist/plist.h>
@@ -139,9 +141,12 @@ Node parsed(QByteArrayView bytes) {
     plist_t root = nullptr;
     const auto size = static_cast<std::uint32_t>(bytes.size());
     if (plist_is_binary(bytes.data(), size) != 0) {
-        plist_from_bin(bytes.data(), size, &root);
-    } else if (bytes.contains("<plist") == bytes.contains("</plist")) {
-        // The library takes a document for whole whose end is missing.
+        if (isReadableBinaryPropertyList(bytes)) {
+            plist_from_bin(bytes.data(), size, &root);
+        }
+    } else if (!bytes.contains('\0') && bytes.contains("<plist") == bytes.contains("</plist")) {
+        // The library takes a document for whole whose end is missing, and cuts texts at a null
+        // character.
         plist_from_xml(bytes.data(), size, &root);
     }
     return Node(root);

@@ -1,0 +1,446 @@
+#include "agent/LoginItem.h"
+#include "tests/agent/PropertyListSamples.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#ifdef __linux__
+#include <sys/mount.h>
+#endif
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray earlier = "an earlier agent file";
+
+void write(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
+        || file.write(bytes) != bytes.size()) {
+        qFatal("%s could not be written", qPrintable(path));
+    }
+}
+
+QByteArray content(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+/// A home folder with a good template.
+struct Home {
+    Home() { write(locations.templateURL(), agentPropertyList()); }
+
+    [[nodiscard]] QString agentFolder() const { return QFileInfo(locations.agentURL()).path(); }
+
+    /// What is in the launch-agents folder, hidden files too.
+    [[nodiscard]] QStringList agents() const {
+        return QDir(agentFolder())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    [[nodiscard]] QString agentName() const { return QFileInfo(locations.agentURL()).fileName(); }
+
+    const QTemporaryDir folder;
+    const ServiceLocations locations{folder.path()};
+};
+
+#ifdef __linux__
+/// A small file system of its own at a folder, as long as this lives.
+class SmallDisk {
+public:
+    SmallDisk(const QString& folder, const char* settings)
+        : folder_(QFile::encodeName(folder)),
+          error_(mount("none", folder_.constData(), "tmpfs", 0, settings) == 0 ? 0 : errno) {}
+    ~SmallDisk() {
+        if (error_ == 0) {
+            umount(folder_.constData());
+        }
+    }
+    Q_DISABLE_COPY_MOVE(SmallDisk)
+
+    [[nodiscard]] int error() const { return error_; }
+
+    [[nodiscard]] bool makeReadOnly() const {
+        return mount(nullptr, folder_.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+    }
+
+private:
+    QByteArray folder_;
+    int error_;
+};
+#endif
+
+} // namespace
+
+class LoginItemTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void enableCopiesTheTemplate_data();
+    void enableCopiesTheTemplate();
+    void enableAgain();
+    void disable();
+    void disableWithNothingThere();
+    void templateThroughALink();
+    void badTemplates_data();
+    void badTemplates();
+    void templateLinkToNowhere();
+    void templateIsAPipe();
+    void templateIsHuge();
+    void templateUnreadable();
+    void agentPlaces_data();
+    void agentPlaces();
+    void folderAtTheAgentsPlace();
+    void foldersInTheWay_data();
+    void foldersInTheWay();
+    void launchAgentsFolderIsALink();
+    void fileTooLargeForTheProcess();
+    void diskFull();
+    void readOnly();
+    void fileMode();
+};
+
+void LoginItemTest::enableCopiesTheTemplate_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("XML") << agentPropertyList("<key>Other</key><string>größe</string>");
+    QTest::newRow("binary") << binaryPropertyList();
+    QTest::newRow("no final line feed") << agentPropertyList().trimmed();
+    QTest::newRow("carriage returns") << agentPropertyList().replace('\n', "\r\n");
+    QTest::newRow("large") << agentPropertyList(
+        "<key>Other</key><string>" + QByteArray(200'000, 'x') + "</string>");
+}
+
+void LoginItemTest::enableCopiesTheTemplate() {
+    QFETCH(const QByteArray, bytes);
+    const Home home;
+    write(home.locations.templateURL(), bytes);
+    QVERIFY(!home.locations.startsAtLogin());
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QVERIFY(home.locations.startsAtLogin());
+    QCOMPARE(content(home.locations.agentURL()), bytes);
+    QCOMPARE(content(home.locations.templateURL()), bytes);
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+}
+
+void LoginItemTest::enableAgain() {
+    const Home home;
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QCOMPARE(content(home.locations.agentURL()), agentPropertyList());
+    write(home.locations.templateURL(), binaryPropertyList());
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QCOMPARE(content(home.locations.agentURL()), binaryPropertyList());
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+}
+
+void LoginItemTest::disable() {
+    const Home home;
+    write(home.agentFolder() + u"/other.plist"_s, "other");
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QCOMPARE(configureLogin(home.locations, false), std::nullopt);
+    QVERIFY(!home.locations.startsAtLogin());
+    QCOMPARE(home.agents(), QStringList{u"other.plist"_s});
+    QVERIFY(QFile::exists(home.locations.templateURL()));
+}
+
+void LoginItemTest::disableWithNothingThere() {
+    const Home home;
+    QCOMPARE(configureLogin(home.locations, false), std::nullopt);
+    QVERIFY(!QFile::exists(home.agentFolder()));
+}
+
+void LoginItemTest::templateThroughALink() {
+    const Home home;
+    const QString elsewhere = home.folder.filePath(u"elsewhere"_s);
+    QVERIFY(QFile::rename(home.locations.templateURL(), elsewhere));
+    QVERIFY(QFile::link(elsewhere, home.locations.templateURL()));
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QVERIFY(!QFileInfo(home.locations.agentURL()).isSymLink());
+    QCOMPARE(content(home.locations.agentURL()), agentPropertyList());
+}
+
+void LoginItemTest::badTemplates_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("domain");
+    QTest::addColumn<int>("code");
+    const auto row = [](const char* name, const QByteArray& bytes, const QString& domain,
+                        int code) { QTest::newRow(name) << bytes << domain << code; };
+    const auto reader = u"PropertyList"_s;
+    const auto service = u"VeskWorker"_s;
+    const QByteArray label = ServiceLocations::serviceLabel.toUtf8();
+    const auto labelled = [](const QByteArray& value) {
+        return xmlPropertyList("<dict><key>Label</key>" + value + "</dict>");
+    };
+    row("empty", "", reader, 1);
+    row("no property list", "Label = " + label, reader, 1);
+    row("cut short", agentPropertyList().first(150), reader, 1);
+    row("end missing", agentPropertyList().replace("</plist>", ""), reader, 1);
+    row("binary cut short", binaryPropertyList().chopped(1), reader, 1);
+    row("list", xmlPropertyList("<array><string>" + label + "</string></array>"), service, 10);
+    row("text", xmlPropertyList("<string>" + label + "</string>"), service, 10);
+    row("empty dictionary", xmlPropertyList("<dict/>"), service, 10);
+    row("no label", xmlPropertyList("<dict><key>Program</key><string>/a</string></dict>"), service,
+        10);
+    row("label of another service", labelled("<string>com.example.other</string>"), service, 10);
+    row("label in capitals", labelled("<string>" + label.toUpper() + "</string>"), service, 10);
+    row("label with a blank", labelled("<string>" + label + " </string>"), service, 10);
+    row("label cut short", labelled("<string>" + label.chopped(1) + "</string>"), service, 10);
+    row("label empty", labelled("<string/>"), service, 10);
+    row("label a number", labelled("<integer>105</integer>"), service, 10);
+    row("label a list", labelled("<array><string>" + label + "</string></array>"), service, 10);
+    row("label as data", labelled("<data>" + label.toBase64() + "</data>"), service, 10);
+    row("key in small letters",
+        xmlPropertyList("<dict><key>label</key><string>" + label + "</string></dict>"), service,
+        10);
+}
+
+void LoginItemTest::badTemplates() {
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QString, domain);
+    QFETCH(const int, code);
+    const auto expected = domain == u"VeskWorker"
+                              ? u"The worker launch configuration is missing or invalid."_s
+                              : u"The file is not a valid property list."_s;
+    const Home home;
+    write(home.locations.templateURL(), bytes);
+    QCOMPARE(
+        configureLogin(home.locations, true), std::optional(ServiceError{domain, code, expected}));
+    QVERIFY(!QFile::exists(home.agentFolder()));
+
+    write(home.locations.agentURL(), earlier);
+    QVERIFY(configureLogin(home.locations, true));
+    QCOMPARE(content(home.locations.agentURL()), earlier);
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+}
+
+void LoginItemTest::templateLinkToNowhere() {
+    const Home home;
+    QVERIFY(QFile::remove(home.locations.templateURL()));
+    const QString text = u"The file \"%1\" could not be read: No such file or directory"_s.arg(
+        home.locations.templateURL());
+    const ServiceError missing{u"System"_s, ENOENT, text};
+    QCOMPARE(configureLogin(home.locations, true), std::optional(missing));
+    QVERIFY(QFile::link(u"/nowhere"_s, home.locations.templateURL()));
+    QCOMPARE(configureLogin(home.locations, true), std::optional(missing));
+    QVERIFY(!QFile::exists(home.agentFolder()));
+}
+
+void LoginItemTest::templateIsAPipe() {
+    const Home home;
+    QVERIFY(QFile::remove(home.locations.templateURL()));
+    QCOMPARE(mkfifo(QFile::encodeName(home.locations.templateURL()).constData(), 0600), 0);
+    const auto pipe = configureLogin(home.locations, true);
+    QVERIFY(pipe && pipe->code == EINVAL && pipe->description.contains(u"could not be read"));
+    QVERIFY(QFile::remove(home.locations.templateURL()));
+    QVERIFY(QDir().mkdir(home.locations.templateURL()));
+    const auto folder = configureLogin(home.locations, true);
+    QVERIFY(folder && folder->code == EISDIR);
+}
+
+void LoginItemTest::templateIsHuge() {
+    const Home home;
+    write(home.locations.agentURL(), earlier);
+    QVERIFY(QFile::resize(home.locations.templateURL(), qint64(100) * 1024 * 1024));
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure);
+    QCOMPARE(failure->code, EFBIG);
+    QVERIFY(failure->description.endsWith(u"could not be read: File too large"));
+    QCOMPARE(content(home.locations.agentURL()), earlier);
+}
+
+void LoginItemTest::templateUnreadable() {
+    if (geteuid() == 0) {
+        QSKIP("root reads every file");
+    }
+    const Home home;
+    QVERIFY(QFile::setPermissions(home.locations.templateURL(), QFile::WriteOwner));
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure && failure->code == EACCES);
+}
+
+void LoginItemTest::agentPlaces_data() {
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("link to a file") << u"link"_s;
+    QTest::newRow("link to nowhere") << u"dangling"_s;
+    QTest::newRow("link to itself") << u"loop"_s;
+    QTest::newRow("link to a folder") << u"folder"_s;
+    QTest::newRow("second name of a file") << u"hard"_s;
+}
+
+void LoginItemTest::agentPlaces() {
+    QFETCH(const QString, kind);
+    const Home home;
+    const QString path = home.locations.agentURL();
+    const QString victim = home.folder.filePath(u"victim"_s);
+    write(victim, "victim");
+    QVERIFY(QDir().mkpath(home.agentFolder()));
+    if (kind == u"link") {
+        QVERIFY(QFile::link(victim, path));
+    } else if (kind == u"dangling") {
+        QVERIFY(QFile::link(home.folder.filePath(u"nobody"_s), path));
+    } else if (kind == u"loop") {
+        QVERIFY(QFile::link(path, path));
+    } else if (kind == u"folder") {
+        QVERIFY(QFile::link(home.folder.path(), path));
+    } else {
+        QCOMPARE(
+            ::link(QFile::encodeName(victim).constData(), QFile::encodeName(path).constData()), 0);
+    }
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QVERIFY(!QFileInfo(path).isSymLink());
+    QCOMPARE(content(path), agentPropertyList());
+    QCOMPARE(content(victim), QByteArray("victim"));
+    QVERIFY(!QFile::exists(home.folder.filePath(u"nobody"_s)));
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+
+    if (kind == u"link") {
+        QVERIFY(QFile::remove(path) && QFile::link(victim, path));
+        QCOMPARE(configureLogin(home.locations, false), std::nullopt);
+        QCOMPARE(content(victim), QByteArray("victim"));
+        QVERIFY(home.agents().isEmpty());
+    }
+}
+
+void LoginItemTest::folderAtTheAgentsPlace() {
+    const Home home;
+    const QString inside = home.locations.agentURL() + u"/inside"_s;
+    write(inside, "inside");
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure);
+    QCOMPARE(failure->code, EISDIR);
+    QVERIFY(failure->description.endsWith(u"could not be written: Is a directory"));
+    QCOMPARE(content(inside), QByteArray("inside"));
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+
+    QCOMPARE(configureLogin(home.locations, false), std::nullopt);
+    QVERIFY(home.agents().isEmpty());
+}
+
+void LoginItemTest::foldersInTheWay_data() {
+    QTest::addColumn<bool>("link");
+    QTest::addColumn<QString>("place");
+    QTest::newRow("a file instead of the folder") << false << u"Library/LaunchAgents"_s;
+    QTest::newRow("a link to nowhere instead of it") << true << u"Library/LaunchAgents"_s;
+}
+
+void LoginItemTest::foldersInTheWay() {
+    QFETCH(const bool, link);
+    QFETCH(const QString, place);
+    const Home home;
+    const QString path = home.folder.filePath(place);
+    if (link) {
+        QVERIFY(QFile::link(home.folder.filePath(u"nobody"_s), path));
+    } else {
+        write(path, earlier);
+    }
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure);
+    QCOMPARE(failure->domain, u"System"_s);
+    QVERIFY(failure->description.contains(u"could not be created"));
+    QVERIFY(!QFile::exists(home.folder.filePath(u"nobody"_s)));
+    QCOMPARE(configureLogin(home.locations, false), std::nullopt);
+}
+
+void LoginItemTest::launchAgentsFolderIsALink() {
+    const Home home;
+    const QString elsewhere = home.folder.filePath(u"elsewhere"_s);
+    QVERIFY(QDir().mkdir(elsewhere) && QFile::link(elsewhere, home.agentFolder()));
+    QCOMPARE(configureLogin(home.locations, true), std::nullopt);
+    QCOMPARE(content(elsewhere + u'/' + home.agentName()), agentPropertyList());
+    QVERIFY(QFileInfo(home.agentFolder()).isSymLink());
+}
+
+void LoginItemTest::fileTooLargeForTheProcess() {
+    const Home home;
+    write(home.locations.agentURL(), earlier);
+    write(
+        home.locations.templateURL(),
+        agentPropertyList("<key>Other</key><string>" + QByteArray(50'000, 'x') + "</string>"));
+    rlimit usual{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const auto old = signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{10'000, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const auto failure = configureLogin(home.locations, true);
+    setrlimit(RLIMIT_FSIZE, &usual);
+    signal(SIGXFSZ, old);
+    QVERIFY(failure);
+    QCOMPARE(failure->code, EFBIG);
+    QVERIFY(failure->description.contains(u"could not be written"));
+    QCOMPARE(content(home.locations.agentURL()), earlier);
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+}
+
+void LoginItemTest::diskFull() {
+#ifdef __linux__
+    const Home home;
+    QVERIFY(QDir().mkpath(home.agentFolder()));
+    write(
+        home.locations.templateURL(),
+        agentPropertyList("<key>Other</key><string>" + QByteArray(100'000, 'x') + "</string>"));
+    const SmallDisk disk(home.agentFolder(), "size=32k");
+    if (disk.error() != 0) {
+        QSKIP(qPrintable(u"no file system can be mounted: "_s + qt_error_string(disk.error())));
+    }
+    write(home.locations.agentURL(), earlier);
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure);
+    QCOMPARE(failure->code, ENOSPC);
+    QVERIFY(failure->description.endsWith(u"No space left on device"));
+    QCOMPARE(content(home.locations.agentURL()), earlier);
+    QCOMPARE(home.agents(), QStringList{home.agentName()});
+#else
+    QSKIP("no small file system here");
+#endif
+}
+
+void LoginItemTest::readOnly() {
+#ifdef __linux__
+    const Home home;
+    QVERIFY(QDir().mkpath(home.agentFolder()));
+    const SmallDisk disk(home.agentFolder(), "size=32k");
+    if (disk.error() != 0) {
+        QSKIP(qPrintable(u"no file system can be mounted: "_s + qt_error_string(disk.error())));
+    }
+    write(home.locations.agentURL(), earlier);
+    QVERIFY(disk.makeReadOnly());
+    for (const bool enabled : {true, false}) {
+        const auto failure = configureLogin(home.locations, enabled);
+        QVERIFY(failure);
+        QCOMPARE(failure->code, EROFS);
+        QVERIFY(failure->description.endsWith(u"Read-only file system"));
+        QCOMPARE(content(home.locations.agentURL()), earlier);
+    }
+#else
+    QSKIP("no small file system here");
+#endif
+}
+
+void LoginItemTest::fileMode() {
+    const Home home;
+    const mode_t usual = umask(022);
+    const auto failure = configureLogin(home.locations, true);
+    umask(usual);
+    QCOMPARE(failure, std::nullopt);
+    struct stat status {};
+    QCOMPARE(stat(QFile::encodeName(home.locations.agentURL()).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 07777, mode_t(0644));
+}
+
+} // namespace vesk
+
+QTEST_GUILESS_MAIN(vesk::LoginItemTest)
+#include "LoginItemTest.moc"

@@ -1,0 +1,199 @@
+#include "agent/ServiceStart.h"
+#include "agent/ServiceTarget.h"
+#include "tests/agent/ScriptedTool.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <memory>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 20'000;
+
+/// A home folder, a tool that behaves as told, and a start over them.
+struct Scene {
+    explicit Scene(const QByteArray& body) : tool(body) {}
+
+    void putAgentFile() const {
+        const QString path = locations.agentURL();
+        if (!QDir().mkpath(QFileInfo(path).path()) || !QFile(path).open(QIODevice::WriteOnly)) {
+            qFatal("no agent file could be made");
+        }
+    }
+
+    const QTemporaryDir home;
+    const ServiceLocations locations{home.path()};
+    const ScriptedTool tool;
+    Launchctl launchctl{tool.path()};
+    ServiceStart start{launchctl, locations};
+};
+
+} // namespace
+
+class ServiceStartTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void commands_data();
+    void commands();
+    void failures_data();
+    void failures();
+    void missingToolIsShown();
+    void secondStartIsIgnored();
+    void agentFileCountsAfterPrint();
+    void anotherStartFromTheContinuation();
+    void goneWhileStarting();
+    void hungToolKeepsStarting();
+};
+
+void ServiceStartTest::commands_data() {
+    QTest::addColumn<QByteArray>("print");
+    QTest::addColumn<bool>("agentFile");
+    QTest::addColumn<QString>("second");
+
+    const QString kickstart = u"kickstart -k "_s + serviceTarget();
+    QTest::newRow("running") << QByteArray("echo 'state = running'; exit 0") << false << kickstart;
+    QTest::newRow("running, agent file") << QByteArray("exit 0") << true << kickstart;
+    QTest::newRow("loaded only") << QByteArray("echo 'state = waiting'") << false << kickstart;
+    QTest::newRow("not UTF-8") << QByteArray("printf '\\377'") << false << kickstart;
+    QTest::newRow("unknown") << QByteArray("echo none; exit 113") << false << u"template"_s;
+    QTest::newRow("unknown, agent file") << QByteArray("exit 113") << true << u"agent"_s;
+    QTest::newRow("any failure") << QByteArray("exit 1") << false << u"template"_s;
+    QTest::newRow("crash") << QByteArray("kill -SEGV $$") << false << u"template"_s;
+}
+
+void ServiceStartTest::commands() {
+    QFETCH(const QByteArray, print);
+    QFETCH(const bool, agentFile);
+    QFETCH(QString, second);
+    Scene scene("if [ $1 = print ]; then " + print + "; exit; fi");
+    if (agentFile) {
+        scene.putAgentFile();
+    }
+    const QString load = u"bootstrap "_s + domainTarget() + u' ';
+    second.replace(u"template"_s, load + scene.locations.templateURL());
+    second.replace(u"agent"_s, load + scene.locations.agentURL());
+
+    std::optional<std::optional<ServiceError>> end;
+    bool stillStarting = true;
+    QVERIFY(!scene.start.starting());
+    scene.start.startService([&](const std::optional<ServiceError>& failure) {
+        end = failure;
+        stillStarting = scene.start.starting();
+    });
+    QVERIFY(scene.start.starting());
+    QVERIFY(!end);
+    QTRY_VERIFY_WITH_TIMEOUT(end, patience);
+    QVERIFY(!*end);
+    QVERIFY(!stillStarting);
+    const QStringList expected{u"print "_s + serviceTarget(), second};
+    QCOMPARE(scene.tool.calls(), expected);
+}
+
+void ServiceStartTest::failures_data() {
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("kickstart") << QByteArray("[ $1 = print ] || { echo no; echo way >&2; exit 3; }")
+                               << 3 << u"no\nway\n"_s;
+    QTest::newRow("bootstrap") << QByteArray("[ $1 = bootstrap ] && echo taken; exit 37") << 37
+                               << u"taken\n"_s;
+    QTest::newRow("nothing said") << QByteArray("[ $1 = print ] || exit 5") << 5 << u""_s;
+    QTest::newRow("not UTF-8") << QByteArray("[ $1 = print ] || { printf '\\377'; exit 5; }") << 5
+                               << u"Service operation failed"_s;
+}
+
+void ServiceStartTest::failures() {
+    QFETCH(const QByteArray, body);
+    QFETCH(const int, code);
+    QFETCH(const QString, text);
+    Scene scene(body);
+    std::optional<ServiceError> failure;
+    scene.start.startService([&](const std::optional<ServiceError>& found) { failure = found; });
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.start.starting(), patience);
+    QCOMPARE(failure, serviceError(code, text));
+}
+
+void ServiceStartTest::missingToolIsShown() {
+    Launchctl launchctl(u"/nowhere/launchctl"_s);
+    ServiceStart start(launchctl, ServiceLocations(u"/nowhere"_s));
+    std::optional<ServiceError> failure;
+    start.startService([&](const std::optional<ServiceError>& found) { failure = found; });
+    QTRY_VERIFY_WITH_TIMEOUT(failure, patience);
+    QCOMPARE(failure->domain, ServiceError::systemDomain);
+    QVERIFY(!start.starting());
+}
+
+void ServiceStartTest::secondStartIsIgnored() {
+    Scene scene("while [ ! -e go ]; do sleep 0.01; done");
+    int first = 0;
+    int second = 0;
+    scene.start.startService([&](const auto&) { ++first; });
+    scene.start.startService([&](const auto&) { ++second; });
+    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 1, patience);
+    scene.start.startService([&](const auto&) { ++second; });
+    scene.tool.touch(u"go"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(first, 1, patience);
+    QCOMPARE(second, 0);
+    QCOMPARE(scene.tool.calls().size(), 2);
+    scene.start.startService([&](const auto&) { ++second; });
+    QTRY_COMPARE_WITH_TIMEOUT(second, 1, patience);
+    QCOMPARE(first, 1);
+}
+
+void ServiceStartTest::agentFileCountsAfterPrint() {
+    Scene scene("[ $1 = print ] || exit 0; while [ ! -e go ]; do sleep 0.01; done; exit 1");
+    bool ended = false;
+    scene.start.startService([&](const auto&) { ended = true; });
+    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 1, patience);
+    scene.putAgentFile();
+    scene.tool.touch(u"go"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(ended, patience);
+    QVERIFY(scene.tool.calls().last().endsWith(scene.locations.agentURL()));
+}
+
+void ServiceStartTest::anotherStartFromTheContinuation() {
+    Scene scene("exit 0");
+    int ended = 0;
+    scene.start.startService([&](const auto&) {
+        ++ended;
+        scene.start.startService([&](const auto&) { ++ended; });
+    });
+    QTRY_COMPARE_WITH_TIMEOUT(ended, 2, patience);
+    QCOMPARE(scene.tool.calls().size(), 4);
+}
+
+void ServiceStartTest::goneWhileStarting() {
+    const ScriptedTool tool("while [ ! -e go ]; do sleep 0.01; done");
+    Launchctl launchctl(tool.path());
+    auto start = std::make_unique<ServiceStart>(launchctl, ServiceLocations(u"/nowhere"_s));
+    bool ended = false;
+    start->startService([&](const auto&) { ended = true; });
+    QTRY_COMPARE_WITH_TIMEOUT(tool.calls().size(), 1, patience);
+    start.reset();
+    tool.touch(u"go"_s);
+    bool reached = false;
+    launchctl.run({u"last"_s}, this, [&](const auto&) { reached = true; });
+    QTRY_VERIFY_WITH_TIMEOUT(reached, patience);
+    QVERIFY(!ended);
+    QCOMPARE(tool.calls().last(), u"last"_s);
+}
+
+void ServiceStartTest::hungToolKeepsStarting() {
+    Scene scene("[ $1 = print ] || exec sleep 1000");
+    bool ended = false;
+    scene.start.startService([&](const auto&) { ended = true; });
+    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 2, patience);
+    QVERIFY(scene.start.starting());
+    QVERIFY(!ended);
+}
+
+} // namespace vesk
+
+QTEST_GUILESS_MAIN(vesk::ServiceStartTest)
+#include "ServiceStartTest.moc"
