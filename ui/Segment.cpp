@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -20,6 +21,11 @@ constexpr qreal radius = 5;
 Segment::Segment(const QString& title, QWidget* parent) : QRadioButton(title, parent) {
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    connect(this, &Segment::clicked, this, [this] {
+        if (!std::exchange(changedByClick_, false)) {
+            emit chosenAgain();
+        }
+    });
 }
 
 QSize Segment::sizeHint() const {
@@ -36,9 +42,7 @@ bool Segment::hitButton(const QPoint& position) const {
 }
 
 void Segment::nextCheckState() {
-    if (isChecked()) {
-        emit chosenAgain();
-    }
+    changedByClick_ = !isChecked();
     QRadioButton::nextCheckState();
 }
 

@@ -22,6 +22,9 @@ protected:
     [[nodiscard]] bool hitButton(const QPoint& position) const override;
     void nextCheckState() override;
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    bool changedByClick_ = false;
 };
 
 } // namespace vesk

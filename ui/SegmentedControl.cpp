@@ -31,7 +31,10 @@ SegmentedControl::SegmentedControl(const QString& name, const QStringList& title
         segment->setFont(controlFont());
         const auto index = static_cast<int>(segments_.size());
         // Not clicked(): assistive technology checks a radio button without a click.
-        connect(segment, &Segment::toggled, this, [this, index](bool on) {
+        segment->setFocusPolicy(Qt::ClickFocus);
+        connect(segment, &Segment::toggled, this, [this, segment, index](bool on) {
+            // The tab key comes to the selected one only; the arrows go on from there.
+            segment->setFocusPolicy(on ? Qt::StrongFocus : Qt::ClickFocus);
             if (on && !selecting_) {
                 emit picked(index);
             }

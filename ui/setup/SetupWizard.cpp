@@ -80,7 +80,8 @@ void SetupWizard::layOut() {
     auto* body = stack(controls_, true, 18);
     body_ = static_cast<QBoxLayout*>(body->layout());
     auto* actions = stack({skip_, flexibleSpace(), back_, next_}, false);
-    pin(stack({stepLabel_, title_, body, flexibleSpace(), actions}, true, 18), window_, 28);
+    auto* bottom = stack({flexibleSpace(), actions}, true, 0);
+    pin(stack({stepLabel_, title_, body, bottom}, true, 18), window_, 28);
     for (QPushButton* action : {startCheck_, skip_, back_, next_}) {
         // The return key presses the button that has the keyboard, else "Continue".
         action->setAutoDefault(true);
@@ -133,6 +134,7 @@ QWidget* SetupWizard::view(const SetupItem& item) {
 
 void SetupWizard::add(QWidget* view) {
     addToStack(*body_, view);
+    view->show();
 }
 
 void SetupWizard::placeKeyboard() {
