@@ -49,15 +49,11 @@ class ConnectionTest(DesktopCase):
         }
         for name, fault in faults.items():
             with self.subTest(name):
-                worker.wait_for_fetch()
-                worker.clear_requests()
                 worker.fault(**fault, count=1)
                 worker.arm(patch=good)
+                # A library that sent the request again by itself would hide the fault.
                 dashboard.wait_for_text("● RECONNECTING")
                 dashboard.wait_for_text("● CONNECTED")
-                # What failed was not sent again behind our back.
-                paths = [request["path"] for request in worker.requests()]
-                self.assertLessEqual(len(paths), 4)
 
     def test_reconnecting_keeps_what_was_confirmed(self):
         worker, dashboard = self.busy_dashboard()
@@ -120,14 +116,20 @@ class ConnectionTest(DesktopCase):
 
     def test_hostile_documents_stop_nothing(self):
         worker, dashboard = self.busy_dashboard()
-        wrong = [None, True, -1, 2.5, 1e300, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
         keys = ("slots", "connected_devices", "services", "video_backend", "audio_backend",
                 "activity_policy", "duty_percent", "model", "device_id", "device",
-                "cooldown_cap_seconds")
-        for value in wrong:
+                "cooldown_cap_seconds", "cooldown_seconds")
+        wrong = [None, True, -1, 2.5, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
+        for turn in range(5):
+            document = {key: wrong[(index + 3 * turn) % 10] for index, key in enumerate(keys)}
+            if turn > 0:
+                # Without bays nothing is asked for five seconds.
+                document["slots"] = [{**BUSY, "phase": wrong[turn], "progress_total": wrong[-turn]}]
             worker.clear_requests()
-            worker.fault(patch={key: value for key in keys})
-            wait_for("another fetch", lambda: len(worker.arrivals()) >= 2)
+            worker.fault(patch=document)
+            # The second fetch is sent when the first answer has been shown.
+            wait_for("two fetches", lambda: len(worker.arrivals()) >= 2)
         worker.show_slots(BUSY)
         dashboard.wait_for_text("1 processor working")
         self.assertIn("● CONNECTED", dashboard.texts())
+        self.assertEqual(dashboard.err, "")

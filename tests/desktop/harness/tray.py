@@ -165,7 +165,12 @@ class TrayMenu:
         raise AssertionError(f"no entry {title!r} in {self.titles()}")
 
     def _event(self, number, kind):
-        self._call("Event", "(isvu)", number, kind, GLib.Variant("s", ""), 0)
+        # A panel waits for no answer: the program may end on it.
+        message = Gio.DBusMessage.new_method_call(self._service, self._path, MENU, "Event")
+        message.set_body(GLib.Variant("(isvu)", (number, kind, GLib.Variant("s", ""), 0)))
+        message.set_flags(Gio.DBusMessageFlags.NO_REPLY_EXPECTED)
+        self._connection.send_message(message, Gio.DBusSendMessageFlags.NONE)
+        self._connection.flush_sync(None)
 
     def open(self):
         """As a panel does before it shows the menu."""

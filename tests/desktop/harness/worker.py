@@ -16,6 +16,16 @@ def bay(number, **record):
 
 BUSY = bay(1, state="busy", stage="describe", media_kind="photo", phase="processing", model="m")
 
+# The part of a document that would move by itself.
+STILL = {
+    "cooldown_seconds": 0,
+    "connected_devices": [{"device_id": "a", "name": "Kitchen phone", "last_seen_seconds": 3}],
+    "activity_policy": {
+        "effective_duty_percent": 40, "effective_workers": 2, "configured_workers": 3,
+        "reason": "Cool and idle",
+    },
+}
+
 
 class Worker:
     def __init__(self, desktop, port=0, token=None):
@@ -61,7 +71,7 @@ class Worker:
 
     def show_slots(self, *slots, **more):
         """From now on every health answer has these bays."""
-        self.fault(patch={"slots": list(slots), **more})
+        self.fault(patch={**STILL, "slots": list(slots), **more})
 
     def close_listener(self, seconds):
         self._ask("POST", "/sim/listener", {"closed_seconds": seconds})
