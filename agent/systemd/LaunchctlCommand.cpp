@@ -3,6 +3,12 @@
 #include "agent/ServiceTarget.h"
 #include "agent/systemd/ServiceUnit.h"
 
+#include <QFile>
+
+#include <cerrno>
+
+#include <unistd.h>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -65,6 +71,22 @@ ToolResult kickstart(const QString& target, const UserManager& manager) {
         });
 }
 
+/// Why the agent could not run even once. systemd would find out after it has said that all is
+/// well.
+std::optional<ServiceError> obstacle(const LaunchAgent& agent) {
+    const auto check = [](const QString& path, const QString& what) {
+        return access(QFile::encodeName(path).constData(), X_OK) == 0
+                   ? std::nullopt
+                   : std::optional(systemError(errno, what.arg(path)));
+    };
+    if (auto failure = check(agent.program, u"The program \"%1\" cannot be run"_s)) {
+        return failure;
+    }
+    return agent.workingDirectory
+               ? check(*agent.workingDirectory + u'/', u"The folder \"%1\" cannot be entered"_s)
+               : std::nullopt;
+}
+
 std::optional<ServiceError> load(const QString& file, const UserManager& manager) {
     const auto loadedAgent = loadLaunchAgent(file);
     if (const auto* failure = std::get_if<ServiceError>(&loadedAgent)) {
@@ -81,7 +103,11 @@ std::optional<ServiceError> load(const QString& file, const UserManager& manager
             alreadyLoaded, u"The service \"%1\" is already loaded."_s.arg(agent.label));
     }
 
-    auto failure = installServiceUnit(agent, manager.unitFolder());
+    auto failure = obstacle(agent);
+    if (failure) {
+        return failure;
+    }
+    failure = installServiceUnit(agent, manager.unitFolder());
     if (!failure) {
         failure = manager.reload();
     }

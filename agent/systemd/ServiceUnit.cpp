@@ -79,7 +79,7 @@ public:
 
     ServiceUnit unit() {
         // However often it ends: the wait between two runs is all that holds it back.
-        unit_.text = "[Unit]\nStartLimitIntervalSec=0\n\n[Service]\nType=exec\n";
+        unit_.text = "[Unit]\nStartLimitIntervalSec=0\n\n[Service]\nType=simple\n";
         command();
         surroundings();
         streams();

@@ -149,7 +149,7 @@ void PropertyListTest::damagedBinary() {
     // Whatever comes out, it comes out: a value or the failure.
     const QByteArray whole = binaryPropertyList();
     for (qsizetype place = 0; place < whole.size(); ++place) {
-        for (int value = 0; value < 256; ++value) {
+        for (int value = 0; value < 256; value += 5) {
             QByteArray damaged = whole;
             damaged[place] = static_cast<char>(value);
             const auto read = readPropertyList(damaged);
