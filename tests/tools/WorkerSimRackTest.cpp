@@ -18,7 +18,9 @@ using vesk::sim::Seconds;
 namespace {
 
 /// Shorter than any phase lasts.
-constexpr Seconds glance{0.2};
+constexpr Seconds glance{0.4};
+/// For what changes slowly.
+constexpr Seconds seldom{2};
 
 bool active(const json& slot) {
     return slot["state"] == "busy" || slot["state"] == "waiting";
@@ -33,11 +35,11 @@ auto activeBays(const json& health) {
     return std::ranges::count_if(health["slots"], active);
 }
 
-/// Looks at the rack every moment for that long; `look` gets the health document.
+/// Lets that much time pass and shows `look` the health document after every `step`.
 template<typename Look>
-void watch(Rack& rack, Seconds time, const Look& look) {
-    for (Seconds passed{}; passed < time && !QTest::currentTestFailed(); passed += glance) {
-        rack.advance(glance);
+void watch(Rack& rack, Seconds time, Seconds step, const Look& look) {
+    for (Seconds passed{}; passed < time && !QTest::currentTestFailed(); passed += step) {
+        rack.advance(step);
         look(rack.health());
     }
 }
@@ -70,7 +72,7 @@ private slots:
         Rack rack({}, 7);
         std::map<int, std::string> phases{{1, "ready"}, {2, "ready"}, {3, "ready"}};
         std::map<std::string, int> seen;
-        watch(rack, Seconds(600), [&](const json& health) {
+        watch(rack, Seconds(600), glance, [&](const json& health) {
             QCOMPARE(health["slots"].size(), 3U);
             for (const json& slot : health["slots"]) {
                 const std::string phase = slot["phase"];
@@ -92,7 +94,7 @@ private slots:
         std::map<int, json> before;
         int returned = 0;
         int failures = 0;
-        watch(rack, Seconds(1500), [&](const json& health) {
+        watch(rack, Seconds(1000), glance, [&](const json& health) {
             for (const json& slot : health["slots"]) {
                 json& earlier = before[slot["slot"]];
                 if (!earlier.is_null()) {
@@ -120,7 +122,7 @@ private slots:
         Rack rack({}, 5);
         std::map<std::string, std::set<int>> frames;
         std::map<std::string, std::pair<int, std::int64_t>> last;
-        watch(rack, Seconds(300), [&](const json& health) {
+        watch(rack, Seconds(300), glance, [&](const json& health) {
             for (const json& slot : health["slots"]) {
                 const bool counts = slot["phase"] == "processing" && slot["stage"] == "describe"
                                     && slot["media_kind"] == "video";
@@ -152,7 +154,7 @@ private slots:
     void tellsTheRestOfTheCoolingBay() {
         Rack rack({}, 2);
         int seen = 0;
-        watch(rack, Seconds(200), [&](const json& health) {
+        watch(rack, Seconds(200), glance, [&](const json& health) {
             const double rest = health["cooldown_seconds"];
             const bool cooling = std::ranges::any_of(
                 health["slots"], [](const json& slot) { return slot["phase"] == "cooling"; });
@@ -160,7 +162,7 @@ private slots:
             QVERIFY(rest >= 0 && rest <= health["cooldown_cap_seconds"]);
             seen += cooling && rest > 0 ? 1 : 0;
         });
-        QVERIFY(seen > 30);
+        QVERIFY(seen > 20);
     }
 
     void drainsWithoutDeepJobs() {
@@ -180,7 +182,7 @@ private slots:
         }
         bool allIdle = false;
         std::set<std::string> light;
-        watch(rack, Seconds(300), [&](const json& health) {
+        watch(rack, Seconds(300), glance, [&](const json& health) {
             for (const json& slot : health["slots"]) {
                 if (deep(slot)) {
                     QVERIFY(begun.contains(slot["job"]));
@@ -195,7 +197,7 @@ private slots:
 
         rack.setDeepEnabled(true);
         bool back = false;
-        watch(rack, Seconds(30), [&](const json& health) {
+        watch(rack, Seconds(30), glance, [&](const json& health) {
             back = back || std::ranges::any_of(health["slots"], deep);
         });
         QVERIFY(back);
@@ -229,7 +231,7 @@ private slots:
         rack.setMode(vesk::sim::modeFromName(name.toStdString()).value());
         int mostLanes = 0;
         int mostDuty = 0;
-        watch(rack, Seconds(900), [&](const json& health) {
+        watch(rack, Seconds(900), seldom, [&](const json& health) {
             const json& policy = health["activity_policy"];
             QVERIFY(policy["performance_mode"] == name.toStdString());
             QVERIFY(policy["configured_duty_percent"] == configured);
@@ -248,7 +250,7 @@ private slots:
     void beginsNoJobBeyondTheLanes() {
         Rack rack({8, 2}, 4);
         rack.setMode(Mode::Quiet);
-        watch(rack, Seconds(200), [](const json& health) {
+        watch(rack, Seconds(200), glance, [](const json& health) {
             const auto running = std::ranges::count_if(health["slots"], [](const json& slot) {
                 return slot["phase"] == "loading_model" || slot["phase"] == "processing";
             });
@@ -274,7 +276,7 @@ private slots:
     void warmsUpAndCoolsDown() {
         Rack rack({}, 1);
         std::set<std::string> states;
-        watch(rack, Seconds(600), [&](const json& health) {
+        watch(rack, Seconds(600), seldom, [&](const json& health) {
             const json& policy = health["activity_policy"];
             states.insert(policy["thermal_state"]);
             if (policy["thermal_state"] != "nominal") {
@@ -289,7 +291,7 @@ private slots:
         std::set<std::size_t> counts;
         std::set<std::string> senders;
         int longest = 0;
-        watch(rack, Seconds(1200), [&](const json& health) {
+        watch(rack, Seconds(1200), seldom, [&](const json& health) {
             const json& devices = health["connected_devices"];
             counts.insert(devices.size());
             for (const json& device : devices) {
@@ -309,7 +311,7 @@ private slots:
 
     void withoutPhonesNoJobsCome() {
         Rack rack({3, 0}, 1);
-        watch(rack, Seconds(60), [](const json& health) {
+        watch(rack, Seconds(60), seldom, [](const json& health) {
             QCOMPARE(activeBays(health), 0);
             QVERIFY(health["connected_devices"].empty());
         });
@@ -350,10 +352,10 @@ private slots:
 
     void aLongPauseIsCutShort() {
         Rack rack({}, 1);
-        Rack hour({}, 1);
+        Rack minutes({}, 1);
         rack.advance(Seconds(1e12));
-        hour.advance(Seconds(3600));
-        QCOMPARE(rack.health().dump(), hour.health().dump());
+        minutes.advance(Seconds(600));
+        QCOMPARE(rack.health().dump(), minutes.health().dump());
     }
 };
 

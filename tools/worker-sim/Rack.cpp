@@ -11,8 +11,8 @@ namespace vesk::sim {
 
 namespace {
 
-constexpr Seconds tickLength{0.05};
-constexpr Seconds mostAtOnce{3600};
+constexpr Seconds tickLength{0.1};
+constexpr Seconds mostAtOnce{600};
 
 } // namespace
 

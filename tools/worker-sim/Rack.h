@@ -23,7 +23,7 @@ class Rack {
 public:
     Rack(RackSize size, std::uint64_t seed);
 
-    /// Lets simulated time pass, at most an hour at once: what goes beyond is left out.
+    /// Lets simulated time pass, at most ten minutes at once: what goes beyond is left out.
     void advance(Seconds elapsed);
 
     /// Off: nothing deep is accepted, what no engine has begun on goes back, the rest finishes.
