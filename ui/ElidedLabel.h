@@ -21,6 +21,7 @@ public:
 
     [[nodiscard]] bool isElided() const;
 
+    [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
@@ -29,8 +30,10 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    [[nodiscard]] QString elidedLine() const;
     void updateToolTip();
 
+    QString line_; // what there is to draw of the text
     QString note_;
 };
 

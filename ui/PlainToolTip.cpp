@@ -13,8 +13,12 @@ void showPlainToolTip(const QHelpEvent& event, QWidget& widget) {
         QToolTip::hideText();
         return;
     }
+    // Nobody reads more, and laying it out would take its time.
+    constexpr qsizetype mostCharacters = 2000;
+    const QString text = widget.toolTip().left(mostCharacters).toHtmlEscaped();
     QToolTip::showText(
-        event.globalPos(), u"<span>"_s + widget.toolTip().toHtmlEscaped() + u"</span>"_s, &widget);
+        event.globalPos(), u"<span style='white-space: pre-wrap'>"_s + text + u"</span>"_s,
+        &widget);
 }
 
 } // namespace vesk
