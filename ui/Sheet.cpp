@@ -14,13 +14,6 @@ Sheet::Sheet(const QString& title, QSize size, QWidget* parent) : QDialog(parent
     resize(size);
 }
 
-void Sheet::growToFit() {
-    layout()->activate();
-    // A box layout's own minimum does not know how high a text gets that wraps.
-    const int needed = layout()->totalHeightForWidth(width());
-    setMinimumHeight(std::max(size_.height(), needed));
-}
-
 void Sheet::end() {
     done(Accepted);
 }
@@ -29,9 +22,28 @@ void Sheet::reject() {
     emit dismissed();
 }
 
+bool Sheet::event(QEvent* event) {
+    const bool handled = QDialog::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+        growToFit();
+    }
+    return handled;
+}
+
 void Sheet::closeEvent(QCloseEvent* event) {
     emit dismissed();
     event->setAccepted(isHidden());
+}
+
+void Sheet::showEvent(QShowEvent* event) {
+    growToFit();
+    QDialog::showEvent(event);
+}
+
+void Sheet::growToFit() {
+    // A box layout's own minimum does not know how high a text gets that wraps.
+    const int needed = layout()->totalHeightForWidth(width());
+    setMinimumHeight(std::max(size_.height(), needed));
 }
 
 } // namespace vesk

@@ -10,11 +10,9 @@ class Sheet final : public QDialog {
     Q_OBJECT
 
 public:
-    /// `size`: of the content, in device-independent pixels; the sheet is never smaller.
+    /// `size`: of the content, in device-independent pixels; the sheet is never smaller, and higher
+    /// where its texts need it.
     Sheet(const QString& title, QSize size, QWidget* parent);
-
-    /// Makes the sheet as high as its texts need, where that is more than its size.
-    void growToFit();
 
     /// Hides the sheet.
     void end();
@@ -25,9 +23,13 @@ signals:
     void dismissed();
 
 protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
+    void growToFit();
+
     QSize size_;
 };
 

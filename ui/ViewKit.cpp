@@ -96,9 +96,11 @@ QFont controlFont() {
     return systemFont(13, QFont::Medium);
 }
 
-QWidget* flexibleSpace() {
+QWidget* flexibleSpace(bool vertical) {
     auto* view = new QWidget;
-    view->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    view->setSizePolicy(
+        vertical ? QSizePolicy::Preferred : QSizePolicy::Expanding,
+        vertical ? QSizePolicy::Expanding : QSizePolicy::Fixed);
     return view;
 }
 

@@ -48,8 +48,8 @@ void pin(QWidget* view, QWidget* container, int inset = 20);
 /// What plain buttons and segments are written in.
 [[nodiscard]] QFont controlFont();
 
-/// Takes what width is left in a horizontal stack.
-[[nodiscard]] QWidget* flexibleSpace();
+/// Takes what width is left in a horizontal stack, or what height in a vertical one.
+[[nodiscard]] QWidget* flexibleSpace(bool vertical = false);
 
 /// The system's font for texts.
 [[nodiscard]] QFont systemFont(int size, QFont::Weight weight);

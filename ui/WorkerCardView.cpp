@@ -43,8 +43,8 @@ WorkerCardView::WorkerCardView(QWidget* parent)
     auto* metrics = stack(
         {counter(completed_, u"results returned"_s), counter(failed_, u"failed jobs"_s)}, false);
     pin(stack(
-            {header, symbol_, title_, detail_, engine_, elapsed_, flexibleSpace(), metrics}, true,
-            14),
+            {header, symbol_, title_, detail_, engine_, elapsed_, flexibleSpace(true), metrics},
+            true, 14),
         this, 22);
     setMinimumHeight(leastHeight);
     present(WorkerCard());

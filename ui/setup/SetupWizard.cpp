@@ -69,7 +69,6 @@ void SetupWizard::refreshReadiness() {
     }
     readiness_->setText(
         readinessText(control_.lastHealth(), control_.online(), control_.backendReady()));
-    window_->growToFit();
 }
 
 QDialog* SetupWizard::window() const {
@@ -80,7 +79,7 @@ void SetupWizard::layOut() {
     auto* body = stack(controls_, true, 18);
     body_ = static_cast<QBoxLayout*>(body->layout());
     auto* actions = stack({skip_, flexibleSpace(), back_, next_}, false);
-    auto* bottom = stack({flexibleSpace(), actions}, true, 0);
+    auto* bottom = stack({flexibleSpace(true), actions}, true, 0);
     pin(stack({stepLabel_, title_, body, bottom}, true, 18), window_, 28);
     for (QPushButton* action : {startCheck_, skip_, back_, next_}) {
         // The return key presses the button that has the keyboard, else "Continue".
@@ -110,7 +109,6 @@ void SetupWizard::render() {
         control->setVisible(body_->indexOf(control) >= 0);
     }
     refreshReadiness();
-    window_->growToFit();
 }
 
 QWidget* SetupWizard::view(const SetupItem& item) {

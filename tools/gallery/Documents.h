@@ -1,0 +1,17 @@
+#pragma once
+
+#include "service/HealthDocument.h"
+
+/// Health documents as a service in different states would answer them.
+namespace vesk::documents {
+
+[[nodiscard]] HealthDocument idle();
+/// Three bays at work.
+[[nodiscard]] HealthDocument live();
+[[nodiscard]] HealthDocument cooling();
+/// Names and reasons as long as they come.
+[[nodiscard]] HealthDocument longTexts();
+/// At rest in the given performance mode.
+[[nodiscard]] HealthDocument inMode(const QString& mode);
+
+} // namespace vesk::documents

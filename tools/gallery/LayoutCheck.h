@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QStringList>
+
+class QWidget;
+
+namespace vesk {
+
+/// What is wrong with the places of the widgets in a window that is shown: one line for each text
+/// that is cut without a way to read it, each pair of neighbours that overlap and each widget that
+/// leaves its parent. Empty where all is well.
+[[nodiscard]] QStringList layoutFaults(const QWidget& window);
+
+} // namespace vesk

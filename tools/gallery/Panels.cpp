@@ -1,0 +1,61 @@
+#include "tools/gallery/Documents.h"
+#include "tools/gallery/Gallery.h"
+#include "tools/gallery/Screens.h"
+#include "ui/CompactPanel.h"
+#include "ui/CompactPanelView.h"
+#include "ui/DashboardWindow.h"
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ServiceFacts facts(const HealthDocument& document, bool online = true, bool accepting = true) {
+    return {
+        .lastHealth = document,
+        .online = online,
+        .accepting = accepting,
+        .backendReady = true,
+        .port = 45835,
+        .hostName = u"Studio.local"_s};
+}
+
+void addPanel(Gallery& gallery, const QString& name, const CompactPanel& panel) {
+    DashboardWindow window;
+    window.panel().show(panel);
+    window.show();
+    gallery.add(u"panel-"_s + name, window);
+    window.resize(window.minimumSize());
+    gallery.add(u"panel-"_s + name + u"-smallest"_s, window);
+}
+
+void addConnected(Gallery& gallery, const QString& name, const ServiceFacts& known) {
+    addPanel(gallery, name, compactPanel(connectedDashboard(known), known));
+}
+
+} // namespace
+
+void addPanels(Gallery& gallery) {
+    addPanel(gallery, u"checking"_s, compactPanel(Dashboard(), facts({}, false)));
+    addConnected(gallery, u"idle"_s, facts(documents::idle()));
+    addConnected(gallery, u"live"_s, facts(documents::live()));
+    addConnected(gallery, u"cooling"_s, facts(documents::cooling()));
+    addConnected(gallery, u"paused"_s, facts(documents::idle(), true, false));
+    addConnected(gallery, u"long"_s, facts(documents::longTexts()));
+
+    const ServiceFacts live = facts(documents::live());
+    addPanel(
+        gallery, u"reconnecting"_s,
+        compactPanel(reconnectingDashboard(connectedDashboard(live)), live));
+    ServiceFacts away = facts(documents::live(), false);
+    addPanel(
+        gallery, u"stopped"_s,
+        compactPanel(disconnectedDashboard(connectedDashboard(live), false), away));
+    away.starting = true;
+    addPanel(
+        gallery, u"starting"_s,
+        compactPanel(disconnectedDashboard(connectedDashboard(live), true), away));
+}
+
+} // namespace vesk
