@@ -13,7 +13,9 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <array>
 #include <csignal>
+#include <filesystem>
 #include <memory>
 
 #include <unistd.h>
@@ -124,8 +126,8 @@ private:
         write(locations().templateURL(), agentPropertyList(keys));
     }
 
-    [[nodiscard]] ServiceLocations locations() const { return ServiceLocations(home_->path()); }
-    [[nodiscard]] QString report() const { return home_->filePath(u"report"_s); }
+    [[nodiscard]] ServiceLocations locations() const { return ServiceLocations(home_.path()); }
+    [[nodiscard]] QString report() const { return home_.filePath(u"report"_s); }
     [[nodiscard]] QByteArrayList fields() const { return content(report()).split('\0'); }
     [[nodiscard]] qsizetype runs() const { return content(report() + u".runs"_s).count('\n'); }
 
@@ -165,25 +167,31 @@ private:
         return text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
     }
 
-    std::unique_ptr<QTemporaryDir> home_;
-    std::unique_ptr<PrivateManager> manager_;
+    QTemporaryDir home_;
+    PrivateManager manager_{home_.path()};
     std::unique_ptr<Launchctl> launchctl_;
 };
 
 void ManagedServiceTest::init() {
-    home_ = std::make_unique<QTemporaryDir>();
-    manager_ = std::make_unique<PrivateManager>(home_->path());
     launchctl_ = std::make_unique<Launchctl>(QStringLiteral(VESK_COMPANION));
-    if (!manager_->start()) {
-        const QByteArray log = manager_->log();
-        QSKIP(("NOT TESTED: this machine does not let a user's systemd start: " + log).constData());
+    if (!manager_.isRunning() && !manager_.start()) {
+        QSKIP(("NOT TESTED: this machine does not let a user's systemd start: " + manager_.log())
+                  .constData());
     }
 }
 
 void ManagedServiceTest::cleanup() {
     launchctl_.reset();
-    manager_.reset();
-    home_.reset();
+    static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
+    for (const auto& entry :
+         std::filesystem::directory_iterator(QFile::encodeName(home_.path()).toStdString())) {
+        std::filesystem::remove_all(entry.path());
+    }
+    removeServiceUnit(
+        ServiceLocations::serviceLabel.toString(),
+        qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/systemd/user"_s);
+    static_cast<void>(PrivateManager::systemctl({u"daemon-reload"_s}));
+    static_cast<void>(PrivateManager::systemctl({u"reset-failed"_s}));
 }
 
 void ManagedServiceTest::unknownService() {
@@ -424,8 +432,8 @@ void ManagedServiceTest::login() {
     putTemplate(atLoad + probeKeys(report(), {u"at login"_s}));
     QCOMPARE(configureLogin(locations(), true), std::nullopt);
     QVERIFY(!isLoaded());
-    manager_->stop();
-    QVERIFY(manager_->start());
+    manager_.stop();
+    QVERIFY(manager_.start());
     QTRY_VERIFY_WITH_TIMEOUT(isRunning(), patience);
     QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
     QCOMPARE(fields().value(5), QByteArray("at login"));
@@ -435,8 +443,8 @@ void ManagedServiceTest::login() {
 
     QCOMPARE(configureLogin(locations(), false), std::nullopt);
     QVERIFY(isRunning());
-    manager_->stop();
-    QVERIFY(manager_->start());
+    manager_.stop();
+    QVERIFY(manager_.start());
     QVERIFY(!isLoaded());
     QCOMPARE(runs(), 2);
 }
@@ -454,11 +462,11 @@ void ManagedServiceTest::loginWithBadFiles() {
         folder + u"/zz.plist"_s, agentPropertyList(atLoad + entry(u"Program"_s, u"/bin/false"_s)));
     putTemplate(atLoad + probeKeys(report()));
     QCOMPARE(configureLogin(locations(), true), std::nullopt);
-    manager_->stop();
-    QVERIFY(manager_->start());
+    manager_.stop();
+    QVERIFY(manager_.start());
     QTRY_VERIFY_WITH_TIMEOUT(isRunning(), patience);
     QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    const QByteArray log = manager_->log();
+    const QByteArray log = manager_.log();
     QVERIFY(log.contains("/bad.plist: The file is not a valid property list."));
     QVERIFY(log.contains("/empty.plist: The file is not a valid property list."));
     QVERIFY(
@@ -538,7 +546,7 @@ void ManagedServiceTest::placesArriveUntouched_data() {
 
 void ManagedServiceTest::placesArriveUntouched() {
     QFETCH(const QString, name);
-    const QString folder = home_->filePath(name);
+    const QString folder = home_.filePath(name);
     const QString program = folder + u'/' + name;
     QVERIFY(QDir().mkpath(folder) && QFile::copy(QStringLiteral(VESK_PROBE), program));
     putTemplate(
@@ -567,7 +575,7 @@ void ManagedServiceTest::programAndItsName() {
 }
 
 void ManagedServiceTest::streamsToFiles() {
-    const QString out = home_->filePath(u"out"_s);
+    const QString out = home_.filePath(u"out"_s);
     write(out, "before\n");
     putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, out));
     QCOMPARE(start(), std::nullopt);
@@ -590,7 +598,7 @@ void ManagedServiceTest::maskAndNiceness() {
 
 void ManagedServiceTest::managerGone() {
     putTemplate(atLoad + probeKeys(report()));
-    manager_->stop();
+    manager_.stop();
     const auto failure = start();
     QVERIFY(failure);
     QVERIFY2(failure->description.contains(u"Failed to connect"), qPrintable(failure->description));

@@ -19,6 +19,8 @@ public:
     /// Returns when it has reached its default target; false when it cannot run here.
     [[nodiscard]] bool start();
 
+    [[nodiscard]] bool isRunning() const { return process_.state() == QProcess::Running; }
+
     /// Ends it, and with it the services.
     void stop();
 
