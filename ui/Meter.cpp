@@ -24,12 +24,13 @@ Meter::Meter(QWidget* parent) : QWidget(parent) {
 }
 
 void Meter::setValue(double value) {
-    if (value == value_) {
+    const double within = std::clamp(value, 0.0, 1.0);
+    if (within == value_) {
         return;
     }
-    value_ = value;
+    value_ = within;
     update();
-    QAccessibleValueChangeEvent event(this, value);
+    QAccessibleValueChangeEvent event(this, value_);
     QAccessible::updateAccessibility(&event);
 }
 
@@ -47,7 +48,7 @@ void Meter::paintEvent(QPaintEvent* /*event*/) {
     const QRectF track(0, (height() - thickness) / 2, width(), thickness);
     painter.setBrush(Theme::line);
     painter.drawRoundedRect(track, thickness / 2, thickness / 2);
-    const qreal filled = std::clamp(value_, 0.0, 1.0) * track.width();
+    const qreal filled = value_ * track.width();
     if (filled > 0) {
         // Never narrower than its own rounding, so that the first step is seen.
         QRectF bar = track;

@@ -13,7 +13,7 @@ public:
 
     [[nodiscard]] double value() const noexcept { return value_; }
 
-    /// Taken as it is; drawn within 0 and 1.
+    /// Limited to what lies between 0 and 1.
     void setValue(double value);
 
     /// Whether the bar stands for something under way, which gives it the accent colour.
