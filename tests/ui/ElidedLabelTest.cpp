@@ -1,4 +1,5 @@
 #include "ui/ElidedLabel.h"
+#include "tests/ui/PaintCounter.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -223,32 +224,24 @@ void ElidedLabelTest::markupIsDrawnLiterally() {
 }
 
 void ElidedLabelTest::sameTextRepaintsNothing() {
-    class PaintCounter final : public QObject {
-    public:
-        int paints = 0;
-        bool eventFilter(QObject* watched, QEvent* event) override {
-            paints += event->type() == QEvent::Paint ? 1 : 0;
-            return QObject::eventFilter(watched, event);
-        }
-    } counter;
     ElidedLabel label(sentence);
     label.setNote(u"note"_s);
     label.setColor(Qt::red);
     label.show();
     QVERIFY(QTest::qWaitForWindowExposed(&label));
     QCoreApplication::processEvents();
-    label.installEventFilter(&counter);
+    const PaintCounter counter(label);
 
     label.setText(sentence);
     label.setNote(u"note"_s);
     label.setColor(Qt::red);
     QCoreApplication::processEvents();
-    QCOMPARE(counter.paints, 0);
+    QCOMPARE(counter.paints(), 0);
 
     label.setColor(Qt::blue);
-    QTRY_COMPARE(counter.paints, 1);
+    QTRY_COMPARE(counter.paints(), 1);
     label.setText(u"other"_s);
-    QTRY_COMPARE(counter.paints, 2);
+    QTRY_COMPARE(counter.paints(), 2);
 }
 
 } // namespace vesk
