@@ -14,30 +14,35 @@ namespace {
 
 constexpr int tileCanvas = 256;
 
-void drawTile(QPainter& painter) {
+constexpr int smallTile = 32;
+
+/// `glyph`: place of the mark on the canvas.
+void drawTile(QPainter& painter, const QRectF& glyph) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(Theme::background);
     painter.drawRoundedRect(QRectF(10, 10, 236, 236), 54, 54);
-    drawGlyph(painter, u"mark"_s, QRectF(56, 48, 144, 160), Theme::accent);
+    drawGlyph(painter, u"mark"_s, glyph, Theme::accent);
 }
 
 /// Count and glyph share the square that tray hosts give an icon.
 void drawTray(QPainter& painter, const QString& count, qreal edge) {
-    const QColor grey(0x9a, 0xa4, 0xa9);
+    // As far from white as from the dark of a panel.
+    const QColor grey(0x7f, 0x89, 0x8e);
     painter.setRenderHint(QPainter::Antialiasing);
     if (count.isEmpty()) {
         drawGlyph(painter, u"mark"_s, QRectF(0, 0, edge, edge), grey);
         return;
     }
-    const qreal glyph = edge * 0.62;
+    const qreal glyph = edge * (count.size() > 1 ? 0.48 : 0.56);
     drawGlyph(painter, u"mark"_s, QRectF(0, (edge - glyph) / 2, glyph, glyph), grey);
     QFont font;
-    font.setPixelSize(static_cast<int>(edge * (count.size() > 1 ? 0.46 : 0.72)));
+    font.setPixelSize(static_cast<int>(edge * (count.size() > 1 ? 0.44 : 0.68)));
     font.setWeight(QFont::Bold);
     painter.setFont(font);
     painter.setPen(grey);
-    painter.drawText(QRectF(glyph * 0.94, 0, edge - glyph * 0.94, edge), Qt::AlignCenter, count);
+    painter.drawText(
+        QRectF(glyph, 0, edge - glyph, edge), Qt::AlignCenter | Qt::TextDontClip, count);
 }
 
 } // namespace
@@ -49,7 +54,8 @@ QIcon applicationIcon() {
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
         painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
-        drawTile(painter);
+        // In a list or a task bar the mark would be a speck.
+        drawTile(painter, edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208));
         icon.addPixmap(pixmap);
     }
     return icon;

@@ -18,6 +18,7 @@ constexpr qreal buttonRadius = 6;
 constexpr qreal boxRadius = 4;
 constexpr int buttonHeight = 28;
 constexpr int buttonMargin = 14;
+constexpr int ringMargin = 4; // between a check box's title and its ring
 
 bool isPrimary(const QWidget* widget) {
     return widget != nullptr && widget->property(primaryProperty).toBool();
@@ -38,6 +39,9 @@ void drawButtonBezel(const QStyleOption& option, QPainter& painter, bool primary
     painter.setBrush(mixed(Theme::panel, tint, enabled ? strength : 0.04));
     painter.drawRoundedRect(
         QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), buttonRadius, buttonRadius);
+    if (option.state.testFlag(QStyle::State_HasFocus)) {
+        drawFocusRing(painter, option.rect, buttonRadius);
+    }
 }
 
 void drawCheckIndicator(const QStyleOption& option, QPainter& painter) {
@@ -126,7 +130,17 @@ QSize ThemeStyle::sizeFromContents(
     if (type == CT_PushButton) {
         return {contents.width() + 2 * buttonMargin, std::max(contents.height() + 8, buttonHeight)};
     }
-    return QProxyStyle::sizeFromContents(type, option, contents, widget);
+    const QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
+    return type == CT_CheckBox ? size + QSize(ringMargin, 2) : size;
+}
+
+QRect ThemeStyle::subElementRect(
+    SubElement element, const QStyleOption* option, const QWidget* widget) const {
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    if (element == SE_CheckBoxFocusRect) {
+        return rect.adjusted(-ringMargin, -1, ringMargin, 1).intersected(option->rect);
+    }
+    return rect;
 }
 
 int ThemeStyle::pixelMetric(
