@@ -36,6 +36,11 @@ void WrappedLabel::setColor(const QColor& color) {
     setPalette(own);
 }
 
+bool WrappedLabel::isShortened() const {
+    QTextLayout layout;
+    return breakLines(layout, width()) >= 0;
+}
+
 int WrappedLabel::heightForWidth(int width) const {
     QTextLayout layout;
     breakLines(layout, width);
@@ -106,8 +111,7 @@ int WrappedLabel::breakLines(QTextLayout& layout, int width) const {
 }
 
 void WrappedLabel::updateToolTip() {
-    QTextLayout layout;
-    setToolTip(breakLines(layout, width()) < 0 ? QString() : text());
+    setToolTip(isShortened() ? text() : QString());
 }
 
 } // namespace vesk

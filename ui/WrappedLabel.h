@@ -19,6 +19,9 @@ public:
     void setText(const QString& text);
     void setColor(const QColor& color);
 
+    /// Whether more text follows the last line.
+    [[nodiscard]] bool isShortened() const;
+
     [[nodiscard]] int heightForWidth(int width) const override;
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -29,7 +32,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    /// Breaks the text into lines; gives where the last of them starts if more text follows it.
+    /// Breaks the text into lines; gives where the last of them starts if more text
+    /// follows it, else -1.
     int breakLines(QTextLayout& layout, int width) const;
     void updateToolTip();
 

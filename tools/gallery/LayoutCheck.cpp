@@ -47,6 +47,10 @@ QString wrappedFault(const QLabel& label) {
     if (label.minimumSizeHint().width() > label.width()) {
         return u"has a word that needs a width of %1"_s.arg(label.minimumSizeHint().width());
     }
+    const auto* wrapped = qobject_cast<const WrappedLabel*>(&label);
+    if (wrapped != nullptr && wrapped->isShortened() && !isToldElsewhere(label)) {
+        return u"is shortened and told nowhere else"_s;
+    }
     return {};
 }
 
