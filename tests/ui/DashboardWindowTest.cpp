@@ -10,7 +10,6 @@
 #include <QImage>
 #include <QScreen>
 #include <QSignalSpy>
-#include <QStyleOptionButton>
 #include <QTest>
 
 namespace vesk {
