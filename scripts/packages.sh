@@ -8,6 +8,10 @@ build_packages=(
     nlohmann-json3-dev qt6-base-dev qt6-svg-dev
 )
 
+# A user's service manager; installed, it starts nothing by itself.
+# shellcheck disable=SC2034
+service_packages=(systemd)
+
 # A screen where there is none, with a window manager, a session bus and something to take a
 # picture with.
 # shellcheck disable=SC2034
