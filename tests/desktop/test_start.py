@@ -184,3 +184,45 @@ class StartTest(DesktopCase):
                              "if-modified-since", "if-none-match"):
                 self.assertNotIn(unwanted, names)
         self.assertTrue(dashboard.is_running())
+
+    def setup_is_shown(self, dashboard):
+        windows = self.desktop.windows
+        titles = [windows.title(window) for window in windows.of_process(dashboard.pid)]
+        return "Corvala for Mac Setup · Halvex" in titles
+
+    def test_setup_comes_by_itself_only_once(self):
+        worker = self.worker()
+        home = self.desktop.home_environment("newcomer")
+        first = self.dashboard(worker.port, home=home)
+        wait_for("the setup sheet", lambda: self.setup_is_shown(first))
+        first.stop()
+        worker.clear_requests()
+        worker.show_slots(BUSY)
+        second = self.live_dashboard(worker, home=home)
+        # A fetch that the timer sent comes long after the sheet would have.
+        wait_for(
+            "a later fetch", lambda: worker.arrivals()[-1] - worker.arrivals()[0] > 1.4
+        )
+        self.assertFalse(self.setup_is_shown(second))
+        second.stop()
+        third = self.dashboard(worker.port, "--setup", home=home)
+        wait_for("the setup sheet", lambda: self.setup_is_shown(third))
+
+    def test_arguments_of_the_toolkit_mean_nothing(self):
+        worker = self.worker()
+        dashboard = self.live_dashboard(
+            worker, "-platform", "offscreen", "-qwindowgeometry", "300x300+0+0", "-style", "--setup"
+        )
+        wait_for("the setup sheet", lambda: self.setup_is_shown(dashboard))
+        windows = self.desktop.windows
+        sizes = {
+            windows.title(window): windows.place(window)[2:]
+            for window in windows.of_process(dashboard.pid)
+        }
+        self.assertEqual(sizes["Corvala for Mac · Halvex"], (720, 390))
+        self.assertEqual(dashboard.err, "")
+
+    def test_unknown_arguments_are_ignored(self):
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker, "--nothing", "--setupp", "", "\udcff", "ü")
+        self.assertFalse(self.setup_is_shown(dashboard))

@@ -30,6 +30,12 @@ class Node:
         """`state` as in "enabled", "checked", "indeterminate", "showing"."""
         return self._accessible.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
 
+    @property
+    def place(self):
+        """Left, top, width and height on the screen."""
+        extents = self._accessible.get_extents(Atspi.CoordType.SCREEN)
+        return extents.x, extents.y, extents.width, extents.height
+
     def press(self):
         """Does the first action that the node offers."""
         self._accessible.do_action(0)
@@ -43,6 +49,17 @@ class Node:
         yield self
         for child in self.children():
             yield from child.walk()
+
+    def showing(self, role):
+        """The nodes of that role that are on screen here."""
+        try:
+            return [node for node in self.walk() if node.role == role and node.has("showing")]
+        except GLib.Error:
+            return []  # it changes as we look
+
+    def find(self, role, name):
+        """The first of them with that name; None without one."""
+        return next((node for node in self.showing(role) if node.name == name), None)
 
 
 class Accessible:
@@ -79,6 +96,21 @@ class Accessible:
             try:
                 if node.role == role and name in (None, node.name):
                     return node
+            except GLib.Error:
+                continue
+        return None
+
+    def showing(self, role):
+        """The nodes of that role that are on screen."""
+        application = self._application()
+        return Node(application).showing(role) if application else []
+
+    def focus(self):
+        """Role and name of what has the keyboard; None while nothing has."""
+        for node in self.nodes():
+            try:
+                if node.has("focused"):
+                    return node.role, node.name
             except GLib.Error:
                 continue
         return None

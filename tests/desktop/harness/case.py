@@ -1,9 +1,11 @@
 """What the desktop tests share: one desktop a test process, everything else a test."""
 
+import contextlib
 import unittest
 
 from .dashboard import Dashboard
 from .desktop import Desktop
+from .person import Person
 from .tray import TrayHost
 from .worker import Worker
 
@@ -15,6 +17,8 @@ class DesktopCase(unittest.TestCase):
     def setUpClass(cls):
         cls.desktop = Desktop()
         cls.addClassCleanup(cls.desktop.stop)
+        cls.person = Person(cls.desktop)
+        cls.addClassCleanup(cls.person.leave)
 
     def setUp(self):
         self._dashboards = []
@@ -26,6 +30,15 @@ class DesktopCase(unittest.TestCase):
             for dashboard in self._dashboards:
                 print(dashboard.err)
                 print(dashboard.accessible.tree())
+
+    @contextlib.contextmanager
+    def step(self, name):
+        """Names one of many that build on each other: unlike a subtest, the first failure ends."""
+        try:
+            yield
+        except AssertionError as error:
+            error.add_note(f"at {name!r}")
+            raise
 
     def worker(self, **options):
         worker = Worker(self.desktop, **options)

@@ -8,12 +8,19 @@ from .desktop import DASHBOARD
 from .process import Process
 from .waiting import wait_for
 
+ALERT = "Corvala for Mac needs attention"
+
 _numbers = itertools.count(1)
+
+
+def first_home(desktop):
+    """The environment of a person who has never started the program."""
+    return desktop.home_environment(f"home{next(_numbers)}")
 
 
 def visited_home(desktop):
     """The environment of a person who has seen the setup sheet."""
-    home = desktop.home_environment(f"home{next(_numbers)}")
+    home = first_home(desktop)
     folder = os.path.join(home["XDG_CONFIG_HOME"], "Halvex")
     os.makedirs(folder)
     with open(os.path.join(folder, "VeskWorkerControl.conf"), "w", encoding="utf-8") as file:
@@ -66,6 +73,50 @@ class Dashboard:
             "the dashboard's window", lambda: self.desktop.windows.of_process(self.pid)
         )
         return windows[0]
+
+    def control(self, role, name):
+        """What is on screen under that name, in the window or on a sheet."""
+
+        def shown():
+            return next((n for n in self.accessible.showing(role) if n.name == name), None)
+
+        return wait_for(f"{role} {name!r}", shown)
+
+    def sheet(self, title, seconds=15.0):
+        """The sheet of that title, once it has the keyboard."""
+
+        def active():
+            return next((n for n in self._sheets() if n.name == title and n.has("active")), None)
+
+        return wait_for(f"the sheet {title!r}", active, seconds)
+
+    def alert(self, message, seconds=15.0):
+        """The alert with that message, once it has the keyboard."""
+        alert = self.sheet(ALERT, seconds)
+        texts = [label.name for label in alert.showing("label")]
+        if (texts, alert.description) != ([ALERT, message], message):
+            raise AssertionError(f"the alert says {texts}, {alert.description!r}, not {message!r}")
+        return alert
+
+    def sheets(self):
+        """The names of all sheets and alerts on screen."""
+        return [node.name for node in self._sheets()]
+
+    def wait_until_gone(self, title):
+        wait_for(f"the end of {title!r}", lambda: title not in self.sheets())
+
+    def _sheets(self):
+        return self.accessible.showing("dialog")
+
+    def hosts(self):
+        """Of each window the title, with the title of the one that it hangs on or None."""
+        windows = self.desktop.windows
+        titles = {window.id: windows.title(window) for window in windows.of_process(self.pid)}
+        return {
+            titles[window.id]: host and titles.get(host.id)
+            for window in windows.of_process(self.pid)
+            for host in [windows.host(window)]
+        }
 
     def is_shown(self):
         return bool(self.desktop.windows.of_process(self.pid))

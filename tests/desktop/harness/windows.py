@@ -44,6 +44,10 @@ class Windows:
         active = self._property(self._root, "_NET_ACTIVE_WINDOW")
         return active is not None and active[0] == window.id
 
+    def host(self, window):
+        """The window that this one hangs on; None for one that stands alone."""
+        return window.get_wm_transient_for()
+
     def place(self, window):
         """Left, top, width and height on the screen, without the frame."""
         geometry = window.get_geometry()

@@ -28,12 +28,15 @@ STILL = {
 
 
 class Worker:
-    def __init__(self, desktop, port=0, token=None):
+    def __init__(self, desktop, port=0, token=None, devices=2):
         environment = dict(desktop.environment)
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
         self._process = Process(
-            [WORKER, "--port", str(port)], environment, desktop.folder, "worker"
+            [WORKER, "--port", str(port), "--devices", str(devices)],
+            environment,
+            desktop.folder,
+            "worker",
         )
         line = wait_for("the worker's address", lambda: self._process.out.strip())
         self.port = int(line.rsplit(":", 1)[1])
@@ -76,8 +79,16 @@ class Worker:
     def close_listener(self, seconds):
         self._ask("POST", "/sim/listener", {"closed_seconds": seconds})
 
+    def log(self):
+        """All requests of the dashboard, in the order in which they came."""
+        return self._ask("GET", "/sim/requests")
+
     def requests(self, path="/v1/health"):
-        return [entry for entry in self._ask("GET", "/sim/requests") if entry["path"] == path]
+        return [entry for entry in self.log() if entry["path"] == path]
+
+    def changes(self):
+        """Path and body of all that asked for a change."""
+        return [(entry["path"], entry["body"]) for entry in self.log() if entry["method"] != "GET"]
 
     def clear_requests(self):
         self._ask("DELETE", "/sim/requests")

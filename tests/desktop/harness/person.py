@@ -1,0 +1,44 @@
+"""A person's mouse and keyboard."""
+
+from Xlib import X, XK, display as xdisplay
+from Xlib.ext import xtest
+
+from .waiting import wait_for
+
+LEFT_BUTTON = 1
+
+
+class Person:
+    def __init__(self, desktop):
+        self._display = xdisplay.Display(desktop.environment["DISPLAY"])
+
+    def leave(self):
+        self._display.close()
+
+    def click(self, node):
+        """With the left button, in the middle of what is on screen there."""
+        left, top, width, height = node.place
+        self._do(X.MotionNotify, x=left + width // 2, y=top + height // 2)
+        self._do(X.ButtonPress, LEFT_BUTTON)
+        self._do(X.ButtonRelease, LEFT_BUTTON)
+        self._display.sync()
+
+    def key(self, name):
+        """`name` as in "Tab", "space", "Return", "Escape", "Right"."""
+        code = self._display.keysym_to_keycode(XK.string_to_keysym(name))
+        self._do(X.KeyPress, code)
+        self._do(X.KeyRelease, code)
+        self._display.sync()
+
+    def tab_to(self, dashboard, role, name):
+        """Goes there with the tab key."""
+        for _step in range(20):
+            focus = dashboard.accessible.focus()
+            if focus == (role, name):
+                return
+            self.key("Tab")
+            wait_for(f"the keyboard beyond {focus}", lambda: dashboard.accessible.focus() != focus)
+        raise AssertionError(f"the tab key does not come to {role} {name!r}")
+
+    def _do(self, kind, detail=0, **position):
+        xtest.fake_input(self._display, kind, detail, **position)
