@@ -19,14 +19,19 @@ namespace {
 
 constexpr int smallText = 11;
 
-void showToggle(QCheckBox& box, const ToggleFace& face) {
+void setAvailable(QWidget& control, bool enabled, KeyboardKeeper& keyboard) {
+    if (keyboard.setEnabled(control, enabled)) {
+        control.setFocus();
+    }
+}
+
+void showState(QCheckBox& box, const ToggleFace& face) {
     const QSignalBlocker byProgram(box);
     if (box.checkState() != face.state) {
         box.setCheckState(face.state);
     }
     // A person switches between on and off only.
     box.setTristate(face.state == Qt::PartiallyChecked);
-    box.setEnabled(face.enabled);
 }
 
 } // namespace
@@ -55,8 +60,9 @@ void CompactPanelView::show(const CompactPanel& panel) {
         compactMeters_.at(bay)->setLive(row.live);
     }
     compactStart_->setText(verbatim(panel.compactStart.title));
-    compactStart_->setEnabled(panel.compactStart.enabled);
-    showToggle(*compactToggle_, panel.compactToggle);
+    setAvailable(*compactStart_, panel.compactStart.enabled, startKeyboard_);
+    showState(*compactToggle_, panel.compactToggle);
+    setAvailable(*compactToggle_, panel.compactToggle.enabled, toggleKeyboard_);
 }
 
 QWidget* CompactPanelView::makeHeader() {

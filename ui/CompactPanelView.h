@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/CompactPanel.h"
+#include "ui/KeyboardKeeper.h"
 
 #include <QWidget>
 
@@ -47,6 +48,8 @@ private:
     std::array<Meter*, CompactPanel::bays> compactMeters_{};
     QPushButton* compactStart_ = nullptr;
     QCheckBox* compactToggle_ = nullptr;
+    KeyboardKeeper startKeyboard_;
+    KeyboardKeeper toggleKeyboard_;
 };
 
 } // namespace vesk

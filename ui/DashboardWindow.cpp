@@ -26,6 +26,8 @@ DashboardWindow::DashboardWindow()
     setMinimumSize(smallestSize.expandedTo(minimumSizeHint()));
     resize(usualSize);
     centre();
+    // Until a person uses the keyboard, no control has it: a stray key must not pause anything.
+    setFocus();
     connect(visibility_, &WindowVisibility::changed, this, &DashboardWindow::visibilityChanged);
 }
 

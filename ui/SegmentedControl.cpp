@@ -61,14 +61,7 @@ void SegmentedControl::select(int index) {
 }
 
 void SegmentedControl::setAvailable(bool available) {
-    if (available == isEnabled()) {
-        return;
-    }
-    if (!available) {
-        owedKeyboard_ = isAncestorOf(window()->focusWidget());
-    }
-    setEnabled(available);
-    if (available && owedKeyboard_ && window()->focusWidget() == nullptr) {
+    if (keyboard_.setEnabled(*this, available)) {
         takeKeyboard();
     }
 }

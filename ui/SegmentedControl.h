@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/KeyboardKeeper.h"
+
 #include <QStringList>
 #include <QWidget>
 
@@ -39,7 +41,7 @@ protected:
 private:
     QList<Segment*> segments_;
     bool selecting_ = false;
-    bool owedKeyboard_ = false;
+    KeyboardKeeper keyboard_;
 };
 
 } // namespace vesk

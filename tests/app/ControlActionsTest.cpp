@@ -68,6 +68,7 @@ private slots:
         if (way == 0) {
             QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(8, toggle.height() / 2));
         } else if (way == 1) {
+            toggle.setFocus();
             QTest::keyClick(&toggle, Qt::Key_Space);
         } else {
             QAccessible::queryAccessibleInterface(&toggle)->actionInterface()->doAction(
@@ -87,6 +88,28 @@ private slots:
         QCOMPARE(toggle.checkState(), Qt::Unchecked);
         QCOMPARE(bench.requestsOf("POST " + services), 1);
         QCOMPARE(bench.requestsOf("GET /v1/health"), polls);
+    }
+
+    void theKeyboardStaysWhereItWas() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = "hold";
+        bench.toggle().setFocus();
+        QTest::keyClick(&bench.toggle(), Qt::Key_Space);
+        QTRY_VERIFY(bench.held);
+        QVERIFY(!bench.toggle().hasFocus());
+        bench.releaseHeld(paused);
+        QTRY_VERIFY(bench.toggle().isEnabled());
+        QCOMPARE(bench.window().focusWidget(), &bench.toggle());
+
+        // Unless the person went on meanwhile.
+        bench.other[services] = "hold";
+        QTest::keyClick(&bench.toggle(), Qt::Key_Space);
+        QTRY_VERIFY(bench.held);
+        bench.button(u"Setup…"_s)->setFocus();
+        bench.releaseHeld(accepting);
+        QTRY_VERIFY(bench.toggle().isEnabled());
+        QCOMPARE(bench.window().focusWidget(), bench.button(u"Setup…"_s));
     }
 
     void theOppositeAnswerIsShownWithoutAnAlert() {
