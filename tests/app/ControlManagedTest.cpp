@@ -1,0 +1,160 @@
+#include "agent/Launchctl.h"
+#include "agent/ServiceLocations.h"
+#include "agent/systemd/ServiceUnit.h"
+#include "app/Control.h"
+#include "service/HttpSession.h"
+#include "service/RefreshLoop.h"
+#include "tests/agent/PrivateManager.h"
+#include "tests/agent/PropertyListSamples.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QSettings>
+#include <QTcpServer>
+#include <QTest>
+
+#include <memory>
+
+using namespace vesk;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int patience = 30'000;
+
+quint16 freePort() {
+    QTcpServer server;
+    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
+}
+
+QPushButton* startButton() {
+    for (QWidget* widget : QApplication::allWidgets()) {
+        auto* button = qobject_cast<QPushButton*>(widget);
+        if (button != nullptr && button->text() == u"Start processing") {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// The whole way: the controller, the companion tool, a real user manager and a real worker.
+class ControlManagedTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir home_;
+    PrivateManager manager_{home_.path()};
+    const quint16 port_ = freePort();
+    QSettings defaults_{home_.filePath(u"defaults.ini"_s), QSettings::IniFormat};
+    TimePoint now_{1'000'000s};
+    std::unique_ptr<Control> control_;
+
+    static QByteArray property(const QString& name) {
+        return PrivateManager::systemctl({u"show"_s, u"--value"_s, u"--property="_s + name,
+                                          unitName(ServiceLocations::serviceLabel.toString())})
+            .trimmed();
+    }
+
+    void installTemplate() const {
+        const QString path = ServiceLocations(home_.path()).templateURL();
+        QFile file(path);
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QFile::WriteOnly));
+        file.write(agentPropertyList(
+            "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"
+            "<key>ProgramArguments</key><array><string>" VESK_WORKER
+            "</string><string>--port</string><string>"
+            + QByteArray::number(port_) + "</string></array>"));
+    }
+
+    void poll() {
+        RefreshLoop& loop = *control_->findChild<RefreshLoop*>();
+        const auto idle = [&] { return !loop.refreshing(); };
+        QVERIFY(QTest::qWaitFor(idle));
+        loop.reload();
+        QVERIFY(QTest::qWaitFor(idle));
+    }
+
+    /// Polls until the worker answers.
+    bool becomesOnline() {
+        return QTest::qWaitFor(
+            [this] {
+                poll();
+                return control_->online();
+            },
+            patience);
+    }
+
+    /// The worker's process lives on without a listener, until it is restarted.
+    void closeListener() {
+        HttpSession session;
+        bool done = false;
+        session.send(
+            postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this,
+            [&](const HttpSession::Answer&) { done = true; });
+        QVERIFY(QTest::qWaitFor([&] { return done; }));
+        QVERIFY(QTest::qWaitFor(
+            [this] {
+                poll();
+                return !control_->online();
+            },
+            patience));
+    }
+
+private slots:
+    void startHealAndLeave() {
+        if (!manager_.start()) {
+            QSKIP(qPrintable(
+                u"NO SERVICE MANAGER: none can be started on this machine, so that nothing of the "
+                "managed service was tested. "_s
+                + QString::fromUtf8(manager_.log())));
+        }
+        installTemplate();
+        defaults_.setValue("setupVisitedV2", true);
+        control_ = std::make_unique<Control>(Control::Surroundings{
+            .port = port_,
+            .home = home_.path(),
+            .toolPath = QStringLiteral(VESK_COMPANION),
+            .hostName = u"bench"_s,
+            .clock = [this] { return now_; },
+            .defaults = defaults_});
+        control_->applicationDidFinishLaunching();
+        poll();
+        QVERIFY(!control_->online());
+
+        QTest::mouseClick(startButton(), Qt::LeftButton);
+        QVERIFY(becomesOnline());
+        const QByteArray first = property(u"MainPID"_s);
+        QVERIFY(first.toLongLong() > 0);
+
+        closeListener();
+        QTRY_VERIFY_WITH_TIMEOUT(property(u"MainPID"_s) != first, patience);
+        QVERIFY(becomesOnline());
+        const QByteArray second = property(u"MainPID"_s);
+        QVERIFY(second.toLongLong() > 0);
+
+        // Within the cool-down it is left alone, however many fetches fail.
+        now_ += 89s;
+        closeListener();
+        for (int miss = 0; miss < 10; ++miss) {
+            poll();
+        }
+        QVERIFY(!QTest::qWaitFor([&] { return property(u"MainPID"_s) != second; }, 1500));
+        now_ += 1s;
+        QVERIFY(becomesOnline());
+        QVERIFY(property(u"MainPID"_s) != second);
+
+        // Without the dashboard the service goes on.
+        const QByteArray last = property(u"MainPID"_s);
+        control_.reset();
+        QCOMPARE(property(u"ActiveState"_s), "active");
+        QCOMPARE(property(u"MainPID"_s), last);
+    }
+};
+
+QTEST_MAIN(ControlManagedTest)
+#include "ControlManagedTest.moc"
