@@ -36,7 +36,7 @@ class WorkerSimFaultTest : public QObject {
 private slots:
     void answersLateAndNobodyElseWaits() {
         const SimFixture fixture;
-        QVERIFY(fixture.arm(R"({"late":1.0,"count":1})"));
+        QVERIFY(fixture.arm(R"({"late":3,"count":1})"));
         auto late = std::async(std::launch::async, [&] { return fixture.get(health); });
         // The log tells when the late request has been read.
         QTRY_COMPARE(fixture.log().size(), 1);
@@ -44,7 +44,7 @@ private slots:
         QVERIFY(late.wait_for(0s) == std::future_status::timeout);
         const auto answer = late.get();
         QCOMPARE(answer.status(), 200);
-        QVERIFY(answer.untilFirstByte >= 1000ms);
+        QVERIFY(answer.untilFirstByte >= 3s);
     }
 
     void manyMayBeLateAtOnce() {
@@ -70,7 +70,7 @@ private slots:
         QCOMPARE(answer.body(), "0123456789");
         QVERIFY(answer.untilEnd >= 500ms);
         QVERIFY(answer.untilFirstByte < answer.untilEnd - 400ms);
-        QVERIFY(answer.pieces.size() >= 5);
+        QVERIFY(answer.pieces.size() >= 3);
     }
 
     void givesNoAnswer_data() {
@@ -280,11 +280,11 @@ private slots:
     void closesTheListenerForAWhile() {
         const SimFixture fixture;
         const auto start = std::chrono::steady_clock::now();
-        const auto closed = fixture.post("/sim/listener", R"({"closed_seconds":0.7})");
+        const auto closed = fixture.post("/sim/listener", R"({"closed_seconds":2})");
         QCOMPARE(closed.status(), 200);
         QCOMPARE(fixture.get(health).ending, Ending::Refused);
         QVERIFY(becomes(fixture.port(), Ending::Closed));
-        QVERIFY(std::chrono::steady_clock::now() - start >= 700ms);
+        QVERIFY(std::chrono::steady_clock::now() - start >= 2s);
         QCOMPARE(fixture.get(health).status(), 200);
     }
 
