@@ -2,7 +2,6 @@
 
 #include "ui/Glyph.h"
 #include "ui/Theme.h"
-#include "ui/ViewKit.h"
 
 #include <QPainter>
 
