@@ -105,6 +105,15 @@ class Accessible:
         application = self._application()
         return Node(application).showing(role) if application else []
 
+    def sheets(self):
+        """The sheets and alerts on screen; all are right below the program."""
+        try:
+            application = self._application()
+            children = Node(application).children() if application else []
+            return [node for node in children if node.role == "dialog" and node.has("showing")]
+        except GLib.Error:
+            return []
+
     def focus(self):
         """Role and name of what has the keyboard; None while nothing has."""
         for node in self.nodes():

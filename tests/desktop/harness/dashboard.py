@@ -86,7 +86,7 @@ class Dashboard:
         """The sheet of that title, once it has the keyboard."""
 
         def active():
-            return next((n for n in self._sheets() if n.name == title and n.has("active")), None)
+            return next((n for n in self.accessible.sheets() if n.name == title and n.has("active")), None)
 
         return wait_for(f"the sheet {title!r}", active, seconds)
 
@@ -100,14 +100,10 @@ class Dashboard:
 
     def sheets(self):
         """The names of all sheets and alerts on screen."""
-        return [node.name for node in self._sheets()]
+        return [node.name for node in self.accessible.sheets()]
 
     def wait_until_gone(self, title):
         wait_for(f"the end of {title!r}", lambda: title not in self.sheets())
-
-    def _sheets(self):
-        return self.accessible.showing("dialog")
-
     def hosts(self):
         """Of each window the title, with the title of the one that it hangs on or None."""
         windows = self.desktop.windows
