@@ -30,8 +30,8 @@ SegmentedControl::SegmentedControl(const QString& name, const QStringList& title
         auto* segment = new Segment(verbatim(title), this);
         segment->setFont(controlFont());
         const auto index = static_cast<int>(segments_.size());
-        // Not clicked(): assistive technology checks a radio button without a click.
         segment->setFocusPolicy(Qt::ClickFocus);
+        // Not clicked(): assistive technology checks a radio button without a click.
         connect(segment, &Segment::toggled, this, [this, segment, index](bool on) {
             // The tab key comes to the selected one only; the arrows go on from there.
             segment->setFocusPolicy(on ? Qt::StrongFocus : Qt::ClickFocus);

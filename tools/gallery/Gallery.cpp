@@ -7,13 +7,15 @@
 #include <QPainter>
 #include <QWidget>
 
+#include <array>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int scales[] = {1, 2};
+constexpr std::array scales{1, 2};
 
 QImage canvas(QSize size, int scale) {
     QImage image(size * scale, QImage::Format_ARGB32_Premultiplied);
@@ -32,15 +34,10 @@ bool isBlank(const QImage& image) {
     if (image.isNull()) {
         return true;
     }
-    const QRgb first = image.pixel(0, 0);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (image.pixel(x, y) != first) {
-                return false;
-            }
-        }
-    }
-    return true;
+    QImage oneColour(image.size(), image.format());
+    oneColour.setDevicePixelRatio(image.devicePixelRatio());
+    oneColour.fill(image.pixelColor(0, 0));
+    return image == oneColour;
 }
 
 void Gallery::add(const QString& name, QWidget& window) {

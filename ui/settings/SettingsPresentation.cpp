@@ -19,8 +19,7 @@ int modeIndex(const QString& name) {
 
 QString performanceText(const QJsonObject& policy, bool online) {
     constexpr qint64 usualCapacity = 3;
-    const auto reason =
-        lenient::string(policy, u"reason").value_or(u"Waiting for processing service"_s);
+    auto reason = lenient::string(policy, u"reason").value_or(u"Waiting for processing service"_s);
     if (!online) {
         return reason;
     }
