@@ -19,7 +19,7 @@ HealthDocument parsed(const char* json) {
 
 constexpr auto restingService = R"({
     "deep_scan_enabled": true, "device_id": "Studio.local", "device": "Mac14,13",
-    "model": "qwen2.5vl:7b", "duty_percent": 40, "workers": 3, "configured_workers": 3,
+    "model": "vision-language:7b", "duty_percent": 40, "workers": 3, "configured_workers": 3,
     "services": {"deep_scan": true, "video": true, "audio": true, "ocr": true},
     "video_backend": {"model": "SmolVLM2-500M", "model_ready": true},
     "audio_backend": {"model": "MIT/ast-finetuned-audioset", "model_ready": true},
@@ -27,8 +27,8 @@ constexpr auto restingService = R"({
         "configured_duty_percent": 40, "active_duty_percent": 15, "effective_duty_percent": 40,
         "idle_ceiling_percent": 65, "configured_workers": 3, "effective_workers": 3,
         "reason": "Mac is idle"},
-    "connected_devices": [{"device_id": "p9", "name": "Pixel 9", "last_seen_seconds": 2},
-        {"device_id": "s24", "name": "Galaxy S24", "last_seen_seconds": 48}],
+    "connected_devices": [{"device_id": "p9", "name": "Kitchen phone", "last_seen_seconds": 2},
+        {"device_id": "s24", "name": "Garden phone", "last_seen_seconds": 48}],
     "slots": [
         {"slot": 1, "state": "idle", "completed": 128, "failed": 1, "last_stage": "describe",
             "last_media_kind": "photo", "last_finished_seconds_ago": 14},
@@ -38,21 +38,21 @@ constexpr auto restingService = R"({
 
 constexpr auto liveSlots = R"({"slots": [
     {"slot": 1, "state": "busy", "phase": "processing", "stage": "describe", "media_kind": "photo",
-        "model": "qwen2.5vl:7b", "progress_current": 2, "progress_total": 5, "elapsed_ms": 8200,
-        "source_device": "Pixel 9", "completed": 128, "failed": 1},
+        "model": "vision-language:7b", "progress_current": 2, "progress_total": 5, "elapsed_ms": 8200,
+        "source_device": "Kitchen phone", "completed": 128, "failed": 1},
     {"slot": 2, "state": "busy", "phase": "processing", "stage": "describe", "media_kind": "video",
         "model": "SmolVLM2-500M", "position_ms": 12500, "progress_current": 9,
-        "progress_total": 12, "elapsed_ms": 31000, "source_device": "Galaxy S24", "completed": 97,
+        "progress_total": 12, "elapsed_ms": 31000, "source_device": "Garden phone", "completed": 97,
         "failed": 0},
     {"slot": 3, "state": "waiting", "phase": "loading_model", "stage": "audio",
         "media_kind": "video", "model": "ast-finetuned-audioset", "elapsed_ms": 2100,
-        "source_device": "Pixel 9", "completed": 41, "failed": 2}]})";
+        "source_device": "Kitchen phone", "completed": 41, "failed": 2}]})";
 
 constexpr auto coolingSlots = R"({"cooldown_seconds": 17.4, "cooldown_cap_seconds": 45, "slots": [
     {"slot": 1, "state": "busy", "phase": "cooling", "stage": "ocr", "media_kind": "photo",
-        "elapsed_ms": 61000, "source_device": "Pixel 9", "completed": 128, "failed": 1},
+        "elapsed_ms": 61000, "source_device": "Kitchen phone", "completed": 128, "failed": 1},
     {"slot": 2, "state": "waiting", "phase": "queued", "stage": "precheck", "media_kind": "photo",
-        "source_device": "Galaxy S24", "completed": 97, "failed": 0},
+        "source_device": "Garden phone", "completed": 97, "failed": 0},
     {"slot": 3, "state": "idle", "completed": 41, "failed": 2}]})";
 
 HealthDocument with(HealthDocument document, const HealthDocument& changes) {
