@@ -31,6 +31,7 @@ private slots:
     void arrowsMoveAndPick();
     void spacePicks();
     void accessibleToggleCounts();
+    void accessiblePressCounts();
     void accessibleToggleOfTheSelectedOneKeepsIt();
     void accessibleRoles();
     void tabGoesToTheSelectedOne();
@@ -104,7 +105,13 @@ void SegmentedControlTest::mousePicks() {
 void SegmentedControlTest::pickingTheSelectedOneAgain() {
     QTest::mouseClick(&segment(0), Qt::LeftButton);
     QCOMPARE(picks(), QList<int>({0}));
-    QCOMPARE(control_->selectedIndex(), 0);
+    segment(0).click();
+    QCOMPARE(picks(), QList<int>({0, 0}));
+    segment(1).click();
+    QCOMPARE(picks(), QList<int>({0, 0, 1}));
+    QTest::mouseClick(&segment(1), Qt::LeftButton);
+    QCOMPARE(picks(), QList<int>({0, 0, 1, 1}));
+    QCOMPARE(control_->selectedIndex(), 1);
 }
 
 void SegmentedControlTest::arrowsMoveAndPick() {
@@ -129,6 +136,14 @@ void SegmentedControlTest::accessibleToggleCounts() {
     toggleAccessibly(segment(2));
     QCOMPARE(control_->selectedIndex(), 2);
     QCOMPARE(picks(), QList<int>({2}));
+}
+
+void SegmentedControlTest::accessiblePressCounts() {
+    QAccessible::queryAccessibleInterface(&segment(1))
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::pressAction());
+    QTRY_COMPARE(picks(), QList<int>({1}));
+    QCOMPARE(control_->selectedIndex(), 1);
 }
 
 void SegmentedControlTest::accessibleToggleOfTheSelectedOneKeepsIt() {
