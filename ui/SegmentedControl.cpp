@@ -35,6 +35,9 @@ SegmentedControl::SegmentedControl(const QString& name, const QStringList& title
         connect(segment, &Segment::toggled, this, [this, segment, index](bool on) {
             // The tab key comes to the selected one only; the arrows go on from there.
             segment->setFocusPolicy(on ? Qt::StrongFocus : Qt::ClickFocus);
+            if (on && isAncestorOf(window()->focusWidget())) {
+                segment->setFocus();
+            }
             if (on && !selecting_) {
                 emit picked(index);
             }

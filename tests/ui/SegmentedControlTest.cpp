@@ -35,6 +35,7 @@ private slots:
     void accessibleToggleOfTheSelectedOneKeepsIt();
     void accessibleRoles();
     void tabGoesToTheSelectedOne();
+    void keyboardFollowsTheSelection();
     void disabledTakesNothing();
     void keyboardComesBack();
     void keyboardStaysWhereItWent();
@@ -175,6 +176,17 @@ void SegmentedControlTest::tabGoesToTheSelectedOne() {
         QTest::keyClick(window_->focusWidget(), Qt::Key_Tab);
         QCOMPARE(window_->focusWidget(), before_);
     }
+}
+
+void SegmentedControlTest::keyboardFollowsTheSelection() {
+    control_->takeKeyboard();
+    toggleAccessibly(segment(1));
+    QCOMPARE(window_->focusWidget(), &segment(1));
+    control_->select(2);
+    QCOMPARE(window_->focusWidget(), &segment(2));
+    before_->setFocus();
+    control_->select(0);
+    QCOMPARE(window_->focusWidget(), before_);
 }
 
 void SegmentedControlTest::disabledTakesNothing() {
