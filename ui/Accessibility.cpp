@@ -1,5 +1,6 @@
 #include "ui/Accessibility.h"
 
+#include "ui/DashboardWindow.h"
 #include "ui/GlyphView.h"
 #include "ui/Meter.h"
 #include "ui/SegmentedControl.h"
@@ -41,6 +42,9 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
     }
     if (auto* segments = qobject_cast<SegmentedControl*>(object)) {
         return new QAccessibleWidget(segments, QAccessible::Grouping);
+    }
+    if (auto* window = qobject_cast<DashboardWindow*>(object)) {
+        return new QAccessibleWidget(window, QAccessible::Window);
     }
     return nullptr;
 }

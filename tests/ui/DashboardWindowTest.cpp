@@ -6,6 +6,7 @@
 #include "ui/ThemeStyle.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QImage>
 #include <QScreen>
@@ -60,6 +61,11 @@ class DashboardWindowTest final : public QObject {
     Q_OBJECT
 
 private slots:
+    void isAWindowForAssistiveTechnology() {
+        DashboardWindow window;
+        QCOMPARE(QAccessible::queryAccessibleInterface(&window)->role(), QAccessible::Window);
+    }
+
     void initTestCase();
     void sizesAndTitle();
     void isCentredOnce();
