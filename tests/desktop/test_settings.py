@@ -182,6 +182,9 @@ class SettingsTest(DesktopCase):
                 asked.append((PATH, f'{{"mode":"{mode}"}}'))
                 dashboard.alert(FAILED)
                 self.assertEqual(dashboard.hosts()["Corvala for Mac"], SHEET)
+                # By the failure itself: the next fetch is seconds away.
+                segment = self.segment(dashboard, "automatic")
+                self.assertTrue(segment.has("checked") and segment.has("enabled"))
                 self.person.key(keys[turn % len(keys)])
                 dashboard.wait_until_gone(ALERT)
                 self.wait_for_mode(dashboard, "automatic")
