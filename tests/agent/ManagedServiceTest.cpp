@@ -289,6 +289,7 @@ void ManagedServiceTest::bootstrapFailures() {
 void ManagedServiceTest::kickstartOfAStoppedService() {
     putTemplate(atLoad + probeKeys(report()));
     QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
     static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
     QVERIFY(isLoaded());
     QVERIFY(!isRunning());
