@@ -105,6 +105,8 @@ void ElidedLabelTest::noteComesWithTheText() {
     label.resize(120, 20);
     QCOMPARE(label.toolTip(), sentence + u"\nThe note"_s);
     QCOMPARE(shownToolTip(label), sentence + u"\nThe note"_s);
+    QCOMPARE(accessibleText(label, QAccessible::Name), sentence);
+    QCOMPARE(accessibleText(label, QAccessible::Description), u"The note"_s);
     label.setNote(QString());
     QCOMPARE(label.toolTip(), sentence);
 }

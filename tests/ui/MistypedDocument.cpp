@@ -1,7 +1,8 @@
 #include "tests/ui/MistypedDocument.h"
 
+#include "tests/ui/DocumentKeys.h"
+
 #include <QJsonArray>
-#include <QList>
 #include <QRandomGenerator>
 
 #include <initializer_list>
@@ -12,90 +13,6 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-enum class Type {
-    bay,
-    count,
-    integer,
-    cooldown,
-    number,
-    boolean,
-    string,
-    state,
-    word,
-    dictionary,
-    list,
-    flags
-};
-
-/// One key of a dictionary; `inner` are those of the dictionary, or dictionaries, that it holds.
-struct Key {
-    const char* name;
-    Type type;
-    QList<Key> inner = {};
-};
-
-const QList<Key>& documentKeys() {
-    static const QList<Key> slotKeys{
-        {"slot", Type::bay},
-        {"state", Type::state},
-        {"phase", Type::word},
-        {"stage", Type::word},
-        {"media_kind", Type::word},
-        {"model", Type::string},
-        {"job", Type::string},
-        {"position_ms", Type::integer},
-        {"progress_current", Type::integer},
-        {"progress_total", Type::integer},
-        {"elapsed_ms", Type::integer},
-        {"source_device", Type::string},
-        {"last_stage", Type::word},
-        {"last_media_kind", Type::word},
-        {"last_finished_seconds_ago", Type::integer},
-        {"completed", Type::count},
-        {"failed", Type::count},
-    };
-    static const QList<Key> deviceKeys{
-        {"device_id", Type::string},
-        {"name", Type::string},
-        {"last_seen_seconds", Type::integer},
-    };
-    static const QList<Key> policyKeys{
-        {"performance_mode", Type::word},
-        {"thermal_state", Type::string},
-        {"configured_duty_percent", Type::integer},
-        {"active_duty_percent", Type::integer},
-        {"duty_percent", Type::integer},
-        {"effective_duty_percent", Type::integer},
-        {"idle_ceiling_percent", Type::integer},
-        {"configured_workers", Type::integer},
-        {"workers", Type::integer},
-        {"effective_workers", Type::integer},
-        {"reason", Type::string},
-    };
-    static const QList<Key> backendKeys{
-        {"model", Type::string},
-        {"model_ready", Type::boolean},
-    };
-    static const QList<Key> keys{
-        {"deep_scan_enabled", Type::boolean},
-        {"slots", Type::list, slotKeys},
-        {"connected_devices", Type::list, deviceKeys},
-        {"cooldown_seconds", Type::cooldown},
-        {"cooldown_cap_seconds", Type::number},
-        {"services", Type::flags},
-        {"video_backend", Type::dictionary, backendKeys},
-        {"audio_backend", Type::dictionary, backendKeys},
-        {"activity_policy", Type::dictionary, policyKeys},
-        {"duty_percent", Type::integer},
-        {"workers", Type::integer},
-        {"configured_workers", Type::integer},
-        {"model", Type::string},
-        {"device_id", Type::string},
-        {"device", Type::string},
-    };
-    return keys;
-}
 
 class Maker {
 public:
@@ -131,11 +48,11 @@ private:
     }
 
     void insertRight(MistypedDocument& made, const QString& name, const Key& key) {
-        if (key.type == Type::dictionary) {
+        if (key.type == KeyType::dictionary) {
             const MistypedDocument inner = dictionary(key.inner);
             made.given.insert(name, inner.given);
             made.plain.insert(name, inner.plain);
-        } else if (key.type == Type::list) {
+        } else if (key.type == KeyType::list) {
             QJsonArray given;
             QJsonArray plain;
             for (int left = random_.bounded(chance(200) ? 100 : 6); left > 0; --left) {
@@ -152,25 +69,25 @@ private:
         }
     }
 
-    QJsonValue right(Type type) {
+    QJsonValue right(KeyType type) {
         switch (type) {
-        case Type::bay:
+        case KeyType::bay:
             return chance(4) ? integer() : QJsonValue(random_.bounded(1, 4));
-        case Type::count:
+        case KeyType::count:
             return oneOf<qint64>({0, 1, 7, -3, 1'000'000'000'000, -1'000'000'000'000});
-        case Type::integer:
+        case KeyType::integer:
             return integer();
-        case Type::cooldown:
+        case KeyType::cooldown:
             return oneOf({0.0, 0.2, 1.0, 14.2, 45.0, 3600.5, 9e17, -1.0, -1e300, 1e-300});
-        case Type::number:
+        case KeyType::number:
             return oneOf({0.0, 0.5, 45.0, 60.0, -1.0, 1e300, -1e300, 1e-300, 5e-324});
-        case Type::boolean:
+        case KeyType::boolean:
             return chance(2);
-        case Type::flags:
+        case KeyType::flags:
             return flags();
-        case Type::state:
+        case KeyType::state:
             return chance(2) ? u"busy"_s : word();
-        case Type::word:
+        case KeyType::word:
             return word();
         default:
             return string();
@@ -255,27 +172,27 @@ private:
     /// Of no type that the key is read as.
     QJsonValue wrong(const Key& key) {
         switch (key.type) {
-        case Type::string:
-        case Type::state:
-        case Type::word:
+        case KeyType::string:
+        case KeyType::state:
+        case KeyType::word:
             return noText();
-        case Type::boolean:
+        case KeyType::boolean:
             return chance(3) ? QJsonValue(wrongText) : noText(false);
-        case Type::dictionary:
+        case KeyType::dictionary:
             return noDictionary();
-        case Type::flags:
+        case KeyType::flags:
             return chance(2) ? spoiltFlags() : noDictionary();
-        case Type::list:
+        case KeyType::list:
             return chance(2) ? spoiltList(key.inner) : noList();
-        case Type::bay:
-        case Type::count:
-        case Type::integer:
+        case KeyType::bay:
+        case KeyType::count:
+        case KeyType::integer:
             if (chance(2)) {
                 return oneOf({2.5, 77123.5, -0.5, 1e300, -1e300, 9223372036854775808.0, 1e-300});
             }
             return noNumber();
-        case Type::cooldown:
-        case Type::number:
+        case KeyType::cooldown:
+        case KeyType::number:
             return noNumber();
         }
         return {};

@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QImage>
+#include <QPainter>
 #include <QPushButton>
+#include <QStyleOptionButton>
 #include <QTest>
 
 namespace vesk {
@@ -16,6 +18,21 @@ namespace {
 QImage drawn(QWidget& widget) {
     widget.resize(widget.sizeHint());
     return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+/// The title of `button` alone.
+QImage words(const QPushButton& button, QPalette::ColorGroup group) {
+    QStyleOptionButton option;
+    option.rect = QRect(0, 0, 200, 30);
+    option.state = QStyle::State_Enabled;
+    option.text = button.text();
+    option.palette = button.palette();
+    option.palette.setCurrentColorGroup(group);
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(Theme::background);
+    QPainter painter(&image);
+    button.style()->drawControl(QStyle::CE_PushButtonLabel, &option, &painter, &button);
+    return image;
 }
 
 /// How many pixels are of the accent's hue, light enough to be seen.
@@ -128,11 +145,15 @@ void ThemeTest::primaryButtonIsTinted() {
     primary.setProperty(primaryProperty, true);
     QVERIFY(tinted(drawn(primary)) > 100);
     QCOMPARE(tinted(drawn(plain)), 0);
+    // The words too, in a window that has the keyboard and in one that has not.
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        QVERIFY(tinted(words(primary, group)) > 20);
+        QCOMPARE(tinted(words(plain, group)), 0);
+    }
+    // Round: the corner shows what is behind.
+    QCOMPARE(drawn(primary).pixel(0, 0), Theme::background.rgb());
     primary.setEnabled(false);
     QCOMPARE(tinted(drawn(primary)), 0);
-    // Round: the corner shows what is behind.
-    primary.setEnabled(true);
-    QCOMPARE(drawn(primary).pixel(0, 0), Theme::background.rgb());
 }
 
 void ThemeTest::buttonsAreLarge() {
