@@ -50,8 +50,10 @@ private slots:
     void manyMayBeLateAtOnce() {
         const SimFixture fixture;
         QVERIFY(fixture.arm(R"({"late":30,"path":"health"})"));
+        constexpr int clients = 30;
         std::vector<std::future<vesk::RawAnswer>> waiting;
-        for (int client = 0; client < 30; ++client) {
+        waiting.reserve(clients);
+        for (int client = 0; client < clients; ++client) {
             waiting.push_back(std::async(std::launch::async, [&] {
                 return exchange(fixture.port(), rawRequest("GET", health), 100ms);
             }));
@@ -164,7 +166,7 @@ private slots:
 
     void fillsUpToASize() {
         const SimFixture fixture;
-        constexpr qsizetype limit = 16 * 1024 * 1024;
+        constexpr qsizetype limit = qsizetype{16} * 1024 * 1024;
         for (const qsizetype size : {limit, limit + 1}) {
             const QByteArray fault =
                 QByteArray(R"({"count":1,"size":HERE})").replace("HERE", QByteArray::number(size));

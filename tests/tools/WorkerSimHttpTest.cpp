@@ -255,6 +255,7 @@ private slots:
         constexpr int rounds = 15;
         std::atomic<int> good = 0;
         std::vector<std::thread> threads;
+        threads.reserve(clients);
         for (int client = 0; client < clients; ++client) {
             threads.emplace_back([&, client] {
                 for (int round = 0; round < rounds; ++round) {
