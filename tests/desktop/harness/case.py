@@ -25,11 +25,18 @@ class DesktopCase(unittest.TestCase):
 
     def tearDown(self):
         # Before the cleanups, so that everything can still be seen.
-        if not self._outcome.success:
+        if self._has_failed():
             print("picture:", self.desktop.picture(self.id()))
             for dashboard in self._dashboards:
                 print(dashboard.err)
                 print(dashboard.accessible.tree())
+
+    def _has_failed(self):
+        result = self._outcome.result
+        return any(
+            getattr(test, "test_case", test) is self
+            for test, _report in result.failures + result.errors
+        )
 
     @contextlib.contextmanager
     def step(self, name):
