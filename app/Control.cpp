@@ -3,11 +3,11 @@
 #include "agent/LoginItem.h"
 #include "model/Checked.h"
 #include "model/RefreshPolicy.h"
-#include "ui/Alert.h"
-#include "ui/CompactPanelView.h"
-#include "ui/TrayHost.h"
+#include "ui/dashboard/CompactPanelView.h"
+#include "ui/kit/Alert.h"
 #include "ui/settings/PerformanceSettings.h"
 #include "ui/setup/SetupWizard.h"
+#include "ui/tray/TrayHost.h"
 
 #include <QApplication>
 #include <QSettings>

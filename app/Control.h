@@ -9,12 +9,12 @@
 #include "service/DeepJobSwitch.h"
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
-#include "ui/Dashboard.h"
-#include "ui/DashboardWindow.h"
-#include "ui/ServiceFacts.h"
-#include "ui/TrayItem.h"
+#include "ui/dashboard/DashboardWindow.h"
 #include "ui/settings/SettingsController.h"
 #include "ui/setup/SetupController.h"
+#include "ui/texts/Dashboard.h"
+#include "ui/texts/ServiceFacts.h"
+#include "ui/tray/TrayItem.h"
 
 #include <QObject>
 

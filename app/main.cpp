@@ -6,9 +6,9 @@
 #include "app/InstanceLock.h"
 #include "app/Reopen.h"
 #include "app/SelfTest.h"
-#include "ui/AppIcon.h"
-#include "ui/Theme.h"
-#include "ui/ThemeStyle.h"
+#include "ui/kit/AppIcon.h"
+#include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
 #include <QSettings>

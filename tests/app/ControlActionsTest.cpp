@@ -1,6 +1,6 @@
 #include "ControlBench.h"
 
-#include "ui/CompactPanelView.h"
+#include "ui/dashboard/CompactPanelView.h"
 
 #include <QAccessible>
 #include <QDialog>

@@ -4,10 +4,10 @@
 
 #include "app/Control.h"
 #include "service/RefreshLoop.h"
-#include "ui/Alert.h"
-#include "ui/DashboardWindow.h"
-#include "ui/ElidedLabel.h"
-#include "ui/Lamp.h"
+#include "ui/dashboard/DashboardWindow.h"
+#include "ui/kit/Alert.h"
+#include "ui/kit/ElidedLabel.h"
+#include "ui/kit/Lamp.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -3,31 +3,100 @@
 #include <QDir>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The floors from the ground up.
-const QStringList floors{u"model"_s, u"service"_s, u"agent"_s, u"ui"_s, u"app"_s};
+/// A room of the product and those that its files may lead to, besides itself.
+struct Arrows {
+    QString room;
+    QStringList to;
+};
+
+/// The drawing in docs/architecture.md, from the ground up.
+const QList<Arrows> drawing{
+    {u"model"_s, {}},
+    {u"service"_s, {u"model"_s}},
+    {u"agent"_s, {u"model"_s}},
+    {u"agent/systemd"_s, {u"agent"_s}},
+    {u"ui/texts"_s, {u"model"_s, u"service"_s}},
+    {u"ui/kit"_s, {u"ui/texts"_s}},
+    {u"ui/dashboard"_s, {u"ui/kit"_s, u"ui/texts"_s}},
+    {u"ui/tray"_s, {u"ui/kit"_s, u"ui/texts"_s}},
+    {u"ui/card"_s, {u"ui/kit"_s, u"ui/texts"_s, u"model"_s}},
+    {u"ui/settings"_s, {u"ui/kit"_s, u"ui/texts"_s, u"service"_s}},
+    {u"ui/setup"_s, {u"ui/kit"_s, u"ui/texts"_s, u"service"_s}},
+};
 
 const QStringList screenParts{u"Gui"_s,    u"Widgets"_s,       u"Svg"_s,         u"SvgWidgets"_s,
                               u"OpenGL"_s, u"OpenGLWidgets"_s, u"PrintSupport"_s};
 
 const QStringList networkParts{u"Network"_s};
 
+/// The room of a path, the innermost that is in the drawing; else its first folder.
 QString roomOf(const QString& path) {
-    return path.section(u'/', 0, 0);
+    QString room = path.section(u'/', 0, 0);
+    for (const Arrows& arrows : drawing) {
+        if (path.startsWith(arrows.room + u'/') && arrows.room.size() > room.size()) {
+            room = arrows.room;
+        }
+    }
+    return room;
+}
+
+/// The room that a library of ours is built from: "vesk_ui_kit" without its first word.
+QString roomOfLibrary(const QString& name) {
+    for (const Arrows& arrows : drawing) {
+        if (QString(arrows.room).replace(u'/', u'_') == name) {
+            return arrows.room;
+        }
+    }
+    return name;
+}
+
+bool isInDrawing(const QString& room) {
+    return std::any_of(
+        drawing.begin(), drawing.end(), [&](const Arrows& arrows) { return arrows.room == room; });
+}
+
+/// Whether `room` is the product's, inside the drawing or on top of it.
+bool isProduct(const QString& room) {
+    return isInDrawing(room) || room == u"app" || room == u"ui";
+}
+
+/// Why no arrow leads from one room to the other; empty where one does. `app` meets everything,
+/// `ui` only gathers its rooms.
+QString whyNoArrow(const QString& from, const QString& to) {
+    if (!isProduct(from) || !isProduct(to) || from == to || from == u"app") {
+        return {};
+    }
+    if (from == u"ui" && to.startsWith(u"ui/")) {
+        return {};
+    }
+    for (const Arrows& arrows : drawing) {
+        if (arrows.room == from && arrows.to.contains(to)) {
+            return {};
+        }
+    }
+    return u"no arrow leads from "_s + from + u" to "_s + to;
 }
 
 bool isWorkerSimulator(const QString& path) {
     return path.startsWith(u"tools/worker-sim/");
 }
 
-/// Floors that must build without a screen.
+/// Rooms that must build without a screen.
 bool isScreenless(const QString& room) {
-    return floors.contains(room) && floors.indexOf(room) < floors.indexOf(u"ui"_s);
+    return isInDrawing(room) && (!room.startsWith(u"ui/") || room == u"ui/texts");
+}
+
+/// Rooms that reach neither network nor processes.
+bool isInward(const QString& room) {
+    return room == u"model" || room.startsWith(u"ui/");
 }
 
 QString replaced(QString text, const QString& pattern, const QString& by) {
@@ -59,17 +128,17 @@ bool isToolkitPart(const QString& include, const QStringList& parts, const QSet<
 QString whyNot(const QString& path, const QString& include, const ToolkitHeaders& toolkit) {
     const QString room = roomOf(path);
     const QString target = roomOf(targetOf(path, include));
-    if (isWorkerSimulator(path) && floors.contains(target)) {
+    if (isWorkerSimulator(path) && isProduct(target)) {
         return u"the simulated worker knows nothing of the product"_s;
     }
-    if (!floors.contains(room)) {
+    if (!isProduct(room)) {
         return {};
     }
     if (target == u"tools" || target == u"tests") {
         return u"the product knows nothing of its tools and tests"_s;
     }
-    if (floors.indexOf(target) > floors.indexOf(room)) {
-        return room + u" is below "_s + target;
+    if (const QString reason = whyNoArrow(room, target); !reason.isEmpty()) {
+        return reason;
     }
     if (isScreenless(room) && isToolkitPart(include, screenParts, toolkit.screen)) {
         return room + u" works without a screen"_s;
@@ -77,7 +146,7 @@ QString whyNot(const QString& path, const QString& include, const ToolkitHeaders
     const bool reachesOut = isToolkitPart(include, networkParts, toolkit.network)
                             || include.startsWith(u"curl/") || include == u"QProcess"
                             || include == u"QtCore/QProcess";
-    if ((room == u"ui" || room == u"model") && reachesOut) {
+    if (isInward(room) && reachesOut) {
         return room + u" reaches neither network nor processes"_s;
     }
     return {};
@@ -108,16 +177,14 @@ QStringList linkViolations(const QString& path, const QString& text) {
     static const QRegularExpression target(u"\\bvesk_(\\w+)|\\bQt6?::(\\w+)"_s);
     QStringList violations;
     for (const auto& match : target.globalMatch(code)) {
-        const QString floor = match.captured(1);
+        const QString library = roomOfLibrary(match.captured(1));
         const QString part = match.captured(2);
-        QString reason;
-        if (isWorkerSimulator(path) && floors.contains(floor)) {
+        QString reason = whyNoArrow(room, library);
+        if (isWorkerSimulator(path) && isProduct(library)) {
             reason = u"the simulated worker knows nothing of the product"_s;
-        } else if (floors.contains(room) && floors.indexOf(floor) > floors.indexOf(room)) {
-            reason = room + u" is below "_s + floor;
         } else if (isScreenless(room) && screenParts.contains(part)) {
             reason = room + u" works without a screen"_s;
-        } else if ((room == u"ui" || room == u"model") && networkParts.contains(part)) {
+        } else if (isInward(room) && networkParts.contains(part)) {
             reason = room + u" reaches neither network nor processes"_s;
         }
         if (!reason.isEmpty()) {

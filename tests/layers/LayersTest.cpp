@@ -90,28 +90,37 @@ void LayersTest::synthetic_data() {
             << QString::fromLatin1(path) << QString::fromLatin1(text) << allowed;
     };
 
-    const char* const floors[] = {"model", "service", "agent", "ui", "app"};
-    for (int from = 0; from < 5; ++from) {
-        for (int to = 0; to < 5; ++to) {
-            const QByteArray path = QByteArray(floors[from]) + "/File.cpp";
-            const QByteArray include = QByteArray("#include \"") + floors[to] + "/Other.h\"";
-            row(path, include, to <= from);
-            const QByteArray cmake = QByteArray(floors[from]) + "/CMakeLists.txt";
-            const QByteArray link = QByteArray("LINK vesk_") + floors[to];
-            row(cmake, link, to <= from);
+    // Written out, so that the drawing and this table must both change for a new arrow.
+    const QList<QByteArray> rooms{"model",    "service",     "agent",        "agent/systemd",
+                                  "ui/texts", "ui/kit",      "ui/dashboard", "ui/tray",
+                                  "ui/card",  "ui/settings", "ui/setup",     "app"};
+    const auto leads = [](const QByteArray& from, const QByteArray& to) {
+        const bool screen = from.startsWith("ui/") && from != "ui/texts" && from != "ui/kit";
+        return from == to || from == "app"
+               || (to == "model" && (from == "service" || from == "agent"))
+               || (from == "agent/systemd" && to == "agent")
+               || (from == "ui/texts" && (to == "model" || to == "service"))
+               || (from == "ui/kit" && to == "ui/texts") || (from == "ui/card" && to == "model")
+               || ((from == "ui/settings" || from == "ui/setup") && to == "service")
+               || (screen && (to == "ui/kit" || to == "ui/texts"));
+    };
+    for (const QByteArray& from : rooms) {
+        for (const QByteArray& to : rooms) {
+            row(from + "/File.cpp", "#include \"" + to + "/Other.h\"", leads(from, to));
+            row(from + "/CMakeLists.txt", "LINK vesk_" + QByteArray(to).replace('/', '_'),
+                leads(from, to));
         }
-        const QByteArray path = QByteArray(floors[from]) + "/deep/room/File.h";
+        const QByteArray path = from + "/deep/room/File.h";
         row(path, "#include \"tools/worker-sim/Rack.h\"", false);
         row(path, "#include \"tests/model/JsonText.h\"", false);
         row(path, "#include <vector>", true);
-        row("tools/worker-sim/Rack.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
-            false);
+        row("tools/worker-sim/Rack.cpp", "#include \"" + from + "/File.h\"", false);
         row("tools/worker-sim/CMakeLists.txt",
-            QByteArray("target_link_libraries(vesk-worker-sim vesk_") + floors[from] + ")", false);
-        row("tools/gallery/Gallery.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
-            true);
-        row("tests/app/ControlTest.cpp", QByteArray("#include \"") + floors[from] + "/File.h\"",
-            true);
+            "target_link_libraries(vesk-worker-sim vesk_" + QByteArray(from).replace('/', '_')
+                + ")",
+            false);
+        row("tools/gallery/Gallery.cpp", "#include \"" + from + "/File.h\"", true);
+        row("tests/app/ControlTest.cpp", "#include \"" + from + "/File.h\"", true);
     }
 
     for (const char* header :
@@ -121,7 +130,8 @@ void LayersTest::synthetic_data() {
         row("model/File.cpp", include, false);
         row("service/File.cpp", include, false);
         row("agent/systemd/File.cpp", include, false);
-        row("ui/File.cpp", include, true);
+        row("ui/texts/File.cpp", include, false);
+        row("ui/kit/File.cpp", include, true);
         row("app/File.cpp", include, true);
     }
     for (const char* header : {"<QString>", "<QtCore/QString>", "<QTimer>", "<QPoint>"}) {
@@ -141,21 +151,22 @@ void LayersTest::synthetic_data() {
         row("service/CMakeLists.txt", link, false);
         row("agent/CMakeLists.txt", link, false);
         row("agent/systemd/CMakeLists.txt", link, false);
-        row("ui/CMakeLists.txt", link, true);
+        row("ui/texts/CMakeLists.txt", link, false);
+        row("ui/kit/CMakeLists.txt", link, true);
     }
     row("model/CMakeLists.txt", "vesk_library(vesk_model SOURCES A.cpp LINK Qt6::Core)", true);
     row("model/CMakeLists.txt", "# the screen is not for us: Qt6::Gui, vesk_ui", true);
     row("model/CMakeLists.txt", "target_link_libraries(vesk_model Qt::Widgets)", false);
 
-    row("model/File.cpp", "  #  include   <ui/File.h>", false);
-    row("model/File.cpp", "#import \"ui/File.h\"", false);
-    row("model/File.cpp", "#include \"../ui/File.h\"", false);
-    row("agent/systemd/File.cpp", "#include \"../../ui/File.h\"", false);
+    row("model/File.cpp", "  #  include   <ui/kit/File.h>", false);
+    row("model/File.cpp", "#import \"ui/kit/File.h\"", false);
+    row("model/File.cpp", "#include \"../ui/kit/File.h\"", false);
+    row("agent/systemd/File.cpp", "#include \"../../ui/kit/File.h\"", false);
     row("agent/systemd/File.cpp", "#include \"../File.h\"", true);
     row("model/File.cpp", "#include \"./File.h\"", true);
-    row("model/File.cpp", "#include \"model/../ui/File.h\"", false);
-    row("model/File.cpp", "#include \\\n  \"ui/File.h\"", false);
-    row("model/File.cpp", "#include /* odd */ \"ui/File.h\"", false);
+    row("model/File.cpp", "#include \"model/../ui/kit/File.h\"", false);
+    row("model/File.cpp", "#include \\\n  \"ui/kit/File.h\"", false);
+    row("model/File.cpp", "#include /* odd */ \"ui/kit/File.h\"", false);
     row("model/File.cpp", "#include HEADER", false);
     row("model/File.cpp", "// #include \"ui/File.h\"", true);
     row("model/File.cpp", "/*\n#include \"ui/File.h\"\n*/", true);
@@ -171,9 +182,9 @@ void LayersTest::synthetic() {
 }
 
 void LayersTest::everyViolationIsTold() {
-    const QString text = u"#include \"ui/A.h\"\n#include \"model/B.h\"\n#include <QColor>\n"_s;
+    const QString text = u"#include \"ui/kit/A.h\"\n#include \"model/B.h\"\n#include <QColor>\n"_s;
     const QStringList expected{
-        u"model/File.cpp includes \"ui/A.h\": model is below ui"_s,
+        u"model/File.cpp includes \"ui/kit/A.h\": no arrow leads from model to ui/kit"_s,
         u"model/File.cpp includes \"QColor\": model works without a screen"_s};
     QCOMPARE(layerViolations(u"model/File.cpp"_s, text, toolkit_), expected);
 }

@@ -1,8 +1,8 @@
 #include "tools/gallery/LayoutCheck.h"
 
 #include "tools/gallery/Gallery.h"
-#include "ui/ViewKit.h"
-#include "ui/WrappedLabel.h"
+#include "ui/kit/ViewKit.h"
+#include "ui/kit/WrappedLabel.h"
 
 #include <QImage>
 #include <QLabel>

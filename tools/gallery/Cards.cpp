@@ -1,9 +1,9 @@
 #include "tools/gallery/Documents.h"
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/ViewKit.h"
-#include "ui/WorkerCard.h"
-#include "ui/WorkerCardView.h"
+#include "ui/card/WorkerCardView.h"
+#include "ui/kit/ViewKit.h"
+#include "ui/texts/WorkerCard.h"
 
 #include <QLayout>
 

@@ -1,6 +1,6 @@
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/AppIcon.h"
+#include "ui/kit/AppIcon.h"
 
 #include <QPainter>
 

@@ -1,7 +1,7 @@
 #include "tools/gallery/LayoutCheck.h"
 
-#include "ui/ElidedLabel.h"
-#include "ui/WrappedLabel.h"
+#include "ui/kit/ElidedLabel.h"
+#include "ui/kit/WrappedLabel.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

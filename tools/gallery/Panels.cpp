@@ -1,9 +1,9 @@
 #include "tools/gallery/Documents.h"
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/CompactPanel.h"
-#include "ui/CompactPanelView.h"
-#include "ui/DashboardWindow.h"
+#include "ui/dashboard/CompactPanelView.h"
+#include "ui/dashboard/DashboardWindow.h"
+#include "ui/texts/CompactPanel.h"
 
 namespace vesk {
 

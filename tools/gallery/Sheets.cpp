@@ -1,15 +1,15 @@
 #include "tools/gallery/Documents.h"
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/Alert.h"
-#include "ui/DashboardWindow.h"
-#include "ui/SegmentedControl.h"
+#include "ui/dashboard/DashboardWindow.h"
+#include "ui/kit/Alert.h"
+#include "ui/kit/SegmentedControl.h"
 #include "ui/settings/PerformanceSettings.h"
 #include "ui/settings/SettingsController.h"
-#include "ui/settings/SettingsPresentation.h"
 #include "ui/setup/SetupController.h"
-#include "ui/setup/SetupPages.h"
 #include "ui/setup/SetupWizard.h"
+#include "ui/texts/SettingsPresentation.h"
+#include "ui/texts/SetupPages.h"
 
 #include <QAbstractButton>
 

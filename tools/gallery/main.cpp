@@ -1,7 +1,7 @@
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/Theme.h"
-#include "ui/ThemeStyle.h"
+#include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
 

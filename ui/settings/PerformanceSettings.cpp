@@ -1,10 +1,10 @@
 #include "ui/settings/PerformanceSettings.h"
 
-#include "ui/SegmentedControl.h"
-#include "ui/Sheet.h"
-#include "ui/ViewKit.h"
+#include "ui/kit/SegmentedControl.h"
+#include "ui/kit/Sheet.h"
+#include "ui/kit/ViewKit.h"
 #include "ui/settings/SettingsController.h"
-#include "ui/settings/SettingsPresentation.h"
+#include "ui/texts/SettingsPresentation.h"
 
 #include <QLabel>
 

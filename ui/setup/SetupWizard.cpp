@@ -1,10 +1,10 @@
 #include "ui/setup/SetupWizard.h"
 
-#include "ui/SegmentedControl.h"
-#include "ui/Sheet.h"
-#include "ui/ViewKit.h"
+#include "ui/kit/SegmentedControl.h"
+#include "ui/kit/Sheet.h"
+#include "ui/kit/ViewKit.h"
 #include "ui/setup/SetupController.h"
-#include "ui/setup/SetupPages.h"
+#include "ui/texts/SetupPages.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>

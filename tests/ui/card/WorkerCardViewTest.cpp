@@ -1,0 +1,161 @@
+#include "ui/card/WorkerCardView.h"
+
+#include "tests/model/JsonText.h"
+#include "tests/ui/kit/Widgets.h"
+#include "ui/kit/GlyphView.h"
+#include "ui/kit/Theme.h"
+#include "ui/kit/WrappedLabel.h"
+#include "ui/texts/WorkerCard.h"
+
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+class WorkerCardViewTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void beforeTheFirstUpdate();
+    void showsEveryTextOfTheCard();
+    void badgeColour();
+    void symbolFollows();
+    void layout();
+    void longTextsFit();
+    void rewritesAll();
+
+private:
+    [[nodiscard]] QLabel& labelWith(const QString& text) const {
+        for (auto* label : card_->findChildren<QLabel*>()) {
+            if (label->text() == text) {
+                return *label;
+            }
+        }
+        qFatal("no label says %s", qPrintable(text));
+    }
+    [[nodiscard]] QStringList texts() const {
+        QStringList all;
+        for (const auto* label : card_->findChildren<QLabel*>()) {
+            all.append(label->text());
+        }
+        all.sort();
+        return all;
+    }
+    [[nodiscard]] static QStringList textsOf(const WorkerCard& card) {
+        QStringList all{card.number,           card.badge,      card.title,     card.detail,
+                        card.engine,           card.elapsed,    card.completed, card.failed,
+                        u"results returned"_s, u"failed jobs"_s};
+        all.sort();
+        return all;
+    }
+    void lay(int width) {
+        card_->resize(width, qMax(card_->minimumHeight(), card_->heightForWidth(width)));
+        card_->QWidget::show();
+        QVERIFY(QTest::qWaitForWindowExposed(card_.get()));
+    }
+
+    std::unique_ptr<WorkerCardView> card_;
+};
+
+void WorkerCardViewTest::init() {
+    card_ = std::make_unique<WorkerCardView>();
+}
+
+void WorkerCardViewTest::beforeTheFirstUpdate() {
+    QCOMPARE(texts(), textsOf(WorkerCard()));
+    QCOMPARE(card_->findChild<GlyphView*>()->name(), u"cpu"_s);
+    QCOMPARE(card_->findChild<GlyphView*>()->accessibleName(), u"Worker activity"_s);
+    QCOMPARE(card_->findChild<GlyphView*>()->size(), QSize(38, 38));
+    QCOMPARE(card_->minimumHeight(), 320);
+}
+
+void WorkerCardViewTest::showsEveryTextOfTheCard() {
+    const SlotRecord slot = jsonObject(
+        R"({"slot":2,"state":"busy","stage":"describe","model":"engine-1","elapsed_ms":12999,
+            "source_device":"<i>Pixel</i>","completed":41,"failed":3})");
+    for (const bool online : {true, false}) {
+        for (const bool accepting : {true, false}) {
+            card_->update(slot, online, accepting);
+            QCOMPARE(texts(), textsOf(WorkerCard(slot, online, accepting)));
+        }
+    }
+    for (const auto* label : card_->findChildren<QLabel*>()) {
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+    }
+}
+
+void WorkerCardViewTest::badgeColour() {
+    const auto colour = [this](const QString& text) {
+        return labelWith(text).palette().color(QPalette::WindowText);
+    };
+    QCOMPARE(colour(u"Offline"_s), Theme::muted);
+    card_->update({}, true, true);
+    QCOMPARE(colour(u"● Ready"_s), Theme::accent);
+    card_->update({}, true, false);
+    QCOMPARE(colour(u"● Paused"_s), Theme::muted);
+    card_->update({{u"state"_s, u"busy"_s}}, true, false);
+    QCOMPARE(colour(u"● Working"_s), Theme::muted);
+    card_->update({{u"state"_s, u"busy"_s}}, true, true);
+    QCOMPARE(colour(u"● Working"_s), Theme::accent);
+    card_->update({}, false, true);
+    QCOMPARE(colour(u"● Offline"_s), Theme::muted);
+}
+
+void WorkerCardViewTest::symbolFollows() {
+    auto* symbol = card_->findChild<GlyphView*>();
+    const QImage processor = symbol->grab().toImage();
+    card_->update({{u"state"_s, u"busy"_s}}, true, true);
+    QCOMPARE(symbol->name(), u"photo"_s);
+    QVERIFY(symbol->grab().toImage() != processor);
+    card_->update({{u"stage"_s, u"ocr"_s}}, true, true);
+    QCOMPARE(symbol->name(), u"text.viewfinder"_s);
+    card_->update({}, true, true);
+    QCOMPARE(symbol->grab().toImage(), processor);
+}
+
+void WorkerCardViewTest::layout() {
+    lay(300);
+    const auto at = [this](const QString& text) {
+        const QLabel& label = labelWith(text);
+        return QRect(label.mapTo(card_.get(), QPoint()), label.size());
+    };
+    QCOMPARE(at(u"PROCESSOR"_s).left(), 22);
+    QCOMPARE(at(u"Offline"_s).right(), 300 - 22 - 1);
+    QCOMPARE(at(u"Service stopped"_s).left(), 22);
+    QCOMPARE(at(u"Service stopped"_s).width(), 300 - 44);
+    QCOMPARE(at(u"results returned"_s).bottom(), card_->height() - 22 - 1);
+    QCOMPARE(labelWith(u"Service stopped"_s).font().pixelSize(), 19);
+    QCOMPARE(labelWith(u"Service stopped"_s).font().weight(), QFont::DemiBold);
+    QCOMPARE(labelWith(u"results returned"_s).font().pixelSize(), 11);
+}
+
+void WorkerCardViewTest::longTextsFit() {
+    card_->update(
+        {{u"state"_s, u"busy"_s},
+         {u"stage"_s, u"precheck"_s},
+         {u"source_device"_s, QString(300, u'm')},
+         {u"model"_s, QString(300, u'x')}},
+        true, true);
+    lay(220);
+    for (const auto* label : card_->findChildren<WrappedLabel*>()) {
+        QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        QVERIFY(card_->rect().contains(QRect(label->mapTo(card_.get(), QPoint()), label->size())));
+    }
+    QVERIFY(labelWith(QString(300, u'x')).toolTip().contains(u"xxx"_s));
+}
+
+void WorkerCardViewTest::rewritesAll() {
+    card_->update(
+        jsonObject(R"({"slot":2,"state":"busy","elapsed_ms":5000,"completed":7,"failed":1})"), true,
+        true);
+    card_->update({}, true, true);
+    QCOMPARE(texts(), textsOf(WorkerCard({}, true, true)));
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::WorkerCardViewTest)
+#include "WorkerCardViewTest.moc"

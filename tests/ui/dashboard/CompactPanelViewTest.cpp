@@ -1,0 +1,409 @@
+#include "ui/dashboard/CompactPanelView.h"
+#include "tests/ui/kit/PaintCounter.h"
+#include "tests/ui/kit/Widgets.h"
+#include "ui/kit/Lamp.h"
+#include "ui/kit/Meter.h"
+#include "ui/kit/Theme.h"
+
+#include <QCheckBox>
+#include <QHelpEvent>
+#include <QImage>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextDocument>
+#include <QToolTip>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+CompactPanel filledPanel() {
+    CompactPanel panel;
+    panel.compactStatus = u"2 processors working"_s;
+    panel.statusDetail = u"Live passes below"_s;
+    panel.connection = {u"● CONNECTED"_s, Tone::live};
+    panel.compactRack = u"RACK     studio"_s;
+    panel.compactDevices = u"DEVICES  Pixel · now"_s;
+    panel.compactSummary = u"40% · 2/3 lanes"_s;
+    panel.compactRows = {
+        CompactRow{u"BAY 1  ●  one"_s, true}, CompactRow{u"BAY 2  ○  two"_s, false},
+        CompactRow{u"BAY 3  ●  three"_s, true}};
+    panel.compactMeters = {0.25, 0, 0.96};
+    panel.compactStart = {u"Pause deep jobs"_s, true};
+    panel.compactToggle = {Qt::Checked, true};
+    return panel;
+}
+
+QLabel* labelOf(const QWidget& view, const QString& text) {
+    for (auto* label : view.findChildren<QLabel*>()) {
+        if (label->text() == text) {
+            return label;
+        }
+    }
+    return nullptr;
+}
+
+/// The meters from top to bottom.
+QList<Meter*> metersOf(QWidget& view) {
+    auto meters = view.findChildren<Meter*>();
+    std::sort(meters.begin(), meters.end(), [&view](Meter* one, Meter* other) {
+        return one->mapTo(&view, QPoint()).y() < other->mapTo(&view, QPoint()).y();
+    });
+    return meters;
+}
+
+QString toldOf(QWidget& widget, QAccessible::Text which) {
+    return QAccessible::queryAccessibleInterface(&widget)->text(which);
+}
+
+} // namespace
+
+class CompactPanelViewTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void initialTexts();
+    void showsThePanel();
+    void rowColours();
+    void metersTellTheirBay();
+    void headlineCarriesTheDetail();
+    void lampTellsTheConnection_data();
+    void lampTellsTheConnection();
+    void textsArePlain();
+    void buttonTitlesAreTakenAsTheyAre();
+    void toggleStates_data();
+    void toggleStates();
+    void personsToggleIsToldOnce_data();
+    void personsToggleIsToldOnce();
+    void programsToggleIsNotTold();
+    void buttonsTellWhatWasPressed();
+    void unchangedPanelRepaintsNothing();
+    void eachPartRepaintsWhenItChanges();
+
+private:
+    QAbstractButton* button(const QString& name) const { return buttonNamed(*view_, name); }
+    QCheckBox* toggle() const { return view_->findChild<QCheckBox*>(); }
+
+    std::unique_ptr<CompactPanelView> view_;
+};
+
+void CompactPanelViewTest::init() {
+    view_ = std::make_unique<CompactPanelView>();
+    view_->resize(680, 350);
+    static_cast<QWidget&>(*view_).show();
+    QVERIFY(QTest::qWaitForWindowExposed(view_.get()));
+    QCoreApplication::processEvents();
+}
+
+void CompactPanelViewTest::initialTexts() {
+    QCOMPARE(
+        labelTexts(*view_),
+        (QStringList{
+            u"HALVEX / CORVALA INTELLIGENCE RACK"_s, u"Checking processing…"_s, u"CONNECTING"_s,
+            u"RACK  checking local processor"_s, u"DEVICES  waiting for Corvala"_s, QString(),
+            u"BAY 1  ·  checking"_s, u"BAY 2  ·  checking"_s, u"BAY 3  ·  checking"_s}));
+    const auto meters = metersOf(*view_);
+    QCOMPARE(meters.size(), 3);
+    for (const Meter* meter : meters) {
+        QCOMPARE(meter->value(), 0.0);
+    }
+    for (const QString& name : {u"Settings"_s, u"Start processing"_s, u"Setup…"_s}) {
+        QVERIFY2(button(name) != nullptr && button(name)->isEnabled(), qPrintable(name));
+    }
+    QCOMPARE(button(u"Detailed analysis"_s), toggle());
+    QCOMPARE(toggle()->checkState(), Qt::PartiallyChecked);
+    QVERIFY(!toggle()->isEnabled());
+    QCOMPARE(view_->findChildren<QAbstractButton*>().size(), 4);
+}
+
+void CompactPanelViewTest::showsThePanel() {
+    view_->show(filledPanel());
+    QCOMPARE(
+        labelTexts(*view_),
+        (QStringList{
+            u"HALVEX / CORVALA INTELLIGENCE RACK"_s, u"2 processors working"_s, u"● CONNECTED"_s,
+            u"RACK     studio"_s, u"DEVICES  Pixel · now"_s, u"40% · 2/3 lanes"_s,
+            u"BAY 1  ●  one"_s, u"BAY 2  ○  two"_s, u"BAY 3  ●  three"_s}));
+    const auto meters = metersOf(*view_);
+    QCOMPARE(meters.at(0)->value(), 0.25);
+    QCOMPARE(meters.at(1)->value(), 0.0);
+    QCOMPARE(meters.at(2)->value(), 0.96);
+    QVERIFY(button(u"Pause deep jobs"_s)->isEnabled());
+
+    CompactPanel next = filledPanel();
+    next.compactStart = {u"Starting…"_s, false};
+    view_->show(next);
+    QVERIFY(button(u"Pause deep jobs"_s) == nullptr);
+    QVERIFY(!button(u"Starting…"_s)->isEnabled());
+}
+
+void CompactPanelViewTest::rowColours() {
+    view_->show(filledPanel());
+    const auto colour = [this](const QString& text) {
+        const QLabel* row = labelOf(*view_, text);
+        return row->palette().color(row->foregroundRole()).rgb();
+    };
+    QCOMPARE(colour(u"BAY 1  ●  one"_s), QColor(Qt::white).rgb());
+    QCOMPARE(colour(u"BAY 2  ○  two"_s), Theme::muted.rgb());
+    CompactPanel next = filledPanel();
+    next.compactRows.at(0).live = false;
+    view_->show(next);
+    QCOMPARE(colour(u"BAY 1  ●  one"_s), Theme::muted.rgb());
+    // The bar of a bay that is not live keeps its length and loses its colour.
+    const auto bar = [this] {
+        const QImage shown = metersOf(*view_).at(0)->grab().toImage();
+        return shown.pixel(10, 4);
+    };
+    QCOMPARE(bar(), Theme::muted.rgb());
+    view_->show(filledPanel());
+    QCOMPARE(bar(), Theme::accent.rgb());
+}
+
+void CompactPanelViewTest::metersTellTheirBay() {
+    CompactPanel panel = filledPanel();
+    panel.compactMeters = {0.25, -3, 1};
+    view_->show(panel);
+    const QList<double> told{0.25, 0, 1};
+    const auto meters = metersOf(*view_);
+    for (qsizetype bay = 0; bay < 3; ++bay) {
+        auto* accessible = QAccessible::queryAccessibleInterface(meters.at(bay));
+        QCOMPARE(accessible->role(), QAccessible::ProgressBar);
+        QCOMPARE(accessible->text(QAccessible::Name), u"BAY "_s + QString::number(bay + 1));
+        QCOMPARE(accessible->valueInterface()->currentValue().toDouble(), told.at(bay));
+        QCOMPARE(accessible->valueInterface()->minimumValue().toDouble(), 0.0);
+        QCOMPARE(accessible->valueInterface()->maximumValue().toDouble(), 1.0);
+    }
+}
+
+void CompactPanelViewTest::headlineCarriesTheDetail() {
+    view_->show(filledPanel());
+    QLabel* headline = labelOf(*view_, u"2 processors working"_s);
+    QCOMPARE(headline->toolTip(), u"Live passes below"_s);
+    QCOMPARE(toldOf(*headline, QAccessible::Name), u"2 processors working"_s);
+    QCOMPARE(toldOf(*headline, QAccessible::Description), u"Live passes below"_s);
+    CompactPanel next = filledPanel();
+    next.statusDetail = u"Photo AI needs attention"_s;
+    view_->show(next);
+    QCOMPARE(headline->toolTip(), u"Photo AI needs attention"_s);
+    QCOMPARE(toldOf(*headline, QAccessible::Description), u"Photo AI needs attention"_s);
+}
+
+void CompactPanelViewTest::lampTellsTheConnection_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<Tone>("tone");
+    QTest::addColumn<QColor>("colour");
+
+    QTest::newRow("checking") << u"CONNECTING"_s << Tone::muted << Theme::muted;
+    QTest::newRow("live") << u"● CONNECTED"_s << Tone::live << Theme::accent;
+    QTest::newRow("late") << u"● RECONNECTING"_s << Tone::attention << QColor(255, 214, 10);
+    QTest::newRow("gone") << u"● SERVICE STOPPED"_s << Tone::stopped << QColor(255, 158, 10);
+}
+
+void CompactPanelViewTest::lampTellsTheConnection() {
+    QFETCH(const QString, text);
+    QFETCH(const Tone, tone);
+    QFETCH(const QColor, colour);
+    auto* lamp = view_->findChild<Lamp*>();
+    CompactPanel panel = filledPanel();
+    panel.connection = {text, tone};
+    view_->show(panel);
+    QCOMPARE(lamp->toolTip(), text);
+    QCOMPARE(toldOf(*lamp, QAccessible::Name), text);
+    const QImage shown = lamp->grab().toImage();
+    QCOMPARE(shown.pixel(shown.rect().center()), colour.rgb());
+    // The text itself is not drawn.
+    QVERIFY(lamp->width() <= 20);
+}
+
+void CompactPanelViewTest::textsArePlain() {
+    const QString markup = u"<b>x</b> &amp; && <img src='a'>"_s;
+    CompactPanel panel = filledPanel();
+    panel.compactStatus = panel.statusDetail = panel.compactRack = panel.compactDevices =
+        panel.compactSummary = markup;
+    for (CompactRow& row : panel.compactRows) {
+        row.text = markup;
+    }
+    view_->show(panel);
+    int found = 0;
+    for (auto* label : view_->findChildren<QLabel*>()) {
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        if (label->text() == markup) {
+            ++found;
+            QCOMPARE(toldOf(*label, QAccessible::Name), markup);
+        }
+    }
+    QCOMPARE(found, 7);
+
+    QLabel* headline = labelOf(*view_, markup);
+    const QPoint inside = headline->rect().center();
+    QHelpEvent ask(QEvent::ToolTip, inside, headline->mapToGlobal(inside));
+    QApplication::sendEvent(headline, &ask);
+    QVERIFY(QToolTip::isVisible());
+    QTextDocument tip;
+    tip.setHtml(QToolTip::text());
+    QToolTip::hideText();
+    QCOMPARE(tip.toPlainText(), markup);
+}
+
+void CompactPanelViewTest::buttonTitlesAreTakenAsTheyAre() {
+    CompactPanel panel = filledPanel();
+    panel.compactStart.title = u"Stop & go"_s;
+    view_->show(panel);
+    auto* start = button(u"Stop & go"_s);
+    QVERIFY(start != nullptr);
+    QVERIFY(start->shortcut().isEmpty());
+}
+
+void CompactPanelViewTest::toggleStates_data() {
+    QTest::addColumn<Qt::CheckState>("state");
+    QTest::addColumn<bool>("enabled");
+
+    for (const bool enabled : {true, false}) {
+        const auto name = [enabled](const char* state) {
+            return QByteArray(state) + (enabled ? " enabled" : " disabled");
+        };
+        QTest::newRow(name("on")) << Qt::Checked << enabled;
+        QTest::newRow(name("off")) << Qt::Unchecked << enabled;
+        QTest::newRow(name("mixed")) << Qt::PartiallyChecked << enabled;
+    }
+}
+
+void CompactPanelViewTest::toggleStates() {
+    QFETCH(const Qt::CheckState, state);
+    QFETCH(const bool, enabled);
+    CompactPanel panel = filledPanel();
+    panel.compactToggle = {state, enabled};
+    for (const Qt::CheckState before : {Qt::Checked, Qt::Unchecked, Qt::PartiallyChecked}) {
+        CompactPanel first = filledPanel();
+        first.compactToggle = {before, true};
+        view_->show(first);
+        view_->show(panel);
+        QCOMPARE(toggle()->checkState(), state);
+        QCOMPARE(toggle()->isEnabled(), enabled);
+        const auto told = QAccessible::queryAccessibleInterface(toggle())->state();
+        if (state != Qt::PartiallyChecked) { // the toolkit takes mixed for a kind of checked
+            QCOMPARE(bool(told.checked), state == Qt::Checked);
+        }
+        QCOMPARE(bool(told.checkStateMixed), state == Qt::PartiallyChecked);
+        QCOMPARE(bool(told.disabled), !enabled);
+    }
+}
+
+void CompactPanelViewTest::personsToggleIsToldOnce_data() {
+    QTest::addColumn<QString>("how");
+    QTest::newRow("mouse") << u"mouse"_s;
+    QTest::newRow("keyboard") << u"keyboard"_s;
+    QTest::newRow("assistive technology") << u"assistive technology"_s;
+}
+
+void CompactPanelViewTest::personsToggleIsToldOnce() {
+    QFETCH(const QString, how);
+    QSignalSpy changes(view_.get(), &CompactPanelView::toggleChanged);
+    for (const Qt::CheckState state : {Qt::Checked, Qt::Unchecked}) {
+        CompactPanel panel = filledPanel();
+        panel.compactToggle = {state, true};
+        view_->show(panel);
+        changes.clear();
+        if (how == u"mouse"_s) {
+            QTest::mouseClick(toggle(), Qt::LeftButton, {}, QPoint(8, toggle()->height() / 2));
+        } else if (how == u"keyboard"_s) {
+            toggle()->setFocus();
+            QTest::keyClick(toggle(), Qt::Key_Space);
+        } else {
+            toggleAccessibly(*toggle());
+        }
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(changes.at(0).at(0).toBool(), state == Qt::Unchecked);
+        QCOMPARE(toggle()->checkState(), state == Qt::Unchecked ? Qt::Checked : Qt::Unchecked);
+    }
+}
+
+void CompactPanelViewTest::programsToggleIsNotTold() {
+    QSignalSpy changes(view_.get(), &CompactPanelView::toggleChanged);
+    QSignalSpy starts(view_.get(), &CompactPanelView::startPressed);
+    for (const Qt::CheckState state :
+         {Qt::Checked, Qt::Unchecked, Qt::PartiallyChecked, Qt::Checked, Qt::PartiallyChecked,
+          Qt::Unchecked}) {
+        CompactPanel panel = filledPanel();
+        panel.compactToggle = {state, state != Qt::PartiallyChecked};
+        view_->show(panel);
+        QCOMPARE(toggle()->checkState(), state);
+    }
+    QCOMPARE(changes.size(), 0);
+    QCOMPARE(starts.size(), 0);
+
+    CompactPanel disabled = filledPanel();
+    disabled.compactToggle = {Qt::PartiallyChecked, false};
+    view_->show(disabled);
+    QTest::mouseClick(toggle(), Qt::LeftButton, {}, QPoint(8, toggle()->height() / 2));
+    toggleAccessibly(*toggle());
+    QCOMPARE(changes.size(), 0);
+    QCOMPARE(toggle()->checkState(), Qt::PartiallyChecked);
+}
+
+void CompactPanelViewTest::buttonsTellWhatWasPressed() {
+    QSignalSpy starts(view_.get(), &CompactPanelView::startPressed);
+    QSignalSpy setups(view_.get(), &CompactPanelView::setupPressed);
+    QSignalSpy settings(view_.get(), &CompactPanelView::settingsPressed);
+    QTest::mouseClick(button(u"Start processing"_s), Qt::LeftButton);
+    QCOMPARE(starts.size(), 1);
+    button(u"Start processing"_s)->setFocus();
+    QTest::keyClick(button(u"Start processing"_s), Qt::Key_Space);
+    QCOMPARE(starts.size(), 2);
+    QCOMPARE(setups.size() + settings.size(), 0);
+    QTest::mouseClick(button(u"Setup…"_s), Qt::LeftButton);
+    QCOMPARE(setups.size(), 1);
+    QTest::mouseClick(button(u"Settings"_s), Qt::LeftButton);
+    QCOMPARE(settings.size(), 1);
+    QCOMPARE(starts.size(), 2);
+
+    CompactPanel panel = filledPanel();
+    panel.compactStart.enabled = false;
+    view_->show(panel);
+    QTest::mouseClick(button(u"Pause deep jobs"_s), Qt::LeftButton);
+    QCOMPARE(starts.size(), 2);
+}
+
+void CompactPanelViewTest::unchangedPanelRepaintsNothing() {
+    view_->show(filledPanel());
+    QCoreApplication::processEvents();
+    const PaintCounter counter(*view_);
+    for (int times = 0; times < 3; ++times) {
+        view_->show(filledPanel());
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(counter.paints(), 0);
+}
+
+void CompactPanelViewTest::eachPartRepaintsWhenItChanges() {
+    const QList<std::function<void(CompactPanel&)>> changes{
+        [](CompactPanel& panel) { panel.compactStatus += u'.'; },
+        [](CompactPanel& panel) { panel.connection.tone = Tone::stopped; },
+        [](CompactPanel& panel) { panel.compactRack += u'.'; },
+        [](CompactPanel& panel) { panel.compactDevices += u'.'; },
+        [](CompactPanel& panel) { panel.compactSummary += u'.'; },
+        [](CompactPanel& panel) { panel.compactRows.at(1).text += u'.'; },
+        [](CompactPanel& panel) { panel.compactRows.at(1).live = true; },
+        [](CompactPanel& panel) { panel.compactMeters.at(1) = 0.5; },
+        [](CompactPanel& panel) { panel.compactStart.enabled = false; },
+        [](CompactPanel& panel) { panel.compactToggle.state = Qt::Unchecked; },
+    };
+    for (const auto& change : changes) {
+        view_->show(filledPanel());
+        QCoreApplication::processEvents();
+        const PaintCounter counter(*view_);
+        CompactPanel panel = filledPanel();
+        change(panel);
+        view_->show(panel);
+        QTRY_VERIFY(counter.paints() > 0);
+    }
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::CompactPanelViewTest)
+#include "CompactPanelViewTest.moc"

@@ -1,0 +1,264 @@
+#include "ui/dashboard/DashboardWindow.h"
+#include "ui/dashboard/CompactPanelView.h"
+#include "ui/kit/ElidedLabel.h"
+#include "ui/kit/Meter.h"
+#include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QApplication>
+#include <QImage>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+CompactPanel panelOf(const QString& word) {
+    CompactPanel panel;
+    panel.compactStatus = u"2 processors working "_s + word;
+    panel.statusDetail = u"Live passes below"_s;
+    panel.connection = {u"● CONNECTED"_s, Tone::live};
+    panel.compactRack = u"RACK     studio  ·  Mac mini  ·  3 bays  ·  LAN :45835 "_s + word;
+    panel.compactDevices = u"DEVICES  Pixel · now   |   "_s + word;
+    panel.compactSummary = u"40% · 2/3 lanes · Adaptive processing "_s + word;
+    for (size_t bay = 0; bay < CompactPanel::bays; ++bay) {
+        panel.compactRows.at(bay) = {u"BAY 1  ●  Ägypten gjpq  ·  Working  ·  "_s + word, true};
+        panel.compactMeters.at(bay) = 0.5;
+    }
+    // The widest that is ever shown.
+    panel.compactStart = {u"Resume deep jobs"_s, true};
+    panel.compactToggle = {Qt::Checked, true};
+    return panel;
+}
+
+QRect placeOf(const QWidget& widget) {
+    return {widget.mapTo(widget.window(), QPoint()), widget.size()};
+}
+
+/// The widgets that a person reads or presses.
+QList<QWidget*> leaves(const QWidget& window) {
+    QList<QWidget*> found;
+    for (auto* widget : window.findChildren<QWidget*>()) {
+        if (widget->isVisible()
+            && (qobject_cast<QLabel*>(widget) != nullptr
+                || qobject_cast<QAbstractButton*>(widget) != nullptr
+                || qobject_cast<Meter*>(widget) != nullptr)) {
+            found += widget;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class DashboardWindowTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void isAWindowForAssistiveTechnology() {
+        DashboardWindow window;
+        QCOMPARE(QAccessible::queryAccessibleInterface(&window)->role(), QAccessible::Window);
+    }
+
+    void initTestCase();
+    void sizesAndTitle();
+    void isCentredOnce();
+    void isDark();
+    void fitsAtEverySize_data();
+    void fitsAtEverySize();
+    void minimumHoldsTheContent();
+    void closingHidesWhatCanBeBroughtBack();
+    void closingMinimisesWhatCannot();
+    void hiddenWindowComesBackWhenItsWayIsGone();
+    void neverShownStaysHidden();
+    void bringToFrontRestores();
+    void visibilityIsTold();
+};
+
+void DashboardWindowTest::initTestCase() {
+    QApplication::setStyle(new ThemeStyle);
+    QApplication::setPalette(Theme::palette());
+}
+
+void DashboardWindowTest::sizesAndTitle() {
+    const DashboardWindow window;
+    QCOMPARE(window.windowTitle(), u"Corvala for Mac · Halvex"_s);
+    QCOMPARE(window.size(), QSize(720, 390));
+    QCOMPARE(window.minimumSize(), QSize(650, 365));
+    QVERIFY(window.isWindow());
+    QVERIFY(window.panel().parentWidget() == &window);
+}
+
+void DashboardWindowTest::isCentredOnce() {
+    DashboardWindow window;
+    const QPoint middle = window.screen()->availableGeometry().center();
+    QVERIFY((window.geometry().center() - middle).manhattanLength() <= 2);
+    window.setReachableWhenHidden(true);
+    window.show();
+    window.move(3, 4);
+    window.close();
+    window.bringToFront();
+    QCOMPARE(window.pos(), QPoint(3, 4));
+}
+
+void DashboardWindowTest::isDark() {
+    DashboardWindow window;
+    window.show();
+    const QImage shown = window.grab().toImage();
+    for (const QPoint corner : {QPoint(2, 2), QPoint(717, 2), QPoint(2, 387), QPoint(717, 387)}) {
+        QCOMPARE(shown.pixel(corner), Theme::background.rgb());
+    }
+}
+
+void DashboardWindowTest::fitsAtEverySize_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("word");
+
+    for (const QSize& size : {QSize(720, 390), QSize(650, 365), QSize(1, 1), QSize(1400, 900)}) {
+        const auto name =
+            QByteArray::number(size.width()) + "x" + QByteArray::number(size.height());
+        QTest::newRow(name + " short") << size << u"x"_s;
+        QTest::newRow(name + " long") << size << QString(500, u'W');
+        QTest::newRow(name + " lines") << size << u"a\nb\nc\nd\ne\nf\u2028g"_s;
+    }
+}
+
+void DashboardWindowTest::fitsAtEverySize() {
+    QFETCH(const QSize, size);
+    QFETCH(const QString, word);
+    DashboardWindow window;
+    window.show();
+    window.panel().show(panelOf(word));
+    window.resize(size.expandedTo(window.minimumSize()));
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+
+    // Inset on all four sides.
+    QCOMPARE(placeOf(window.panel()), window.rect().adjusted(20, 20, -20, -20));
+    const auto parts = leaves(window);
+    QCOMPARE(parts.size(), 9 + 3 + 4);
+    for (const QWidget* part : parts) {
+        const QRect place = placeOf(*part);
+        const auto name = part->metaObject()->className();
+        QVERIFY2(window.rect().contains(place), name);
+        QVERIFY2(part->visibleRegion().boundingRect() == part->rect(), name);
+        QVERIFY2(part->height() >= part->minimumSizeHint().height(), name);
+        for (const QWidget* other : parts) {
+            QVERIFY2(part == other || !place.intersects(placeOf(*other)), name);
+        }
+        if (const auto* label = qobject_cast<const ElidedLabel*>(part)) {
+            QVERIFY(label->height() >= label->fontMetrics().height());
+            // Cut off only with the whole text at hand.
+            QVERIFY(!label->isElided() || label->toolTip().startsWith(label->text()));
+        } else if (const auto* button = qobject_cast<const QAbstractButton*>(part)) {
+            const int words = button->fontMetrics().horizontalAdvance(button->text());
+            QVERIFY2(button->width() > words, qPrintable(button->text()));
+            QVERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->text()));
+        }
+    }
+}
+
+void DashboardWindowTest::minimumHoldsTheContent() {
+    // Where the system makes controls tall, the usual minimum would cut them off.
+    qApp->setStyleSheet(u"QPushButton { min-height: 120px; }"_s);
+    const DashboardWindow window;
+    const QSize needed = window.minimumSizeHint();
+    const QSize smallest = window.minimumSize();
+    qApp->setStyleSheet(QString());
+    QVERIFY(needed.height() > 365);
+    QCOMPARE(smallest, QSize(650, 365).expandedTo(needed));
+}
+
+void DashboardWindowTest::closingHidesWhatCanBeBroughtBack() {
+    DashboardWindow window;
+    window.setReachableWhenHidden(true);
+    window.show();
+    QVERIFY(!window.close());
+    QVERIFY(window.isHidden());
+    QVERIFY(!window.isMinimized());
+    window.bringToFront();
+    QVERIFY(window.isVisible());
+}
+
+void DashboardWindowTest::closingMinimisesWhatCannot() {
+    DashboardWindow window;
+    window.show();
+    window.close();
+    QVERIFY(!window.isHidden());
+    QVERIFY(window.isMinimized());
+
+    window.bringToFront();
+    window.setReachableWhenHidden(true);
+    window.setReachableWhenHidden(false);
+    QVERIFY(!window.isMinimized());
+    window.close();
+    QVERIFY(window.isMinimized());
+}
+
+void DashboardWindowTest::hiddenWindowComesBackWhenItsWayIsGone() {
+    DashboardWindow window;
+    window.setReachableWhenHidden(true);
+    window.show();
+    window.close();
+    QVERIFY(window.isHidden());
+    window.setReachableWhenHidden(false);
+    QVERIFY(!window.isHidden());
+    QVERIFY(window.isMinimized());
+}
+
+void DashboardWindowTest::neverShownStaysHidden() {
+    DashboardWindow window;
+    window.setReachableWhenHidden(false);
+    QVERIFY(window.isHidden());
+    window.setReachableWhenHidden(true);
+    window.setReachableWhenHidden(false);
+    QVERIFY(window.isHidden());
+}
+
+void DashboardWindowTest::bringToFrontRestores() {
+    DashboardWindow window;
+    window.bringToFront();
+    QVERIFY(window.isVisible());
+    window.showMinimized();
+    QVERIFY(window.isMinimized());
+    window.bringToFront();
+    QVERIFY(!window.isMinimized());
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+void DashboardWindowTest::visibilityIsTold() {
+    DashboardWindow window;
+    window.setReachableWhenHidden(true);
+    QSignalSpy changes(&window, &DashboardWindow::visibilityChanged);
+    QVERIFY(!window.isVisibleToUser());
+    window.bringToFront();
+    QTRY_COMPARE(changes.size(), 1);
+    QVERIFY(window.isVisibleToUser());
+
+    window.close();
+    QTRY_COMPARE(changes.size(), 2);
+    QVERIFY(!window.isVisibleToUser());
+
+    window.bringToFront();
+    QTRY_COMPARE(changes.size(), 3);
+    QVERIFY(window.isVisibleToUser());
+
+    window.showMinimized();
+    QTRY_COMPARE(changes.size(), 4);
+    QVERIFY(!window.isVisibleToUser());
+
+    window.bringToFront();
+    QTRY_COMPARE(changes.size(), 5);
+    QVERIFY(window.isVisibleToUser());
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::DashboardWindowTest)
+#include "DashboardWindowTest.moc"

@@ -1,0 +1,96 @@
+#include "ui/kit/Alert.h"
+
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+
+using namespace vesk;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Alert* openAlert(const QString& message, QWidget& parent) {
+    auto* alert = new Alert(message, &parent);
+    alert->open();
+    return alert;
+}
+
+QScrollArea& messageArea(Alert& alert) {
+    return *alert.findChild<QScrollArea*>();
+}
+
+} // namespace
+
+class AlertTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void hangsOnItsWindowAndTellsBothTexts() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"<b>No</b> & \"no\""_s, parent);
+        QCOMPARE(alert->parentWidget(), &parent);
+        QCOMPARE(alert->windowModality(), Qt::WindowModal);
+        QCOMPARE(alert->accessibleName(), u"Corvala for Mac needs attention"_s);
+        QCOMPARE(alert->accessibleDescription(), u"<b>No</b> & \"no\""_s);
+        QStringList texts;
+        for (const QLabel* label : alert->findChildren<QLabel*>()) {
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+            texts.append(label->text());
+        }
+        texts.sort();
+        QCOMPARE(
+            texts, (QStringList{u"<b>No</b> & \"no\""_s, u"Corvala for Mac needs attention"_s}));
+    }
+
+    void returnAndEscapeCloseItForGood_data() {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("return") << Qt::Key_Return;
+        QTest::newRow("escape") << Qt::Key_Escape;
+    }
+
+    void returnAndEscapeCloseItForGood() {
+        QFETCH(const Qt::Key, key);
+        QWidget parent;
+        parent.show();
+        const QPointer<Alert> alert = openAlert(u"x"_s, parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        QTest::keyClick(alert, key);
+        QTRY_VERIFY(!alert);
+    }
+
+    void aShortMessageIsShownWhole() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(
+            u"Could not change deep-job acceptance. The saved policy has not been confirmed."_s,
+            parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        QCOMPARE(messageArea(*alert).verticalScrollBar()->maximum(), 0);
+        QCOMPARE(messageArea(*alert).horizontalScrollBar()->maximum(), 0);
+    }
+
+    void anEndlessMessageStaysOnTheScreen_data() {
+        QTest::addColumn<QString>("message");
+        QTest::newRow("lines") << u"a line\n"_s.repeated(1000);
+        QTest::newRow("one word") << QString(100'000, u'x');
+        QTest::newRow("megabytes") << u"word "_s.repeated(3'000'000);
+    }
+
+    void anEndlessMessageStaysOnTheScreen() {
+        QFETCH(const QString, message);
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(message, parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        QVERIFY2(alert->height() < 400, qPrintable(QString::number(alert->height())));
+        QVERIFY2(alert->width() < 600, qPrintable(QString::number(alert->width())));
+        QVERIFY(alert->findChild<QPushButton*>()->isVisible());
+    }
+};
+
+QTEST_MAIN(AlertTest)
+#include "AlertTest.moc"

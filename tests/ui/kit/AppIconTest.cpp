@@ -1,0 +1,136 @@
+#include "ui/kit/AppIcon.h"
+#include "ui/kit/Glyph.h"
+#include "ui/kit/Theme.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QImage pictured(const QIcon& icon, int edge) {
+    return icon.pixmap(edge, edge).toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+int countOf(const QImage& image, QRgb color) {
+    int found = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            found += image.pixel(x, y) == color ? 1 : 0;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class AppIconTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void applicationIconIsATile();
+    void applicationIconHasEverySize();
+    void trayIconIsATemplate();
+    void trayIconTellsTheCount();
+    void glyphs_data();
+    void glyphs();
+};
+
+void AppIconTest::applicationIconIsATile() {
+    const QImage image = pictured(applicationIcon(), 256);
+    QCOMPARE(image.size(), QSize(256, 256));
+    const QRgb background = Theme::background.rgb();
+    // A tile from 10 to 246 with corners of radius 54; around it nothing.
+    QCOMPARE(qAlpha(image.pixel(9, 128)), 0);
+    QCOMPARE(image.pixel(10, 128), background);
+    QCOMPARE(image.pixel(245, 128), background);
+    QCOMPARE(qAlpha(image.pixel(246, 128)), 0);
+    QCOMPARE(qAlpha(image.pixel(128, 9)), 0);
+    QCOMPARE(image.pixel(128, 10), background);
+    QCOMPARE(image.pixel(128, 245), background);
+    QCOMPARE(qAlpha(image.pixel(24, 24)), 0);
+    QCOMPARE(image.pixel(28, 28), background);
+    // The mark, in one colour, within (56, 48), 144 x 160.
+    QVERIFY(countOf(image, Theme::accent.rgb()) > 1000);
+    QCOMPARE(
+        countOf(image.copy(56, 48, 144, 160), Theme::accent.rgb()),
+        countOf(image, Theme::accent.rgb()));
+}
+
+void AppIconTest::applicationIconHasEverySize() {
+    const auto sizes = applicationIcon().availableSizes();
+    for (const int edge : {16, 32, 48, 128, 256, 512}) {
+        QVERIFY2(sizes.contains(QSize(edge, edge)), qPrintable(QString::number(edge)));
+        QVERIFY(countOf(pictured(applicationIcon(), edge), Theme::background.rgb()) > edge);
+    }
+}
+
+void AppIconTest::trayIconIsATemplate() {
+    for (const QString& count : {QString(), u"2"_s}) {
+        const QIcon icon = trayIcon(count);
+        QVERIFY(icon.isMask());
+        const QImage image = pictured(icon, 64);
+        QCOMPARE(image.size(), QSize(64, 64));
+        // One colour all over, and nothing behind it.
+        QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
+        int solid = 0;
+        QSet<QRgb> colours;
+        for (int y = 0; y < 64; ++y) {
+            for (int x = 0; x < 64; ++x) {
+                if (qAlpha(image.pixel(x, y)) == 255) {
+                    ++solid;
+                    colours += image.pixel(x, y);
+                }
+            }
+        }
+        QVERIFY(solid > 200);
+        QCOMPARE(colours.size(), 1);
+    }
+}
+
+void AppIconTest::trayIconTellsTheCount() {
+    for (const int edge : {16, 22, 24, 32, 48, 64}) {
+        QList<QImage> seen;
+        for (const QString& count : {QString(), u"1"_s, u"2"_s, u"3"_s, u"12"_s}) {
+            const QImage image = pictured(trayIcon(count), edge);
+            QVERIFY2(!seen.contains(image), qPrintable(count));
+            seen += image;
+        }
+        QCOMPARE(pictured(trayIcon(u"2"_s), edge), seen.at(2));
+    }
+}
+
+void AppIconTest::glyphs_data() {
+    QTest::addColumn<QString>("name");
+    for (const char* name : {"mark", "cpu", "waveform", "text.viewfinder", "film", "photo"}) {
+        QTest::newRow(name) << QString::fromLatin1(name);
+    }
+}
+
+void AppIconTest::glyphs() {
+    QFETCH(const QString, name);
+    QImage image(120, 90, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    drawGlyph(painter, name, QRectF(30, 20, 60, 50), QColor(10, 200, 30));
+    painter.end();
+    // In its one colour, and only where it belongs.
+    const QRgb colour = qRgb(10, 200, 30);
+    QVERIFY(countOf(image, colour) > 50);
+    QCOMPARE(countOf(image.copy(30, 20, 60, 50), colour), countOf(image, colour));
+    QImage around = image;
+    QPainter eraser(&around);
+    eraser.setCompositionMode(QPainter::CompositionMode_Clear);
+    eraser.fillRect(30, 20, 60, 50, Qt::transparent);
+    eraser.end();
+    QCOMPARE(countOf(around, 0), 120 * 90);
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::AppIconTest)
+#include "AppIconTest.moc"

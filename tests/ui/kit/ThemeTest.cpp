@@ -1,0 +1,190 @@
+#include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QImage>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOptionButton>
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QImage drawn(QWidget& widget) {
+    widget.resize(widget.sizeHint());
+    return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+/// The title of `button` alone.
+QImage words(const QPushButton& button, QPalette::ColorGroup group) {
+    QStyleOptionButton option;
+    option.rect = QRect(0, 0, 200, 30);
+    option.state = QStyle::State_Enabled;
+    option.text = button.text();
+    option.palette = button.palette();
+    option.palette.setCurrentColorGroup(group);
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(Theme::background);
+    QPainter painter(&image);
+    button.style()->drawControl(QStyle::CE_PushButtonLabel, &option, &painter, &button);
+    return image;
+}
+
+/// How many pixels are of the accent's hue, light enough to be seen.
+int tinted(const QImage& image) {
+    int found = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor color = image.pixelColor(x, y);
+            found += color.green() - color.red() > 60 ? 1 : 0;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class ThemeTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void colours_data();
+    void colours();
+    void tones();
+    void paletteIsDarkThroughout();
+    void mixes();
+    void primaryButtonIsTinted();
+    void buttonsAreLarge();
+    void checkBoxStatesLookDifferent();
+    void nothingIsAnimated();
+};
+
+void ThemeTest::initTestCase() {
+    QApplication::setStyle(new ThemeStyle);
+    QApplication::setPalette(Theme::palette());
+}
+
+void ThemeTest::colours_data() {
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<float>("red");
+    QTest::addColumn<float>("green");
+    QTest::addColumn<float>("blue");
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("background") << Theme::background << 0.055F << 0.075F << 0.09F << u"#0e1317"_s;
+    QTest::newRow("panel") << Theme::panel << 0.085F << 0.11F << 0.13F << u"#161c21"_s;
+    QTest::newRow("line") << Theme::line << 0.17F << 0.22F << 0.24F << u"#2b383d"_s;
+    QTest::newRow("accent") << Theme::accent << 0.43F << 0.92F << 0.66F << u"#6eeba8"_s;
+    QTest::newRow("muted") << Theme::muted << 0.62F << 0.69F << 0.72F << u"#9eb0b8"_s;
+    QTest::newRow("text") << Theme::text << 1.0F << 1.0F << 1.0F << u"#ffffff"_s;
+}
+
+void ThemeTest::colours() {
+    QFETCH(const QColor, color);
+    QFETCH(const float, red);
+    QFETCH(const float, green);
+    QFETCH(const float, blue);
+    QFETCH(const QString, name);
+    // As near as 16 bits a component come.
+    constexpr float step = 1.0F / 65535;
+    QVERIFY(qAbs(color.redF() - red) <= step);
+    QVERIFY(qAbs(color.greenF() - green) <= step);
+    QVERIFY(qAbs(color.blueF() - blue) <= step);
+    QCOMPARE(color.alpha(), 255);
+    QCOMPARE(color.name(), name);
+}
+
+void ThemeTest::tones() {
+    QCOMPARE(Theme::color(Tone::muted), Theme::muted);
+    QCOMPARE(Theme::color(Tone::live), Theme::accent);
+    QCOMPARE(Theme::color(Tone::attention), Theme::attention);
+    QCOMPARE(Theme::color(Tone::stopped), Theme::stopped);
+    // Yellow and orange.
+    QVERIFY(Theme::attention.hue() > 45 && Theme::attention.hue() < 65);
+    QVERIFY(Theme::stopped.hue() > 25 && Theme::stopped.hue() < 45);
+}
+
+void ThemeTest::paletteIsDarkThroughout() {
+    const QPalette palette = Theme::palette();
+    QCOMPARE(palette.color(QPalette::Window), Theme::background);
+    QCOMPARE(palette.color(QPalette::WindowText), Theme::text);
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        for (const auto role :
+             {QPalette::Window, QPalette::Base, QPalette::AlternateBase, QPalette::Button,
+              QPalette::ToolTipBase, QPalette::Dark, QPalette::Mid}) {
+            QVERIFY2(
+                palette.color(group, role).lightness() < 80, qPrintable(QString::number(role)));
+        }
+        for (const auto role :
+             {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
+              QPalette::PlaceholderText, QPalette::BrightText}) {
+            QVERIFY2(
+                palette.color(group, role).lightness() > 100, qPrintable(QString::number(role)));
+        }
+    }
+    QVERIFY(
+        palette.color(QPalette::Disabled, QPalette::ButtonText).lightness()
+        < palette.color(QPalette::Active, QPalette::ButtonText).lightness());
+}
+
+void ThemeTest::mixes() {
+    QCOMPARE(mixed(Qt::black, Qt::white, 0).rgb(), QColor(Qt::black).rgb());
+    QCOMPARE(mixed(Qt::black, Qt::white, 1).rgb(), QColor(Qt::white).rgb());
+    QCOMPARE(mixed(Qt::red, Qt::blue, 0.2).rgb(), QColor(204, 0, 51).rgb());
+}
+
+void ThemeTest::primaryButtonIsTinted() {
+    QPushButton plain(u"Start processing"_s);
+    QPushButton primary(u"Start processing"_s);
+    primary.setProperty(primaryProperty, true);
+    QVERIFY(tinted(drawn(primary)) > 100);
+    QCOMPARE(tinted(drawn(plain)), 0);
+    // The words too, in a window that has the keyboard and in one that has not.
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        QVERIFY(tinted(words(primary, group)) > 20);
+        QCOMPARE(tinted(words(plain, group)), 0);
+    }
+    // Round: the corner shows what is behind.
+    QCOMPARE(drawn(primary).pixel(0, 0), Theme::background.rgb());
+    primary.setEnabled(false);
+    QCOMPARE(tinted(drawn(primary)), 0);
+}
+
+void ThemeTest::buttonsAreLarge() {
+    QPushButton button(u"Go"_s);
+    QVERIFY(button.sizeHint().height() >= 28);
+    QCOMPARE(
+        button.sizeHint().width(),
+        button.fontMetrics().size(Qt::TextShowMnemonic, u"Go"_s).width() + 28);
+}
+
+void ThemeTest::checkBoxStatesLookDifferent() {
+    QList<QImage> seen;
+    for (const bool enabled : {true, false}) {
+        for (const Qt::CheckState state : {Qt::Unchecked, Qt::PartiallyChecked, Qt::Checked}) {
+            QCheckBox box(u"Detailed analysis"_s);
+            box.setTristate(true);
+            box.setCheckState(state);
+            box.setEnabled(enabled);
+            const QImage image = drawn(box);
+            QVERIFY(!seen.contains(image));
+            seen += image;
+            QCOMPARE(tinted(image) > 20, enabled && state != Qt::Unchecked);
+        }
+    }
+}
+
+void ThemeTest::nothingIsAnimated() {
+    QCOMPARE(QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration), 0);
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::ThemeTest)
+#include "ThemeTest.moc"

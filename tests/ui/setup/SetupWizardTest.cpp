@@ -1,0 +1,395 @@
+#include "ui/setup/SetupWizard.h"
+
+#include "tests/model/JsonText.h"
+#include "tests/ui/kit/Widgets.h"
+#include "tests/ui/setup/FakeSetupController.h"
+#include "ui/kit/SegmentedControl.h"
+#include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
+#include "ui/texts/SetupPages.h"
+
+#include <QCheckBox>
+#include <QDialog>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+class SetupWizardTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void sheet();
+    void initialChoices_data();
+    void initialChoices();
+    void pages_data();
+    void pages();
+    void backOnTheFirstPage();
+    void switchingDetailKeepsTheKeyboard();
+    void readinessFollows();
+    void readinessOnItsPageOnly();
+    void startAndCheck();
+    void startAndCheckAfterTheEnd();
+    void choicesSurviveNavigation();
+    void returnKeyWalksThrough();
+    void returnKeyPressesTheButtonWithTheKeyboard();
+    void tabOrder_data();
+    void tabOrder();
+    void everyWayToSkip_data();
+    void everyWayToSkip();
+    void mayBeDeletedWhileClosing_data();
+    void mayBeDeletedWhileClosing();
+    void plainTextsOnly();
+
+private:
+    void make() { control_->wizard = std::make_unique<SetupWizard>(*control_, parent_.get()); }
+    void open() {
+        make();
+        control_->wizard->open();
+        QVERIFY(QTest::qWaitForWindowActive(&window()));
+    }
+    [[nodiscard]] QWidget& window() const { return *control_->wizard->window(); }
+    [[nodiscard]] QAbstractButton& button(const QString& name) const {
+        return *buttonNamed(window(), name);
+    }
+    [[nodiscard]] bool shows(const QString& name) const {
+        return button(name).isVisibleTo(&window());
+    }
+    void press(const QString& name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
+    void goTo(int step) {
+        for (int at = 0; at < step; ++at) {
+            press(u"Continue"_s);
+        }
+    }
+    /// Name of what has the keyboard.
+    [[nodiscard]] QString keyboard() const {
+        return QAccessible::queryAccessibleInterface(window().focusWidget())
+            ->text(QAccessible::Name);
+    }
+
+    std::unique_ptr<FakeSetupController> control_;
+    std::unique_ptr<QWidget> parent_;
+};
+
+void SetupWizardTest::initTestCase() {
+    QApplication::setStyle(new ThemeStyle);
+    QApplication::setPalette(Theme::palette());
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+void SetupWizardTest::init() {
+    control_ = std::make_unique<FakeSetupController>();
+    parent_ = std::make_unique<QWidget>();
+    parent_->show();
+}
+
+void SetupWizardTest::cleanup() {
+    control_.reset();
+    parent_.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void SetupWizardTest::sheet() {
+    open();
+    QCOMPARE(window().windowTitle(), u"Corvala for Mac Setup · Halvex"_s);
+    QCOMPARE(window().windowModality(), Qt::WindowModal);
+    QCOMPARE(window().parentWidget(), parent_.get());
+    QCOMPARE(window().size(), QSize(720, 580));
+    QCOMPARE(control_->asked, QStringList());
+}
+
+void SetupWizardTest::initialChoices_data() {
+    QTest::addColumn<bool>("online");
+    QTest::addColumn<bool>("accepting");
+    QTest::addColumn<bool>("loginItem");
+    QTest::addColumn<bool>("deep");
+    for (const bool online : {false, true}) {
+        for (const bool accepting : {false, true}) {
+            for (const bool loginItem : {false, true}) {
+                QTest::addRow("online %d accepting %d login %d", online, accepting, loginItem)
+                    << online << accepting << loginItem << !(online && !accepting);
+            }
+        }
+    }
+}
+
+void SetupWizardTest::initialChoices() {
+    QFETCH(const bool, online);
+    QFETCH(const bool, accepting);
+    QFETCH(const bool, loginItem);
+    control_->isOnline = online;
+    control_->isAccepting = accepting;
+    control_->loginItem = loginItem;
+    open();
+    goTo(3);
+    QTEST(button(u"Allow detailed photo, video and audio analysis"_s).isChecked(), "deep");
+    QTEST(button(u"Start processing automatically when I log in"_s).isChecked(), "loginItem");
+}
+
+void SetupWizardTest::pages_data() {
+    QTest::addColumn<bool>("advanced");
+    QTest::newRow("Basic") << false;
+    QTest::newRow("Advanced") << true;
+}
+
+void SetupWizardTest::pages() {
+    QFETCH(const bool, advanced);
+    control_->document = jsonObject(R"({"activity_policy":{"active_duty_percent":11}})");
+    open();
+    if (advanced) {
+        press(u"Advanced"_s);
+    }
+    const QStringList controls{
+        u"Basic"_s, u"Advanced"_s, u"Start processing & check"_s,
+        u"Allow detailed photo, video and audio analysis"_s,
+        u"Start processing automatically when I log in"_s};
+    const QList<QStringList> shown{controls.mid(0, 2), controls.mid(2, 1), {}, controls.mid(3, 2)};
+    const QStringList focus{
+        advanced ? u"Advanced"_s : u"Basic"_s, u"Continue"_s, u"Continue"_s, controls.at(3)};
+    const auto check = [&](int step) {
+        const SetupPage page = setupPage(step, advanced, control_->document, 45835);
+        QStringList texts{page.stepLabel, page.heading};
+        for (const SetupItem& item : page.body) {
+            if (item.kind == SetupItem::Kind::readiness) {
+                texts.append(readinessText(control_->document, true, std::nullopt));
+            } else if (item.kind == SetupItem::Kind::paragraph) {
+                texts.append(item.text);
+            }
+        }
+        QCOMPARE(labelTexts(window()), texts);
+        for (const QString& name : controls) {
+            QCOMPARE(shows(name), shown.at(step).contains(name));
+        }
+        QCOMPARE(shows(u"Back"_s), step > 0);
+        QVERIFY(shows(u"Skip setup"_s));
+        QVERIFY(shows(step == lastSetupStep ? u"Apply & finish"_s : u"Continue"_s));
+        QCOMPARE(keyboard(), focus.at(step));
+    };
+    check(0);
+    for (const int step : {1, 2, 3}) {
+        press(u"Continue"_s);
+        check(step);
+    }
+    for (const int step : {2, 1, 0}) {
+        press(u"Back"_s);
+        check(step);
+    }
+    QCOMPARE(control_->asked, QStringList());
+}
+
+void SetupWizardTest::backOnTheFirstPage() {
+    open();
+    button(u"Back"_s).click();
+    QCOMPARE(labelTexts(window()).first(), u"HALVEX  /  STEP 1 OF 4"_s);
+}
+
+void SetupWizardTest::switchingDetailKeepsTheKeyboard() {
+    open();
+    const auto texts = labelTexts(window());
+    QTest::keyClick(window().focusWidget(), Qt::Key_Right);
+    QCOMPARE(keyboard(), u"Advanced"_s);
+    QVERIFY(button(u"Advanced"_s).isChecked());
+    QCOMPARE(labelTexts(window()), texts);
+    goTo(1);
+    QCOMPARE(labelTexts(window()).size(), 5);
+    press(u"Back"_s);
+    toggleAccessibly(button(u"Basic"_s));
+    goTo(1);
+    QCOMPARE(labelTexts(window()).size(), 3);
+}
+
+void SetupWizardTest::readinessFollows() {
+    control_->isOnline = false;
+    open();
+    goTo(1);
+    const auto readiness = [this] { return labelTexts(window()).at(2); };
+    QCOMPARE(readiness(), readinessText({}, false, std::nullopt));
+    control_->isOnline = true;
+    control_->document = jsonObject(R"({"services":{"ocr":true}})");
+    control_->wizard->refreshReadiness();
+    QCOMPARE(readiness(), readinessText(control_->document, true, std::nullopt));
+    control_->backend = false;
+    control_->wizard->refreshReadiness();
+    QCOMPARE(readiness(), readinessText(control_->document, true, false));
+    control_->isOnline = false;
+    control_->wizard->refreshReadiness();
+    QCOMPARE(readiness(), readinessText({}, false, std::nullopt));
+}
+
+void SetupWizardTest::readinessOnItsPageOnly() {
+    open();
+    for (const int step : {0, 2, 3}) {
+        make();
+        goTo(step);
+        const auto texts = labelTexts(window());
+        control_->isOnline = !control_->isOnline;
+        control_->wizard->refreshReadiness();
+        QCOMPARE(labelTexts(window()), texts);
+    }
+}
+
+void SetupWizardTest::startAndCheck() {
+    control_->isOnline = false;
+    open();
+    press(u"Advanced"_s);
+    goTo(1);
+    press(u"Start processing & check"_s);
+    QCOMPARE(control_->asked, QStringList(u"start"_s));
+    control_->isOnline = true;
+    control_->document = jsonObject(R"({"activity_policy":{"active_duty_percent":22}})");
+    control_->started();
+    const auto texts = labelTexts(window());
+    QCOMPARE(texts.at(2), readinessText(control_->document, true, std::nullopt));
+    QVERIFY(texts.at(4).startsWith(u"Foreground or warm-Mac duty: 22% "_s));
+    QCOMPARE(keyboard(), u"Start processing & check"_s);
+}
+
+void SetupWizardTest::startAndCheckAfterTheEnd() {
+    control_->isOnline = false;
+    open();
+    goTo(1);
+    press(u"Start processing & check"_s);
+    press(u"Skip setup"_s);
+    control_->started();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    control_->startCompletion = nullptr;
+    QCOMPARE(control_->asked, QStringList({u"start"_s, u"closed"_s}));
+
+    control_->keepUntilLater = false;
+    open();
+    goTo(1);
+    press(u"Start processing & check"_s);
+    press(u"Skip setup"_s);
+    control_->started();
+    QCOMPARE(control_->errors, QStringList());
+}
+
+void SetupWizardTest::choicesSurviveNavigation() {
+    open();
+    goTo(3);
+    press(u"Allow detailed photo, video and audio analysis"_s);
+    toggleAccessibly(button(u"Start processing automatically when I log in"_s));
+    press(u"Back"_s);
+    press(u"Back"_s);
+    goTo(2);
+    QVERIFY(!button(u"Allow detailed photo, video and audio analysis"_s).isChecked());
+    QVERIFY(button(u"Start processing automatically when I log in"_s).isChecked());
+}
+
+void SetupWizardTest::returnKeyWalksThrough() {
+    open();
+    for (int step = 0; step < 3; ++step) {
+        QTest::keyClick(window().focusWidget(), Qt::Key_Return);
+    }
+    QCOMPARE(labelTexts(window()).first(), u"HALVEX  /  STEP 4 OF 4"_s);
+    QCOMPARE(control_->asked, QStringList());
+    QTest::keyClick(window().focusWidget(), Qt::Key_Return);
+    QCOMPARE(control_->asked, QStringList({u"login off"_s, u"deep on"_s}));
+}
+
+void SetupWizardTest::returnKeyPressesTheButtonWithTheKeyboard() {
+    open();
+    goTo(2);
+    button(u"Back"_s).setFocus();
+    QTest::keyClick(window().focusWidget(), Qt::Key_Return);
+    QCOMPARE(labelTexts(window()).first(), u"HALVEX  /  STEP 2 OF 4"_s);
+    button(u"Start processing & check"_s).setFocus();
+    QTest::keyClick(window().focusWidget(), Qt::Key_Enter);
+    QCOMPARE(control_->asked, QStringList(u"start"_s));
+}
+
+void SetupWizardTest::tabOrder_data() {
+    QTest::addColumn<int>("step");
+    QTest::addColumn<QStringList>("order");
+    const QStringList actions{u"Skip setup"_s, u"Back"_s, u"Continue"_s};
+    QTest::newRow("1") << 0 << QStringList({u"Basic"_s, u"Skip setup"_s, u"Continue"_s});
+    QTest::newRow("2") << 1 << QStringList(u"Start processing & check"_s) + actions;
+    QTest::newRow("3") << 2 << actions;
+    QTest::newRow("4") << 3
+                       << QStringList(
+                              {u"Allow detailed photo, video and audio analysis"_s,
+                               u"Start processing automatically when I log in"_s, u"Skip setup"_s,
+                               u"Back"_s, u"Apply & finish"_s});
+}
+
+void SetupWizardTest::tabOrder() {
+    QFETCH(const int, step);
+    QFETCH(const QStringList, order);
+    open();
+    goTo(step);
+    const auto start = order.indexOf(keyboard());
+    QVERIFY(start >= 0);
+    for (qsizetype at = 1; at <= order.size(); ++at) {
+        QTest::keyClick(window().focusWidget(), Qt::Key_Tab);
+        QCOMPARE(keyboard(), order.at((start + at) % order.size()));
+    }
+}
+
+void SetupWizardTest::everyWayToSkip_data() {
+    QTest::addColumn<int>("way");
+    QTest::newRow("Skip setup") << 0;
+    QTest::newRow("Escape") << 1;
+    QTest::newRow("window manager") << 2;
+}
+
+void SetupWizardTest::everyWayToSkip() {
+    QFETCH(const int, way);
+    for (int step = 0; step <= lastSetupStep; ++step) {
+        control_->asked.clear();
+        open();
+        goTo(step);
+        QPointer<QWidget> sheet(&window());
+        switch (way) {
+        case 0:
+            press(u"Skip setup"_s);
+            break;
+        case 1:
+            QTest::keyClick(window().focusWidget(), Qt::Key_Escape);
+            break;
+        default:
+            QVERIFY(window().close());
+        }
+        QCOMPARE(control_->asked, QStringList(u"closed"_s));
+        QCOMPARE(control_->wizard, nullptr);
+        QVERIFY(!sheet || sheet->isHidden());
+        QCOMPARE(QApplication::activeModalWidget(), nullptr);
+        QTRY_VERIFY(!sheet);
+        QVERIFY(parent_->isVisible());
+    }
+}
+
+void SetupWizardTest::mayBeDeletedWhileClosing_data() {
+    everyWayToSkip_data();
+}
+
+void SetupWizardTest::mayBeDeletedWhileClosing() {
+    control_->keepUntilLater = false;
+    everyWayToSkip();
+}
+
+void SetupWizardTest::plainTextsOnly() {
+    open();
+    for (int step = 0; step <= lastSetupStep; ++step) {
+        for (const auto* label : window().findChildren<QLabel*>()) {
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+        }
+        if (step < lastSetupStep) {
+            press(u"Continue"_s);
+        }
+    }
+    for (const auto* each : window().findChildren<QAbstractButton*>()) {
+        QVERIFY(each->shortcut().isEmpty());
+    }
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::SetupWizardTest)
+#include "SetupWizardTest.moc"

@@ -1,0 +1,145 @@
+#include "tests/model/JsonText.h"
+#include "ui/texts/CompactPanel.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTest>
+
+#include <cstdio>
+
+#include <sys/resource.h>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto showArgument = "show";
+
+/// What the child process does: shows one document, and says so if it comes that far.
+int show(const QByteArray& document) {
+    const rlimit noCoreFile{0, 0};
+    setrlimit(RLIMIT_CORE, &noCoreFile);
+    ServiceFacts facts;
+    facts.lastHealth = jsonObject(document);
+    facts.online = true;
+    const Dashboard dashboard = connectedDashboard(facts);
+    const CompactPanel panel = compactPanel(dashboard, facts);
+    const QByteArray shown =
+        (dashboard.total + u'\n' + dashboard.budget + u'\n' + panel.compactSummary).toUtf8();
+    std::puts(shown.constData());
+    return 0;
+}
+
+constexpr auto countsMessage =
+    "VeskWorkerControl: fatal: the service's session counts do not fit a 64-bit integer\n";
+constexpr auto cooldownMessage =
+    "VeskWorkerControl: fatal: the service's cool-down does not fit a 64-bit integer\n";
+
+} // namespace
+
+/// The few documents that end the program, and their neighbours that do not.
+class FatalDocumentsTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void endsWithAMessage_data();
+    void endsWithAMessage();
+    void isShown_data();
+    void isShown();
+};
+
+void FatalDocumentsTest::endsWithAMessage_data() {
+    QTest::addColumn<QByteArray>("document");
+    QTest::addColumn<QByteArray>("message");
+
+    const auto row = [](const char* name, const char* document, const char* message) {
+        QTest::newRow(name) << QByteArray(document) << QByteArray(message);
+    };
+    row("completed", R"({"slots":[{"completed":9223372036854775807},{"completed":1}]})",
+        countsMessage);
+    row("failed", R"({"slots":[{"failed":1},{},{"failed":9223372036854775807}]})", countsMessage);
+    row("below", R"({"slots":[{"failed":-9223372036854775808},{"failed":-1}]})", countsMessage);
+    row("in bays that are not shown",
+        R"({"slots":[{"slot":8,"completed":5000000000000000000},)"
+        R"({"slot":9,"completed":5000000000000000000}]})",
+        countsMessage);
+    row("cool-down", R"({"cooldown_seconds":1e300})", cooldownMessage);
+    row("first cool-down that does not fit", R"({"cooldown_seconds":9223372036854775808})",
+        cooldownMessage);
+    row("cool-down of a bay",
+        R"({"cooldown_seconds":1e19,"slots":[{"slot":1,"state":"busy","phase":"cooling"}]})",
+        cooldownMessage);
+}
+
+void FatalDocumentsTest::endsWithAMessage() {
+    QFETCH(const QByteArray, document);
+    QFETCH(const QByteArray, message);
+    QProcess child;
+    child.start(
+        QCoreApplication::applicationFilePath(),
+        {QString::fromLatin1(showArgument), QString::fromUtf8(document)});
+    QVERIFY(child.waitForFinished());
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(child.readAllStandardError(), message);
+    QCOMPARE(child.readAllStandardOutput(), QByteArray());
+}
+
+void FatalDocumentsTest::isShown_data() {
+    QTest::addColumn<QByteArray>("document");
+    QTest::addColumn<QByteArray>("shown");
+
+    const auto row = [](const char* name, const char* document, const char* shown) {
+        QTest::newRow(name) << QByteArray(document) << QByteArray(shown) + "\n";
+    };
+    row("largest counts",
+        R"({"slots":[{"completed":9223372036854775806,"failed":-9223372036854775807},)"
+        R"({"completed":1,"failed":-1}]})",
+        "This service session: 9223372036854775807 results returned · -9223372036854775808 failed "
+        "jobs · 2 slots\n"
+        "40% · 0/0 lanes · Adaptive processing\n"
+        "40% · 0/0 lanes · Adaptive processing · 9223372036854775807 returned · "
+        "-9223372036854775808 failed");
+    row("largest cool-down", R"({"cooldown_seconds":9223372036854774784})",
+        "This service session: 0 results returned · 0 failed jobs · 0 slots\n"
+        "40% · 0/0 lanes · Adaptive processing · 9223372036854774784s cooling\n"
+        "40% · 0/0 lanes · Adaptive processing · cooling 9223372036854774784s · 0 returned · 0 "
+        "failed");
+    row("cool-down that is over", R"({"cooldown_seconds":-1e300})",
+        "This service session: 0 results returned · 0 failed jobs · 0 slots\n"
+        "40% · 0/0 lanes · Adaptive processing\n"
+        "40% · 0/0 lanes · Adaptive processing · 0 returned · 0 failed");
+    row("counts beyond any integer",
+        R"({"slots":[{"completed":1e300,"failed":18446744073709551615},{"completed":1}]})",
+        "This service session: 1 results returned · 0 failed jobs · 2 slots\n"
+        "40% · 0/0 lanes · Adaptive processing\n"
+        "40% · 0/0 lanes · Adaptive processing · 1 returned · 0 failed");
+}
+
+void FatalDocumentsTest::isShown() {
+    QFETCH(const QByteArray, document);
+    QFETCH(const QByteArray, shown);
+    QProcess child;
+    child.start(
+        QCoreApplication::applicationFilePath(),
+        {QString::fromLatin1(showArgument), QString::fromUtf8(document)});
+    QVERIFY(child.waitForFinished());
+    QCOMPARE(child.readAllStandardError(), QByteArray());
+    QCOMPARE(child.readAllStandardOutput(), shown);
+    QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(child.exitCode(), 0);
+}
+
+} // namespace vesk
+
+int main(int argc, char* argv[]) {
+    if (argc == 3 && qstrcmp(argv[1], vesk::showArgument) == 0) {
+        return vesk::show(argv[2]);
+    }
+    const QCoreApplication application(argc, argv);
+    vesk::FatalDocumentsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "FatalDocumentsTest.moc"

@@ -1,0 +1,252 @@
+#include "ui/tray/TrayItem.h"
+#include "ui/tray/TrayHost.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QSystemTrayIcon>
+#include <QTest>
+
+#include <utility>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class FakeHost final : public TrayHost {
+public:
+    explicit FakeHost(bool present) : present_(present) {}
+
+    [[nodiscard]] bool isPresent() const override { return present_; }
+
+    void set(bool present) {
+        present_ = present;
+        emit presenceChanged();
+    }
+
+private:
+    bool present_;
+};
+
+/// The menu of the one tray item that a test holds.
+QMenu* theMenu() {
+    QMenu* found = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* menu = qobject_cast<QMenu*>(widget)) {
+            if (found != nullptr) {
+                qFatal("more than one menu");
+            }
+            found = menu;
+        }
+    }
+    return found;
+}
+
+QStringList menuTexts() {
+    QStringList texts;
+    for (const QAction* action : theMenu()->actions()) {
+        texts += action->isSeparator() ? u"-"_s : action->text();
+    }
+    return texts;
+}
+
+QAction* entry(int index) {
+    return theMenu()->actions().at(index);
+}
+
+Dashboard dashboardOf(const QString& state, const ButtonFace& action, const QString& title) {
+    Dashboard dashboard;
+    dashboard.trayState = state;
+    dashboard.trayAction = action;
+    dashboard.trayTitle = title;
+    dashboard.trayToolTip = u"Corvala for Mac · "_s + state;
+    return dashboard;
+}
+
+} // namespace
+
+/// The tray item over a host that comes and goes. What a real host shows of it is seen elsewhere.
+class TrayItemTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void menuBeforeTheFirstAnswer();
+    void menuFollowsTheDashboard();
+    void stateIsOnlyTold();
+    void entriesTellWhatWasPressed_data();
+    void entriesTellWhatWasPressed();
+    void openAndCloseAreTold();
+    void hostComesAndGoes();
+    void hostThatGoesClosesItsMenu();
+    void hostThatSaysTheSameAgain();
+    void shownWithoutAHostIsKept();
+
+private:
+    static std::pair<std::unique_ptr<TrayItem>, FakeHost*> itemOn(bool present) {
+        auto host = std::make_unique<FakeHost>(present);
+        FakeHost* handle = host.get();
+        return {std::make_unique<TrayItem>(std::move(host)), handle};
+    }
+};
+
+void TrayItemTest::menuBeforeTheFirstAnswer() {
+    for (const bool present : {true, false}) {
+        const auto [item, host] = itemOn(present);
+        QCOMPARE(
+            menuTexts(),
+            (QStringList{
+                u"Checking processing…"_s, u"-"_s, u"Open Corvala for Mac"_s, u"Start processing"_s,
+                u"Setup…"_s, u"-"_s, u"Quit dashboard (worker keeps running)"_s}));
+        QVERIFY(!entry(0)->isEnabled());
+        for (const int index : {2, 3, 4, 6}) {
+            QVERIFY(entry(index)->isEnabled());
+        }
+        for (const QAction* action : theMenu()->actions()) {
+            QVERIFY(action->shortcut().isEmpty());
+            QVERIFY(action->isVisible());
+        }
+    }
+}
+
+void TrayItemTest::menuFollowsTheDashboard() {
+    const auto [item, host] = itemOn(true);
+    const QStringList fixed = menuTexts();
+    const auto showsAs = [&](const Dashboard& dashboard) {
+        item->show(dashboard);
+        QStringList expected = fixed;
+        expected[0] = dashboard.trayState;
+        expected[3] = dashboard.trayAction.title;
+        QCOMPARE(menuTexts(), expected);
+        QCOMPARE(entry(3)->isEnabled(), dashboard.trayAction.enabled);
+        QVERIFY(!entry(0)->isEnabled());
+        for (const int index : {2, 4, 6}) {
+            QVERIFY(entry(index)->isEnabled());
+        }
+    };
+    showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, true}, u" 2"_s));
+    showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, false}, u" 2"_s));
+    showsAs(dashboardOf(u"Processing service stopped"_s, {u"Start processing"_s, true}, u""_s));
+    item->show(dashboardOf(u"Tom & Jerry"_s, {u"This & that"_s, true}, u""_s));
+    QCOMPARE(entry(0)->text(), u"Tom && Jerry"_s);
+    QCOMPARE(entry(3)->text(), u"This && that"_s);
+}
+
+void TrayItemTest::stateIsOnlyTold() {
+    const auto [item, host] = itemOn(true);
+    QSignalSpy opened(item.get(), &TrayItem::openPressed);
+    QSignalSpy started(item.get(), &TrayItem::startPressed);
+    QSignalSpy setUp(item.get(), &TrayItem::setupPressed);
+    QSignalSpy quit(item.get(), &TrayItem::quitPressed);
+    for (const int index : {0, 1, 5}) {
+        entry(index)->trigger();
+    }
+    QCOMPARE(opened.size() + started.size() + setUp.size() + quit.size(), 0);
+}
+
+void TrayItemTest::entriesTellWhatWasPressed_data() {
+    QTest::addColumn<int>("index");
+    QTest::newRow("open") << 2;
+    QTest::newRow("start") << 3;
+    QTest::newRow("setup") << 4;
+    QTest::newRow("quit") << 6;
+}
+
+void TrayItemTest::entriesTellWhatWasPressed() {
+    QFETCH(const int, index);
+    const auto [item, host] = itemOn(true);
+    QSignalSpy opened(item.get(), &TrayItem::openPressed);
+    QSignalSpy started(item.get(), &TrayItem::startPressed);
+    QSignalSpy setUp(item.get(), &TrayItem::setupPressed);
+    QSignalSpy quit(item.get(), &TrayItem::quitPressed);
+    entry(index)->trigger();
+    QCOMPARE(opened.size(), index == 2 ? 1 : 0);
+    QCOMPARE(started.size(), index == 3 ? 1 : 0);
+    QCOMPARE(setUp.size(), index == 4 ? 1 : 0);
+    QCOMPARE(quit.size(), index == 6 ? 1 : 0);
+
+    Dashboard busy;
+    busy.trayAction.enabled = false;
+    item->show(busy);
+    entry(index)->trigger();
+    QCOMPARE(started.size(), index == 3 ? 1 : 0); // and not once more
+}
+
+void TrayItemTest::openAndCloseAreTold() {
+    const auto [item, host] = itemOn(true);
+    QSignalSpy willOpen(item.get(), &TrayItem::menuWillOpen);
+    QSignalSpy didClose(item.get(), &TrayItem::menuDidClose);
+    QVERIFY(!item->menuOpen());
+    for (int times = 1; times <= 2; ++times) {
+        theMenu()->popup(QPoint(10, 10));
+        QCOMPARE(willOpen.size(), times);
+        QCOMPARE(didClose.size(), times - 1);
+        QVERIFY(item->menuOpen());
+        theMenu()->close();
+        QCOMPARE(willOpen.size(), times);
+        QCOMPARE(didClose.size(), times);
+        QVERIFY(!item->menuOpen());
+    }
+    // A host that shows the menu itself may say the same thing twice.
+    emit theMenu()->aboutToShow();
+    emit theMenu()->aboutToShow();
+    QCOMPARE(willOpen.size(), 3);
+    emit theMenu()->aboutToHide();
+    emit theMenu()->aboutToHide();
+    QCOMPARE(didClose.size(), 3);
+}
+
+void TrayItemTest::hostComesAndGoes() {
+    const auto [item, host] = itemOn(false);
+    QSignalSpy presence(item.get(), &TrayItem::presenceChanged);
+    QVERIFY(!item->isPresent());
+    for (int times = 0; times < 3; ++times) {
+        host->set(true);
+        QVERIFY(item->isPresent());
+        QCOMPARE(presence.size(), 2 * times + 1);
+        host->set(false);
+        QVERIFY(!item->isPresent());
+        QCOMPARE(presence.size(), 2 * times + 2);
+    }
+    QCOMPARE(menuTexts().size(), 7);
+}
+
+void TrayItemTest::hostThatGoesClosesItsMenu() {
+    const auto [item, host] = itemOn(true);
+    QSignalSpy didClose(item.get(), &TrayItem::menuDidClose);
+    emit theMenu()->aboutToShow();
+    QVERIFY(item->menuOpen());
+    host->set(false);
+    QVERIFY(!item->menuOpen());
+    QCOMPARE(didClose.size(), 1);
+    host->set(true);
+    host->set(false);
+    QCOMPARE(didClose.size(), 1);
+}
+
+void TrayItemTest::hostThatSaysTheSameAgain() {
+    const auto [item, host] = itemOn(true);
+    QSignalSpy presence(item.get(), &TrayItem::presenceChanged);
+    host->set(true);
+    QCOMPARE(presence.size(), 0);
+    host->set(false);
+    host->set(false);
+    QCOMPARE(presence.size(), 1);
+}
+
+void TrayItemTest::shownWithoutAHostIsKept() {
+    const auto [item, host] = itemOn(false);
+    item->show(dashboardOf(u"1 processor working"_s, {u"Pause deep jobs"_s, false}, u" 1"_s));
+    host->set(true);
+    QVERIFY(item->isPresent());
+    QCOMPARE(entry(0)->text(), u"1 processor working"_s);
+    QCOMPARE(entry(3)->text(), u"Pause deep jobs"_s);
+    QVERIFY(!entry(3)->isEnabled());
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::TrayItemTest)
+#include "TrayItemTest.moc"

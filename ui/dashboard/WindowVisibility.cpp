@@ -1,0 +1,61 @@
+#include "ui/dashboard/WindowVisibility.h"
+
+#include "ui/dashboard/ObscuredWatch.h"
+
+#include <QEvent>
+#include <QWidget>
+#include <QWindow>
+
+namespace vesk {
+
+WindowVisibility::WindowVisibility(QWidget& window) : QObject(&window), window_(window) {
+    window_.installEventFilter(this);
+    watchHandle();
+}
+
+WindowVisibility::~WindowVisibility() = default;
+
+bool WindowVisibility::isWindowVisibleToUser() const {
+    return window_.isVisible() && !window_.isMinimized() && handle_ && handle_->isExposed()
+           && !(obscured_ && obscured_->isFullyObscured());
+}
+
+bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::WinIdChange:
+    case QEvent::Show:
+        watchHandle();
+        [[fallthrough]];
+    case QEvent::Hide:
+    case QEvent::Expose:
+    case QEvent::WindowStateChange:
+        // The toolkit has not settled the new state while it tells of it.
+        QMetaObject::invokeMethod(this, &WindowVisibility::noteChange, Qt::QueuedConnection);
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void WindowVisibility::watchHandle() {
+    if (handle_ == window_.windowHandle()) {
+        return;
+    }
+    handle_ = window_.windowHandle();
+    obscured_.reset();
+    if (handle_) {
+        handle_->installEventFilter(this);
+        obscured_ = ObscuredWatch::make(*handle_, [this] { noteChange(); });
+    }
+}
+
+void WindowVisibility::noteChange() {
+    const bool visible = isWindowVisibleToUser();
+    if (visible != lastKnown_) {
+        lastKnown_ = visible;
+        emit changed();
+    }
+}
+
+} // namespace vesk

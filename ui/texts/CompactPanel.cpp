@@ -1,0 +1,143 @@
+#include "ui/texts/CompactPanel.h"
+
+#include "model/Checked.h"
+#include "model/LenientReader.h"
+#include "model/RackProgress.h"
+#include "model/SlotPresentation.h"
+#include "ui/texts/Budget.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The same words and availability as the dashboard's own controls.
+CompactPanel mirrored(const Dashboard& dashboard) {
+    CompactPanel panel;
+    panel.compactStatus = dashboard.status;
+    panel.statusDetail = dashboard.statusDetail;
+    panel.connection = dashboard.connection;
+    panel.compactStart = dashboard.startButton;
+    panel.compactToggle = dashboard.deepToggle;
+    return panel;
+}
+
+QString rackText(const ServiceFacts& facts, qsizetype bays) {
+    const QString host = facts.hostName.isEmpty() ? u"This Mac"_s : facts.hostName;
+    QString machine = lenient::string(facts.lastHealth, u"device_id").value_or(host);
+    return u"RACK     "_s + machine.remove(u".local"_s) + u"  ·  "_s
+           + lenient::string(facts.lastHealth, u"device").value_or(u"macOS"_s) + u"  ·  "_s
+           + QString::number(bays) + u" bays  ·  LAN :"_s + QString::number(facts.port);
+}
+
+QString deviceText(const QJsonObject& device) {
+    constexpr qint64 nowSeconds = 10;
+    const QString name = lenient::string(device, u"name").value_or(u"Android device"_s);
+    const auto lastSeen = lenient::integer(device, u"last_seen_seconds").value_or(0);
+    return lastSeen < nowSeconds ? name + u" · now"_s
+                                 : name + u" · "_s + QString::number(lastSeen) + u"s ago"_s;
+}
+
+QString devicesText(const ServiceFacts& facts) {
+    if (!facts.online) {
+        return u"DEVICES  service offline"_s;
+    }
+    const auto devices = lenient::dictionaries(facts.lastHealth, u"connected_devices")
+                             .value_or(QList<QJsonObject>());
+    if (devices.isEmpty()) {
+        return u"DEVICES  waiting for Corvala on your local network"_s;
+    }
+    QStringList texts;
+    for (const QJsonObject& device : devices) {
+        texts.append(deviceText(device));
+    }
+    return u"DEVICES  "_s + texts.join(u"   |   "_s);
+}
+
+QString summaryText(const ServiceFacts& facts, const Budget& budget) {
+    if (!facts.online) {
+        return u"Service unavailable · no live counts"_s;
+    }
+    QString text = budget.lanesText(budget.rackDuty);
+    if (budget.cooldown > 0) {
+        text += u" · cooling "_s + QString::number(wholeSecondsUp(budget.cooldown)) + u"s"_s;
+    }
+    return text + u" · "_s + QString::number(budget.completed) + u" returned · "_s
+           + QString::number(budget.failed) + u" failed"_s;
+}
+
+SlotRecord bayRecord(const QList<SlotRecord>& records, qint64 bay) {
+    const auto found = std::find_if(records.begin(), records.end(), [bay](const SlotRecord& slot) {
+        return lenient::integer(slot, u"slot") == bay;
+    });
+    return found == records.end() ? SlotRecord() : *found;
+}
+
+bool isLive(const QString& state) {
+    return state == u"Working" || state == u"Loading" || state == u"Queued" || state == u"Cooling"
+           || state == u"Finishing";
+}
+
+CompactRow bayRow(
+    qint64 bay, const SlotRecord& slot, const SlotPresentation& presentation,
+    const QString& progressLabel) {
+    const QString name = u"BAY "_s + QString::number(bay);
+    if (!isLive(presentation.state)) {
+        return {name + u"  ○  "_s + presentation.state + u"  ·  "_s + presentation.detail, false};
+    }
+    const auto source = lenient::string(slot, u"source_device");
+    return {
+        name + u"  ●  "_s + presentation.title + u"  ·  "_s + presentation.state + u"  ·  "_s
+            + progressLabel + (source ? u"  ·  "_s + *source : QString()),
+        true};
+}
+
+/// Nothing is known yet.
+CompactPanel checkingPanel(const Dashboard& dashboard, bool starting) {
+    CompactPanel panel = mirrored(dashboard);
+    if (!starting) {
+        panel.compactStatus = u"Checking processing…"_s;
+    }
+    panel.compactRack = u"RACK  checking local processor"_s;
+    panel.compactDevices = u"DEVICES  waiting for Corvala"_s;
+    for (int bay = 0; bay < CompactPanel::bays; ++bay) {
+        panel.compactRows.at(static_cast<size_t>(bay)).text =
+            u"BAY "_s + QString::number(bay + 1) + u"  ·  checking"_s;
+    }
+    return panel;
+}
+
+} // namespace
+
+CompactPanel compactPanel(const Dashboard& dashboard, const ServiceFacts& facts) {
+    if (dashboard.checking) {
+        return checkingPanel(dashboard, facts.starting);
+    }
+    constexpr double usualCooldownCap = 45;
+    const auto records = slotRecords(facts.lastHealth);
+    const Budget budget(facts.lastHealth);
+    const double cooldownCap =
+        lenient::number(facts.lastHealth, u"cooldown_cap_seconds").value_or(usualCooldownCap);
+
+    CompactPanel panel = mirrored(dashboard);
+    panel.compactRack = rackText(facts, records.size());
+    panel.compactDevices = devicesText(facts);
+    panel.compactSummary = summaryText(facts, budget);
+    for (int index = 0; index < CompactPanel::bays; ++index) {
+        const qint64 bay = index + 1;
+        const auto at = static_cast<size_t>(index);
+        const SlotRecord slot = bayRecord(records, bay);
+        const SlotPresentation presentation(slot, facts.online, facts.accepting);
+        const RackProgress progress(slot, budget.cooldown, cooldownCap);
+        panel.compactRows.at(at) = bayRow(bay, slot, presentation, progress.label);
+        panel.compactMeters.at(at) = progress.value;
+    }
+    return panel;
+}
+
+} // namespace vesk
