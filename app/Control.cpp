@@ -3,11 +3,6 @@
 #include "agent/LoginItem.h"
 #include "model/Checked.h"
 #include "model/RefreshPolicy.h"
-#include "ui/dashboard/CompactPanelView.h"
-#include "ui/kit/Alert.h"
-#include "ui/settings/PerformanceSettings.h"
-#include "ui/setup/SetupWizard.h"
-#include "ui/tray/TrayHost.h"
 
 #include <QApplication>
 #include <QSettings>
@@ -39,9 +34,9 @@ Control::Control(Surroundings surroundings)
       start_(launchctl_, locations_),
       recovery_(
           launchctl_, [this] { return start_.starting(); }, surroundings_.clock),
-      tray_(TrayHost::make()) {
+      screens_(*this, *this) {
     connectService();
-    connectViews();
+    connectScreens();
 }
 
 Control::~Control() = default;
@@ -49,7 +44,7 @@ Control::~Control() = default;
 void Control::connectService() {
     connect(&loop_, &RefreshLoop::healthReceived, this, [this](const ConfirmedHealth& health) {
         render(health);
-        backend_.checkIfDue(dashboardVisible(), setup_ != nullptr);
+        backend_.checkIfDue(screens_.dashboardVisible(), screens_.setupIsOpen());
     });
     connect(&loop_, &RefreshLoop::healthMissed, this, &Control::noteHealthMiss);
     connect(&backend_, &BackendCheck::answered, this, &Control::noteBackendAnswer);
@@ -59,25 +54,17 @@ void Control::connectService() {
     connect(&recovery_, &ListenerRecovery::restarted, &loop_, &RefreshLoop::reload);
 }
 
-void Control::connectViews() {
-    connect(&tray_, &TrayItem::openPressed, this, &Control::openDashboard);
-    connect(&tray_, &TrayItem::startPressed, this, &Control::start);
-    connect(&tray_, &TrayItem::setupPressed, this, &Control::showSetup);
-    connect(&tray_, &TrayItem::quitPressed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
-    connect(&tray_, &TrayItem::menuWillOpen, &loop_, &RefreshLoop::reload);
-    connect(&tray_, &TrayItem::menuDidClose, &loop_, &RefreshLoop::scheduleRefresh);
-    connect(&tray_, &TrayItem::presenceChanged, this, [this] {
-        window_.setReachableWhenHidden(tray_.isPresent());
-    });
-    window_.setReachableWhenHidden(tray_.isPresent());
-
-    const CompactPanelView& panel = window_.panel();
-    connect(&panel, &CompactPanelView::startPressed, this, &Control::start);
-    connect(&panel, &CompactPanelView::toggleChanged, this, &Control::change);
-    connect(&panel, &CompactPanelView::setupPressed, this, &Control::showSetup);
-    connect(&panel, &CompactPanelView::settingsPressed, this, &Control::showSettings);
-    connect(&window_, &DashboardWindow::visibilityChanged, this, [this] {
-        if (dashboardVisible()) {
+void Control::connectScreens() {
+    connect(&screens_, &Screens::openPressed, this, &Control::openDashboard);
+    connect(&screens_, &Screens::startPressed, this, &Control::start);
+    connect(&screens_, &Screens::toggleChanged, this, &Control::change);
+    connect(&screens_, &Screens::settingsPressed, this, &Control::showSettings);
+    connect(&screens_, &Screens::setupPressed, this, &Control::showSetup);
+    connect(&screens_, &Screens::quitPressed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    connect(&screens_, &Screens::menuWillOpen, &loop_, &RefreshLoop::reload);
+    connect(&screens_, &Screens::menuDidClose, &loop_, &RefreshLoop::scheduleRefresh);
+    connect(&screens_, &Screens::visibilityChanged, this, [this] {
+        if (screens_.dashboardVisible()) {
             loop_.reload();
         } else {
             loop_.scheduleRefresh();
@@ -101,7 +88,7 @@ void Control::applicationDidFinishLaunching() {
 }
 
 void Control::openDashboard() {
-    window_.bringToFront();
+    screens_.openDashboard();
     loop_.reload();
 }
 
@@ -146,7 +133,9 @@ void Control::setDeep(bool enabled, std::function<void(bool)> completion) {
 
 void Control::setPerformanceMode(const QString& mode, std::function<void(bool)> completion) {
     if (!online_) {
-        completion(false);
+        if (completion) {
+            completion(false);
+        }
         return;
     }
     client_.postPerformanceMode(
@@ -154,7 +143,9 @@ void Control::setPerformanceMode(const QString& mode, std::function<void(bool)> 
             if (answer) {
                 render(*answer);
             }
-            completion(answer.has_value());
+            if (completion) {
+                completion(answer.has_value());
+            }
         });
 }
 
@@ -178,16 +169,7 @@ void Control::startService(std::function<void()> completion) {
 }
 
 void Control::showError(const QString& message) {
-    QWidget* parent = &window_;
-    if (settingsPanel_ && settingsPanel_->window()->isVisible()) {
-        parent = settingsPanel_->window();
-    } else if (setup_) {
-        parent = setup_->window();
-    } else if (!window_.isVisible()) {
-        window_.bringToFront();
-    }
-    auto* alert = new Alert(message, parent);
-    alert->open();
+    screens_.showError(message);
 }
 
 void Control::setupCompleted() {
@@ -195,7 +177,7 @@ void Control::setupCompleted() {
 }
 
 void Control::setupClosed() {
-    setup_.release()->deleteLater();
+    screens_.closeSetup();
     loop_.scheduleRefresh();
 }
 
@@ -205,7 +187,7 @@ void Control::render(const ConfirmedHealth& health) {
     online_ = true;
     accepting_ = health.deep;
     show(connectedDashboard(facts()));
-    refreshSheets();
+    screens_.refreshSheets();
 }
 
 void Control::noteHealthMiss() {
@@ -223,7 +205,7 @@ void Control::noteBackendAnswer() {
     // fetch shows it.
     if (online_ && consecutiveHealthMisses_ == 0) {
         show(connectedDashboard(facts()));
-        refreshSheets();
+        screens_.refreshSheets();
     }
 }
 
@@ -231,22 +213,12 @@ void Control::showDisconnected() {
     online_ = false;
     backend_.reset();
     show(disconnectedDashboard(dashboard_, start_.starting()));
-    refreshSheets();
+    screens_.refreshSheets();
 }
 
 void Control::show(Dashboard next) {
     dashboard_ = std::move(next);
-    window_.panel().show(compactPanel(dashboard_, facts()));
-    tray_.show(dashboard_);
-}
-
-void Control::refreshSheets() {
-    if (setup_) {
-        setup_->refreshReadiness();
-    }
-    if (settingsPanel_) {
-        settingsPanel_->refresh();
-    }
+    screens_.show(dashboard_, facts());
 }
 
 void Control::start() {
@@ -258,43 +230,28 @@ void Control::start() {
 }
 
 void Control::change(bool deep) {
-    // As the person left it, until the service confirms or refuses.
-    dashboard_.deepToggle.state = deep ? Qt::Checked : Qt::Unchecked;
+    show(toggledDashboard(dashboard_, deep));
     setDeep(deep, {});
 }
 
 void Control::showSettings() {
-    if (!settingsPanel_) {
-        settingsPanel_ = std::make_unique<PerformanceSettings>(*this, &window_);
-    }
-    settingsPanel_->open();
-    settingsPanel_->refresh();
+    screens_.openSettings();
 }
 
 void Control::showSetup() {
-    if (setup_) {
+    if (screens_.setupIsOpen()) {
         return;
     }
-    if (!window_.isVisible()) {
-        window_.bringToFront();
-    }
     surroundings_.defaults.setValue(setupVisitedKey, true);
-    setup_ = std::make_unique<SetupWizard>(*this, &window_);
-    setup_->open();
+    screens_.openSetup();
     loop_.reload();
-}
-
-bool Control::dashboardVisible() const {
-    return tray_.menuOpen()
-           || (window_.isVisibleToUser()
-               && QGuiApplication::applicationState() != Qt::ApplicationHidden);
 }
 
 RefreshLoop::Situation Control::situation() const {
     return {
-        .visible = dashboardVisible(),
+        .visible = screens_.dashboardVisible(),
         .active = online_ && activeCount(slotRecords(lastHealth_)) > 0,
-        .setup = setup_ != nullptr,
+        .setup = screens_.setupIsOpen(),
         .changingPolicy = deepJobs_.changingPolicy()};
 }
 

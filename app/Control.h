@@ -4,33 +4,28 @@
 #include "agent/ListenerRecovery.h"
 #include "agent/ServiceLocations.h"
 #include "agent/ServiceStart.h"
+#include "app/Screens.h"
 #include "model/Timing.h"
 #include "service/BackendCheck.h"
 #include "service/DeepJobSwitch.h"
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
-#include "ui/dashboard/DashboardWindow.h"
 #include "ui/settings/SettingsController.h"
 #include "ui/setup/SetupController.h"
 #include "ui/texts/Dashboard.h"
 #include "ui/texts/ServiceFacts.h"
-#include "ui/tray/TrayItem.h"
 
 #include <QObject>
 
 #include <functional>
-#include <memory>
 #include <optional>
 
 class QSettings;
 
 namespace vesk {
 
-class PerformanceSettings;
-class SetupWizard;
-
 /// The conductor: holds the facts, decides when something happens, and hands the computed values
-/// to the views. Main thread only.
+/// to the screens. Main thread only.
 class Control final : public QObject, public SettingsController, public SetupController {
     Q_OBJECT
 
@@ -52,7 +47,16 @@ public:
     /// Shows the window and starts everything.
     void applicationDidFinishLaunching();
 
+    /// Shows the window, in front of the others, and fetches at once.
     void openDashboard();
+
+    /// What the start button does: starts the service, or pauses or resumes deep jobs.
+    void start();
+
+    void showSettings();
+
+    /// Opens the setup sheet unless it is open.
+    void showSetup();
 
     // For the sheets.
     [[nodiscard]] bool online() const override { return online_; }
@@ -71,21 +75,15 @@ public:
 
 private:
     void connectService();
-    void connectViews();
+    void connectScreens();
 
     void render(const ConfirmedHealth& health);
     void noteHealthMiss();
     void noteBackendAnswer();
     void showDisconnected();
     void show(Dashboard next);
-    void refreshSheets();
-
-    void start();
     void change(bool deep);
-    void showSettings();
-    void showSetup();
 
-    [[nodiscard]] bool dashboardVisible() const;
     [[nodiscard]] RefreshLoop::Situation situation() const;
     [[nodiscard]] ServiceFacts facts() const;
 
@@ -106,10 +104,7 @@ private:
     ServiceStart start_;
     ListenerRecovery recovery_;
 
-    TrayItem tray_;
-    DashboardWindow window_;
-    std::unique_ptr<PerformanceSettings> settingsPanel_;
-    std::unique_ptr<SetupWizard> setup_;
+    Screens screens_;
 };
 
 } // namespace vesk

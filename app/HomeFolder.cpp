@@ -7,12 +7,27 @@
 
 namespace vesk {
 
-QString homeFolder() {
-    if (const QByteArray home = qgetenv("HOME"); !home.isEmpty()) {
-        return QFile::decodeName(home);
+namespace {
+
+QByteArray homePath() {
+    if (QByteArray home = qgetenv("HOME"); !home.isEmpty()) {
+        return home;
     }
     const passwd* user = getpwuid(getuid());
-    return user == nullptr ? QString() : QFile::decodeName(user->pw_dir);
+    return user == nullptr ? QByteArray() : QByteArray(user->pw_dir);
+}
+
+bool survivesDecoding(const QByteArray& path) {
+    return QFile::encodeName(QFile::decodeName(path)) == path;
+}
+
+} // namespace
+
+std::optional<QString> homeFolder() {
+    const QByteArray home = homePath();
+    return survivesDecoding(home) && survivesDecoding(qgetenv("XDG_CONFIG_HOME"))
+               ? std::optional(QFile::decodeName(home))
+               : std::nullopt;
 }
 
 } // namespace vesk

@@ -2,39 +2,75 @@
 #include "agent/ServicePort.h"
 #include "app/CommandLine.h"
 #include "app/Control.h"
+#include "app/DesktopRequests.h"
 #include "app/HomeFolder.h"
+#include "app/HostName.h"
 #include "app/InstanceLock.h"
-#include "app/Reopen.h"
+#include "app/PromptQuit.h"
 #include "app/SelfTest.h"
 #include "ui/kit/AppIcon.h"
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QSettings>
-#include <QSysInfo>
 
 #include <cstdio>
 #include <cstdlib>
 
-int main(int argc, char* argv[]) {
-    using namespace vesk;
-    using namespace Qt::StringLiterals;
+namespace {
 
+using namespace vesk;
+using namespace Qt::StringLiterals;
+
+int yieldToRunningCopy(int argc, char** argv, const CommandLine& commandLine) {
+    std::fputs("Corvala for Mac is already open.\n", stderr);
+    const QCoreApplication application(argc, argv);
+    askRunningCopy(commandLine.setup() ? DesktopRequests::setupAction : QStringView());
+    return EXIT_FAILURE;
+}
+
+void serve(const DesktopRequests& requests, Control& control) {
+    QObject::connect(&requests, &DesktopRequests::openRequested, &control, &Control::openDashboard);
+    QObject::connect(
+        &requests, &DesktopRequests::actionRequested, &control, [&control](const QString& action) {
+            if (action == DesktopRequests::startAction) {
+                control.start();
+            } else if (action == DesktopRequests::settingsAction) {
+                control.showSettings();
+            } else if (action == DesktopRequests::setupAction) {
+                control.showSetup();
+            } else if (action == DesktopRequests::quitAction) {
+                QCoreApplication::quit();
+            }
+        });
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
     const CommandLine commandLine(argc, argv);
-    const QString home = homeFolder();
-    const InstanceLock lock(home);
+    const auto home = homeFolder();
+    if (!home) {
+        std::fputs("VeskWorkerControl: the home folder's path is not valid UTF-8\n", stderr);
+        return EXIT_FAILURE;
+    }
+    const InstanceLock lock(*home);
     if (commandLine.selfTest()) {
         return runSelfTest();
     }
-    if (!lock.take()) {
-        std::fputs("Corvala for Mac is already open.\n", stderr);
-        return EXIT_FAILURE;
-    }
-
     // The toolkit gets the program's name only: no argument of ours is to be one of its own.
     int programOnly = 1;
+    if (!lock.take()) {
+        return yieldToRunningCopy(programOnly, argv, commandLine);
+    }
+
+    // Standard error is for our own few lines. QT_LOGGING_RULES, which comes after this, lets the
+    // toolkit's complaints through for whoever looks for them.
+    QLoggingCategory::setFilterRules(u"*.warning=false"_s);
     QApplication application(programOnly, argv);
+    const PromptQuit promptQuit(application);
     QApplication::setOrganizationName(u"Halvex"_s);
     QApplication::setApplicationName(u"VeskWorkerControl"_s);
     QApplication::setDesktopFileName(u"com.halvex.VeskWorkerControl"_s);
@@ -50,13 +86,14 @@ int main(int argc, char* argv[]) {
 
     Control control(
         {.port = servicePort(commandLine.arguments()),
-         .home = home,
+         .home = *home,
          .toolPath = launchctlTool(QApplication::applicationDirPath()),
-         .hostName = QSysInfo::machineHostName(),
+         .hostName = hostName(),
          .clock = [] { return std::chrono::system_clock::now(); },
          .defaults = defaults,
          .setupRequested = commandLine.setup()});
-    onReopen(&control, [&control] { control.openDashboard(); });
     control.applicationDidFinishLaunching();
+    const auto requests = DesktopRequests::listen();
+    serve(*requests, control);
     return QApplication::exec();
 }

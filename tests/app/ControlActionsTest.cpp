@@ -1,9 +1,11 @@
 #include "ControlBench.h"
 
+#include "app/PromptQuit.h"
 #include "ui/dashboard/CompactPanelView.h"
 
 #include <QAccessible>
 #include <QDialog>
+#include <QTimer>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -201,6 +203,54 @@ private slots:
         QCOMPARE(confirmed, false);
         bench.poll();
         QCOMPARE(bench.requestsOf("POST"), 0);
+    }
+
+    void whoAsksNeedNotWait() {
+        ControlBench bench;
+        bench.control->setPerformanceMode(u"quiet"_s, {});
+        connectTo(bench);
+        bench.other[services] = paused;
+        bench.control->setDeep(false, {});
+        bench.control->setDeep(true, {});
+        QTRY_VERIFY(!bench.control->accepting());
+        bench.other["/v1/local/performance"] = accepting;
+        bench.control->setPerformanceMode(u"quiet"_s, {});
+        QTRY_VERIFY(bench.control->accepting());
+        bench.other["/v1/local/performance"].clear();
+        bench.control->setPerformanceMode(u"quiet"_s, {});
+        bench.control->startService({});
+        QTRY_COMPARE(bench.requestsOf("POST /v1/local/performance"), 2);
+        QTRY_COMPARE(bench.alerts().size(), 1);
+    }
+
+    void quitEndsTheProgramWhileSetupApplies() {
+        const PromptQuit promptQuit(*qApp);
+        ControlBench bench;
+        connectTo(bench);
+        bench.other[services] = "hold";
+        bench.control->showSetup();
+        QWidget* sheet = QApplication::activeModalWidget();
+        QVERIFY(sheet);
+        const auto press = [&](const QString& title) {
+            for (auto* button : sheet->findChildren<QPushButton*>()) {
+                if (button->text() == title) {
+                    QTest::mouseClick(button, Qt::LeftButton);
+                    return true;
+                }
+            }
+            return false;
+        };
+        for (int page = 0; page < 3; ++page) {
+            QVERIFY(press(u"Continue"_s));
+        }
+        QVERIFY(press(u"Apply && finish"_s));
+        QTRY_VERIFY(bench.held);
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QTimer guard;
+        connect(&guard, &QTimer::timeout, qApp, [] { QCoreApplication::exit(1); });
+        guard.start(5s);
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QVERIFY(sheet->isVisible());
     }
 
     void ofTwoModeChangesTheLaterAnswerWins() {

@@ -5,10 +5,13 @@ import signal
 import stat
 import subprocess
 
+from harness.application import Application
 from harness.case import DesktopCase
 from harness.dashboard import visited_home
 from harness.desktop import DASHBOARD
 from harness.process import Process
+from harness.waiting import wait_for
+from harness.worker import bay
 
 ALREADY_OPEN = b"Corvala for Mac is already open.\n"
 SELF_TEST = (
@@ -51,6 +54,75 @@ class LockTest(DesktopCase):
         self.assertTrue(first.is_running())
         self.assertEqual(len(self.desktop.windows.of_process(first.pid)), 1)
         self.assertIn("● CONNECTED", first.texts())
+
+    def test_second_start_shows_the_window_of_the_first(self):
+        self.tray_host()
+        worker = self.worker()
+        first = self.live_dashboard(worker, home=self.home)
+        windows = self.desktop.windows
+
+        def hide():
+            windows.press_close(first.window())
+            wait_for("the window gone", lambda: not first.is_shown())
+
+        def minimise():
+            windows.minimise(first.window())
+            wait_for("the window minimised", lambda: windows.is_minimised(first.window()))
+
+        def cover():
+            windows.cover()
+            wait_for("the cover in front", windows.is_covered)
+            self.addCleanup(windows.uncover)
+
+        for away in (hide, minimise, cover):
+            with self.step(away.__name__):
+                away()
+                self.assert_refused(self.run_to_end())
+                wait_for("the window in front", lambda: windows.is_active(first.window()))
+
+    def test_second_start_for_setup_opens_it(self):
+        self.tray_host()
+        worker = self.worker()
+        first = self.live_dashboard(worker, home=self.home)
+        self.desktop.windows.press_close(first.window())
+        wait_for("the window gone", lambda: not first.is_shown())
+        for _twice in range(2):
+            self.assert_refused(self.run_to_end("--setup"))
+            first.sheet("Corvala for Mac Setup · Halvex")
+
+    def test_what_other_programs_may_ask(self):
+        self.tray_host()
+        worker = self.worker()
+        worker.show_slots(bay(1), deep_scan_enabled=True)
+        first = self.live_dashboard(worker, home=self.home)
+        application = Application(self.desktop)
+        self.assertTrue(application.is_known())
+        self.desktop.windows.press_close(first.window())
+        wait_for("the window gone", lambda: not first.is_shown())
+        application.act("nothing of ours")
+        application.act("start")
+        wait_for("the change at the worker", worker.changes)
+        self.assertEqual(
+            worker.changes(), [("/v1/local/services", '{"deep_scan_enabled":false}')]
+        )
+        self.assertFalse(first.is_shown())
+        application.activate()
+        first.window()
+        application.act("settings")
+        first.sheet("Corvala processing settings")
+        application.act("setup")
+        first.sheet("Corvala for Mac Setup · Halvex")
+        application.act("quit")
+        self.assertEqual(first.wait(), 0)
+        wait_for("the name given back", lambda: not application.is_known())
+
+    def test_second_start_without_a_session_bus(self):
+        worker = self.worker()
+        first = self.live_dashboard(worker, home=self.home)
+        self.assert_refused(self.run_to_end(without=("DBUS_SESSION_BUS_ADDRESS",)))
+        nowhere = dict(self.home, DBUS_SESSION_BUS_ADDRESS="unix:path=/nowhere")
+        self.assert_refused(self.run_to_end(home=nowhere))
+        self.assertTrue(first.is_running())
 
     def test_self_test_runs_beside_a_copy(self):
         worker = self.worker()
@@ -141,3 +213,22 @@ class LockTest(DesktopCase):
                     ended = self.run_to_end(*arguments, home=dict(self.home, HOME=home))
                     self.assertEqual(ended.returncode, -signal.SIGABRT)
                     self.assertEqual((ended.stdout, ended.stderr), (b"", b""))
+
+    def test_home_that_the_toolkit_cannot_name_ends_the_program(self):
+        odd = os.fsencode(self.home["HOME"]) + b"/h\xf6me"
+        os.mkdir(odd)
+        for variable in ("HOME", "XDG_CONFIG_HOME"):
+            for arguments in ([], ["--self-test"]):
+                with self.subTest(variable=variable, arguments=arguments):
+                    ended = self.run_to_end(
+                        *arguments, home=dict(self.home, **{variable: os.fsdecode(odd)})
+                    )
+                    self.assertEqual(
+                        (ended.returncode, ended.stdout, ended.stderr),
+                        (1, b"", b"VeskWorkerControl: the home folder's path is not valid UTF-8\n"),
+                    )
+                    self.assertEqual(os.listdir(odd), [])
+                    self.assertEqual(
+                        [name for name in os.listdir(self.home["HOME"]) if name.startswith("h")],
+                        [os.fsdecode(odd).rsplit("/", 1)[1]],
+                    )

@@ -222,6 +222,13 @@ class StartTest(DesktopCase):
         self.assertEqual(sizes["Corvala for Mac · Halvex"], (720, 390))
         self.assertEqual(dashboard.err, "")
 
+    def test_nothing_is_said_where_the_surroundings_are_poor(self):
+        worker = self.worker()
+        dashboard = self.live_dashboard(
+            worker, without=("XDG_RUNTIME_DIR", "LC_ALL", "QT_LOGGING_RULES")
+        )
+        self.assertEqual((dashboard.out, dashboard.err), ("", ""))
+
     def test_unknown_arguments_are_ignored(self):
         worker = self.worker()
         dashboard = self.live_dashboard(worker, "--nothing", "--setupp", "", "\udcff", "ü")

@@ -2,11 +2,14 @@
 
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/dashboard/WindowVisibility.h"
-#include "ui/kit/Accessibility.h"
 #include "ui/kit/ViewKit.h"
 
+#include <QAccessibleWidget>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QScreen>
+#include <QShortcut>
 
 namespace vesk {
 
@@ -17,11 +20,57 @@ namespace {
 constexpr QSize usualSize(720, 390);
 constexpr QSize smallestSize(650, 365);
 
+/// A window whose menu assistive technology can open, and finds while it is open.
+class WindowInterface final : public QAccessibleWidget {
+public:
+    explicit WindowInterface(DashboardWindow* window)
+        : QAccessibleWidget(window, QAccessible::Window), window_(window) {}
+
+    [[nodiscard]] QStringList actionNames() const override {
+        return QAccessibleWidget::actionNames() + QStringList{showMenuAction()};
+    }
+
+    void doAction(const QString& name) override {
+        if (name == showMenuAction()) {
+            window_->openMenu();
+        } else {
+            QAccessibleWidget::doAction(name);
+        }
+    }
+
+    [[nodiscard]] int childCount() const override {
+        return QAccessibleWidget::childCount() + (window_->menu().isVisible() ? 1 : 0);
+    }
+
+    [[nodiscard]] QAccessibleInterface* child(int index) const override {
+        return index == QAccessibleWidget::childCount()
+                   ? QAccessible::queryAccessibleInterface(&window_->menu())
+                   : QAccessibleWidget::child(index);
+    }
+
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override {
+        return child != nullptr && child->object() == &window_->menu()
+                   ? QAccessibleWidget::childCount()
+                   : QAccessibleWidget::indexOfChild(child);
+    }
+
+private:
+    DashboardWindow* window_;
+};
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+    auto* window = qobject_cast<DashboardWindow*>(object);
+    return window != nullptr ? new WindowInterface(window) : nullptr;
+}
+
 } // namespace
 
 DashboardWindow::DashboardWindow()
-    : panel_(new CompactPanelView), visibility_(new WindowVisibility(*this)) {
-    setAccessibleRole(*this, QAccessible::Window);
+    : panel_(new CompactPanelView),
+      menu_(new QMenu(this)),
+      visibility_(new WindowVisibility(*this)) {
+    // The toolkit keeps each factory once, however often it is installed.
+    QAccessible::installFactory(makeInterface);
     setWindowTitle(u"Corvala for Mac · Halvex"_s);
     pin(panel_, this);
     // A system font with tall lines must not be cut off below.
@@ -31,6 +80,9 @@ DashboardWindow::DashboardWindow()
     // Until a person uses the keyboard, no control has it: a stray key must not pause anything.
     setFocus();
     connect(visibility_, &WindowVisibility::changed, this, &DashboardWindow::visibilityChanged);
+    // The toolkit itself knows the menu key only.
+    auto* menuKey = new QShortcut(Qt::SHIFT | Qt::Key_F10, this);
+    connect(menuKey, &QShortcut::activated, this, &DashboardWindow::openMenu);
 }
 
 bool DashboardWindow::isVisibleToUser() const {
@@ -52,6 +104,26 @@ void DashboardWindow::bringToFront() {
     show();
     raise();
     activateWindow();
+}
+
+void DashboardWindow::reveal() {
+    if (!isVisible() || isMinimized()) {
+        bringToFront();
+    }
+}
+
+void DashboardWindow::setMenuEntries(const QList<QAction*>& entries) {
+    menu_->clear();
+    menu_->addActions(entries);
+}
+
+void DashboardWindow::openMenu() {
+    const QWidget* holder = focusWidget() != nullptr ? focusWidget() : this;
+    menu_->popup(holder->mapToGlobal(holder->rect().center()));
+}
+
+void DashboardWindow::contextMenuEvent(QContextMenuEvent* event) {
+    menu_->popup(event->globalPos());
 }
 
 void DashboardWindow::closeEvent(QCloseEvent* event) {

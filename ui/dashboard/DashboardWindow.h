@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+class QMenu;
+
 namespace vesk {
 
 class CompactPanelView;
@@ -29,16 +31,29 @@ public:
     /// Shows the window, in front of the others and with the keyboard.
     void bringToFront();
 
+    /// Does so where the window is hidden or minimised: what hangs on it would not be seen.
+    void reveal();
+
+    /// What the window's menu offers; the entries belong to others and outlive the window.
+    void setMenuEntries(const QList<QAction*>& entries);
+
+    [[nodiscard]] QMenu& menu() const noexcept { return *menu_; }
+
+    /// Opens the menu as for a person at the keyboard.
+    void openMenu();
+
 signals:
     void visibilityChanged();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     void centre();
 
     CompactPanelView* panel_;
+    QMenu* menu_;
     WindowVisibility* visibility_;
     bool reachableWhenHidden_ = false;
 };

@@ -6,7 +6,8 @@
 
 namespace vesk {
 
-/// What the settings sheet needs of the controller. Main thread only.
+/// What the settings sheet needs of the controller. Main thread only. Any `completion` may be
+/// empty.
 class SettingsController {
 public:
     SettingsController() = default;

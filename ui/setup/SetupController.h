@@ -7,7 +7,7 @@
 
 namespace vesk {
 
-/// What the setup sheet needs of the controller. Main thread only.
+/// What the setup sheet needs of the controller. Main thread only. Any `completion` may be empty.
 class SetupController {
 public:
     SetupController() = default;

@@ -176,6 +176,11 @@ Dashboard recoveringDashboard(Dashboard last) {
     return last;
 }
 
+Dashboard toggledDashboard(Dashboard last, bool deep) {
+    last.deepToggle.state = deep ? Qt::Checked : Qt::Unchecked;
+    return last;
+}
+
 Dashboard changingPolicyDashboard(Dashboard last) {
     last.deepToggle.enabled = false;
     return last;

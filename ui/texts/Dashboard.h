@@ -47,6 +47,9 @@ struct Dashboard {
 /// From the moment in which a service without a live listener is restarted.
 [[nodiscard]] Dashboard recoveringDashboard(Dashboard last);
 
+/// After a person switched the check box: as it was left, until the service confirms or refuses.
+[[nodiscard]] Dashboard toggledDashboard(Dashboard last, bool deep);
+
 /// While a deep-job change is under way.
 [[nodiscard]] Dashboard changingPolicyDashboard(Dashboard last);
 

@@ -29,6 +29,9 @@ public:
 
     [[nodiscard]] bool menuOpen() const noexcept { return menuOpen_; }
 
+    /// The item's menu, to be shown elsewhere as well.
+    [[nodiscard]] QMenu& menu() noexcept { return menu_; }
+
     /// Whether a person has the item to click on.
     [[nodiscard]] bool isPresent() const;
 

@@ -40,6 +40,14 @@ class Node:
         """Does the first action that the node offers."""
         self._accessible.do_action(0)
 
+    def act(self, name):
+        """Does the action of that name."""
+        actions = [
+            Atspi.Action.get_action_name(self._accessible, index)
+            for index in range(self._accessible.get_n_actions())
+        ]
+        self._accessible.do_action(actions.index(name))
+
     def children(self):
         count = self._accessible.get_child_count()
         children = (self._accessible.get_child_at_index(index) for index in range(count))

@@ -29,15 +29,18 @@ def visited_home(desktop):
 
 
 class Dashboard:
-    """With a home of its own unless one is given in `home`, the environment of another."""
+    """With a home of its own unless one is given in `home`, the environment of another; `without`
+    the variables of those names."""
 
-    def __init__(self, desktop, *arguments, home=None, token=None):
+    def __init__(self, desktop, *arguments, home=None, token=None, without=()):
         number = next(_numbers)
         self.desktop = desktop
         self.home = home or visited_home(desktop)
         environment = {**desktop.environment, **self.home}
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
+        for name in without:
+            del environment[name]
         self._process = Process(
             [DASHBOARD, *map(str, arguments)], environment, desktop.folder, f"dashboard{number}"
         )

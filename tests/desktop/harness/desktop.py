@@ -41,6 +41,8 @@ class Desktop:
             "GSETTINGS_BACKEND": "memory",
             "QT_QPA_PLATFORM": "xcb",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            # What the toolkit complains of is to be seen.
+            "QT_LOGGING_RULES": "*.warning=true",
             # A request that went to a proxy would be lost.
             "http_proxy": "http://127.0.0.1:9",
             "all_proxy": "http://127.0.0.1:9",

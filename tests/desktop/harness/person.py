@@ -15,19 +15,22 @@ class Person:
     def leave(self):
         self._display.close()
 
-    def click(self, node):
-        """With the left button, in the middle of what is on screen there."""
+    def click(self, node, button=LEFT_BUTTON):
+        """In the middle of what is on screen there."""
         left, top, width, height = node.place
         self._do(X.MotionNotify, x=left + width // 2, y=top + height // 2)
-        self._do(X.ButtonPress, LEFT_BUTTON)
-        self._do(X.ButtonRelease, LEFT_BUTTON)
+        self._do(X.ButtonPress, button)
+        self._do(X.ButtonRelease, button)
         self._display.sync()
 
-    def key(self, name):
-        """`name` as in "Tab", "space", "Return", "Escape", "Right"."""
-        code = self._display.keysym_to_keycode(XK.string_to_keysym(name))
-        self._do(X.KeyPress, code)
-        self._do(X.KeyRelease, code)
+    def key(self, name, *held):
+        """`name` as in "Tab", "space", "Return", "Escape", "Right", pressed while those of `held`
+        are, as in "Control_L"."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(n)) for n in (*held, name)]
+        for code in codes:
+            self._do(X.KeyPress, code)
+        for code in reversed(codes):
+            self._do(X.KeyRelease, code)
         self._display.sync()
 
     def tab_to(self, dashboard, role, name):

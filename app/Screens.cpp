@@ -1,0 +1,132 @@
+#include "app/Screens.h"
+
+#include "app/MenuBar.h"
+#include "ui/dashboard/CompactPanelView.h"
+#include "ui/kit/Alert.h"
+#include "ui/settings/PerformanceSettings.h"
+#include "ui/setup/SetupWizard.h"
+#include "ui/texts/CompactPanel.h"
+#include "ui/tray/TrayHost.h"
+
+#include <QApplication>
+#include <QDialog>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+Screens::Screens(SettingsController& settings, SetupController& setup)
+    : settingsController_(settings), setupController_(setup), tray_(TrayHost::make()) {
+    connectTray();
+    connectWindow();
+    makeKeys();
+}
+
+Screens::~Screens() = default;
+
+void Screens::connectTray() {
+    connect(&tray_, &TrayItem::openPressed, this, &Screens::openPressed);
+    connect(&tray_, &TrayItem::startPressed, this, &Screens::startPressed);
+    connect(&tray_, &TrayItem::setupPressed, this, &Screens::setupPressed);
+    connect(&tray_, &TrayItem::quitPressed, this, &Screens::quitPressed);
+    connect(&tray_, &TrayItem::menuWillOpen, this, &Screens::menuWillOpen);
+    connect(&tray_, &TrayItem::menuDidClose, this, &Screens::menuDidClose);
+    connect(&tray_, &TrayItem::presenceChanged, this, [this] {
+        window_.setReachableWhenHidden(tray_.isPresent());
+    });
+    window_.setReachableWhenHidden(tray_.isPresent());
+}
+
+void Screens::connectWindow() {
+    const CompactPanelView& panel = window_.panel();
+    connect(&panel, &CompactPanelView::startPressed, this, &Screens::startPressed);
+    connect(&panel, &CompactPanelView::toggleChanged, this, &Screens::toggleChanged);
+    connect(&panel, &CompactPanelView::setupPressed, this, &Screens::setupPressed);
+    connect(&panel, &CompactPanelView::settingsPressed, this, &Screens::settingsPressed);
+    connect(&window_, &DashboardWindow::visibilityChanged, this, &Screens::visibilityChanged);
+    window_.setMenuEntries(tray_.menu().actions());
+}
+
+void Screens::makeKeys() {
+    settingsKey_.setText(u"Settings"_s);
+    settingsKey_.setShortcut(Qt::CTRL | Qt::Key_Comma);
+    settingsKey_.setMenuRole(QAction::PreferencesRole);
+    connect(&settingsKey_, &QAction::triggered, this, &Screens::settingsPressed);
+    closeKey_.setText(u"Close window"_s);
+    closeKey_.setShortcut(Qt::CTRL | Qt::Key_W);
+    connect(&closeKey_, &QAction::triggered, this, [] {
+        if (QWidget* window = QApplication::activeWindow()) {
+            window->close();
+        }
+    });
+    quitKey_.setText(u"Quit dashboard (worker keeps running)"_s);
+    quitKey_.setShortcut(Qt::CTRL | Qt::Key_Q);
+    quitKey_.setMenuRole(QAction::QuitRole);
+    connect(&quitKey_, &QAction::triggered, this, &Screens::quitPressed);
+    window_.addActions({&settingsKey_, &closeKey_, &quitKey_});
+    installMenuBar({.settings = settingsKey_, .close = closeKey_, .quit = quitKey_});
+}
+
+/// A sheet keeps the keys of the window below it from working.
+void Screens::giveKeys(QDialog& sheet) {
+    sheet.addActions({&closeKey_, &quitKey_});
+}
+
+void Screens::show(const Dashboard& dashboard, const ServiceFacts& facts) {
+    window_.panel().show(compactPanel(dashboard, facts));
+    tray_.show(dashboard);
+}
+
+void Screens::refreshSheets() {
+    if (setup_) {
+        setup_->refreshReadiness();
+    }
+    if (settings_) {
+        settings_->refresh();
+    }
+}
+
+void Screens::openDashboard() {
+    window_.bringToFront();
+}
+
+void Screens::openSettings() {
+    if (!settings_) {
+        settings_ = std::make_unique<PerformanceSettings>(settingsController_, &window_);
+        giveKeys(*settings_->window());
+    }
+    window_.reveal();
+    settings_->open();
+}
+
+void Screens::openSetup() {
+    window_.reveal();
+    setup_ = std::make_unique<SetupWizard>(setupController_, &window_);
+    giveKeys(*setup_->window());
+    setup_->open();
+}
+
+void Screens::closeSetup() {
+    setup_.release()->deleteLater();
+}
+
+void Screens::showError(const QString& message) {
+    QWidget* parent = &window_;
+    if (settings_ && settings_->window()->isVisible()) {
+        parent = settings_->window();
+    } else if (setup_) {
+        parent = setup_->window();
+    }
+    window_.reveal();
+    auto* alert = new Alert(message, parent);
+    giveKeys(*alert);
+    alert->open();
+}
+
+bool Screens::dashboardVisible() const {
+    return tray_.menuOpen()
+           || (window_.isVisibleToUser()
+               && QGuiApplication::applicationState() != Qt::ApplicationHidden);
+}
+
+} // namespace vesk

@@ -1,0 +1,123 @@
+"""Every way to end the dashboard, and the keys and the menu of its window."""
+
+import time
+
+from harness.application import Application
+from harness.case import DesktopCase
+from harness.waiting import wait_for
+from harness.worker import bay
+
+MAIN = "Corvala for Mac · Halvex"
+SETUP = "Corvala for Mac Setup · Halvex"
+SETTINGS = "Corvala processing settings"
+QUIT = "Quit dashboard (worker keeps running)"
+SERVICES = "/v1/local/services"
+AT_ONCE = 1.0  # seconds, on a busy machine
+ENTRIES = ["Ready for your devices", "Open Corvala for Mac", "Pause deep jobs", "Setup…", QUIT]
+
+
+class QuitTest(DesktopCase):
+    def assert_ends_at_once(self, dashboard, way_out):
+        began = time.monotonic()
+        way_out()
+        self.assertEqual(dashboard.wait(), 0)
+        self.assertLess(time.monotonic() - began, AT_ONCE)
+
+    def ways_out(self, dashboard, host):
+        return {
+            "tray": lambda: host.item().menu.choose(QUIT),
+            "key": lambda: self.person.key("q", "Control_L"),
+            "desktop": lambda: Application(self.desktop).act("quit"),
+        }
+
+    def go_to_last_page(self, dashboard):
+        for number in (2, 3, 4):
+            self.person.click(dashboard.control("push button", "Continue"))
+            dashboard.wait_for_text(f"HALVEX  /  STEP {number} OF 4")
+
+    def test_quit_while_setup_applies(self):
+        host = self.tray_host()
+        for name in ("tray", "key", "desktop"):
+            with self.step(name):
+                worker = self.worker(devices=0)
+                dashboard = self.live_dashboard(worker, "--setup")
+                dashboard.sheet(SETUP)
+                self.go_to_last_page(dashboard)
+                worker.arm(path="services", late=60)
+                self.person.click(dashboard.control("push button", "Apply & finish"))
+                wait_for("the change at the worker", worker.changes)
+                self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)[name])
+                self.assertTrue(worker.is_running())
+
+    def test_quit_with_an_alert_over_a_sheet(self):
+        host = self.tray_host()
+        for name in ("tray", "key", "desktop"):
+            with self.step(name):
+                worker = self.worker(devices=0)
+                worker.arm(path="performance", status=500)
+                dashboard = self.live_dashboard(worker)
+                self.person.click(dashboard.control("push button", "Settings"))
+                dashboard.sheet(SETTINGS)
+                self.person.click(dashboard.control("radio button", "Cool & quiet"))
+                dashboard.alert("Could not save processing mode. Please try again.")
+                self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)[name])
+
+    def test_quit_while_the_service_does_not_answer(self):
+        host = self.tray_host()
+        worker = self.worker()
+        worker.arm(late=60)
+        dashboard = self.dashboard(worker.port)
+        wait_for("a health request", worker.requests)
+        self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)["tray"])
+
+    def test_keys_of_the_window(self):
+        self.tray_host()
+        worker = self.worker()
+        worker.show_slots(bay(1))
+        dashboard = self.live_dashboard(worker)
+        windows = self.desktop.windows
+        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        self.person.key("F1")
+        self.person.key("comma", "Control_L")
+        dashboard.sheet(SETTINGS)
+        # On a sheet the key closes the sheet, and no second one opens below it.
+        self.person.key("comma", "Control_L")
+        self.person.key("w", "Control_L")
+        dashboard.wait_until_gone(SETTINGS)
+        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        self.person.key("w", "Control_L")
+        wait_for("the window gone", lambda: not dashboard.is_shown())
+        self.assertTrue(dashboard.is_running())
+        self.assertEqual(worker.changes(), [])
+
+    def menu_entries(self, dashboard):
+        return [node.name for node in dashboard.accessible.showing("menu item")]
+
+    def test_menu_of_the_window(self):
+        # Without any tray: the only menu that there is.
+        worker = self.worker()
+        worker.show_slots(bay(1))
+        dashboard = self.live_dashboard(worker)
+        window = next(n for n in dashboard.accessible.nodes() if n.name == MAIN)
+        headline = dashboard.control("label", "Ready for your devices")
+        ways_in = {
+            "menu key": lambda: self.person.key("Menu"),
+            "shift and F10": lambda: self.person.key("F10", "Shift_L"),
+            "accessible": lambda: window.act("ShowMenu"),
+            "right button": lambda: self.person.click(headline, button=3),
+        }
+        for name, way_in in ways_in.items():
+            with self.step(name):
+                windows = self.desktop.windows
+                wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+                way_in()
+                wait_for("the menu", lambda: self.menu_entries(dashboard) == ENTRIES)
+                self.person.key("Escape")
+                wait_for("the menu closed", lambda: not self.menu_entries(dashboard))
+        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        self.person.key("Menu")
+        wait_for("the menu", lambda: self.menu_entries(dashboard) == ENTRIES)
+        entry = dashboard.control("menu item", QUIT)
+        self.assert_ends_at_once(dashboard, lambda: self.person.click(entry))
+        self.assertTrue(worker.is_running())
+        self.assertEqual(worker.changes(), [])
