@@ -8,6 +8,9 @@ build_packages=(
     nlohmann-json3-dev qt6-base-dev qt6-svg-dev
 )
 
+# shellcheck disable=SC2034
+lint_packages=(clang-tidy)
+
 # A user's service manager; installed, it starts nothing by itself.
 # shellcheck disable=SC2034
 service_packages=(systemd)
