@@ -1,88 +1,97 @@
 #include "agent/Launchctl.h"
 
-#include <QPointer>
+#include <QFile>
+#include <QSocketNotifier>
+#include <QTimer>
 
 #include <algorithm>
-#include <mutex>
-#include <system_error>
-#include <thread>
+#include <cerrno>
+#include <chrono>
 #include <utility>
+
+#include <unistd.h>
 
 namespace vesk {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
-struct Launchctl::Job {
-    Job(const QString& path, const QStringList& arguments, QObject* owner, Done whatNext)
-        : tool(path, arguments), receiver(owner), done(std::move(whatNext)) {}
-
-    [[nodiscard]] bool hasEnded() {
-        const std::scoped_lock lock(mutex);
-        return result.has_value();
+/// A run under way, a child of the runner.
+class Launchctl::Job final : public QObject {
+public:
+    Job(ToolRun tool, const QPointer<QObject>& receiver, Done done, Launchctl& owner)
+        : QObject(&owner),
+          owner_(owner),
+          receiver_(receiver),
+          done_(std::move(done)),
+          tool_(std::move(tool)),
+          output_(tool_.output(), QSocketNotifier::Read) {
+        connect(&output_, &QSocketNotifier::activated, this, &Job::read);
     }
 
-    void end(ToolResult value) {
-        const std::scoped_lock lock(mutex);
-        result = std::move(value);
+private:
+    void read() {
+        if (!tool_.read()) {
+            output_.setEnabled(false);
+            awaitExit();
+        }
     }
 
-    ToolRun tool;
-    const QPointer<QObject> receiver;
-    const Done done;
-    std::thread thread;
+    // As a rule the tool ends with its output, and no system tells in the same way when it does.
+    void awaitExit() {
+        if (const auto result = tool_.result()) {
+            owner_.end(receiver_, done_, *result);
+            deleteLater();
+            return;
+        }
+        QTimer::singleShot(pause_, Qt::PreciseTimer, this, &Job::awaitExit);
+        pause_ = std::min(2 * pause_, 100ms);
+    }
 
-    std::mutex mutex;
-    std::optional<ToolResult> result;
+    Launchctl& owner_;
+    const QPointer<QObject> receiver_;
+    const Done done_;
+    ToolRun tool_;
+    QSocketNotifier output_;
+    std::chrono::milliseconds pause_ = 1ms;
 };
 
 Launchctl::Launchctl(QString toolPath, QObject* parent)
-    : QObject(parent), toolPath_(std::move(toolPath)) {
-    connect(this, &Launchctl::toolEnded, this, &Launchctl::collect, Qt::QueuedConnection);
-}
-
-Launchctl::~Launchctl() {
-    for (const auto& job : jobs_) {
-        job->tool.cancel();
-    }
-    for (const auto& job : jobs_) {
-        if (job->thread.joinable()) {
-            job->thread.join();
-        }
-    }
-}
+    : QObject(parent), toolPath_(std::move(toolPath)) {}
 
 void Launchctl::run(const QStringList& arguments, QObject* receiver, Done done) {
-    auto& job =
-        *jobs_.emplace_back(std::make_unique<Job>(toolPath_, arguments, receiver, std::move(done)));
-    try {
-        job.thread = std::thread([this, &job] {
-            job.end(job.tool.perform());
-            emit toolEnded({});
-        });
-    } catch (const std::system_error& error) {
-        job.end(systemError(error.code().value(), u"\"%1\" could not be started"_s.arg(toolPath_)));
-        emit toolEnded({});
-    }
+    begin(toolPath_, arguments, receiver, done);
 }
 
-void Launchctl::collect() {
-    const auto firstEnded = std::stable_partition(
-        jobs_.begin(), jobs_.end(), [](const auto& job) { return !job->hasEnded(); });
-    std::vector<std::unique_ptr<Job>> ended(
-        std::make_move_iterator(firstEnded), std::make_move_iterator(jobs_.end()));
-    jobs_.erase(firstEnded, jobs_.end());
+void Launchctl::runScript(
+    const QString& script, const QStringList& arguments, QObject* receiver, Done done) {
+    // A shell would tell in its own words that there is no tool.
+    if (access(QFile::encodeName(toolPath_).constData(), X_OK) != 0) {
+        end(receiver, done, systemError(errno, u"\"%1\" could not be started"_s.arg(toolPath_)));
+        return;
+    }
+    begin(u"/bin/sh"_s, QStringList{u"-c"_s, script, toolPath_} + arguments, receiver, done);
+}
 
-    for (const auto& job : ended) {
-        if (job->thread.joinable()) {
-            job->thread.join();
-        }
+void Launchctl::begin(
+    const QString& program, const QStringList& arguments, QObject* receiver, const Done& done) {
+    auto tool = ToolRun::start(program, arguments);
+    if (const auto* failure = std::get_if<ServiceError>(&tool)) {
+        end(receiver, done, *failure);
+        return;
     }
-    const QPointer<Launchctl> self(this);
-    for (const auto& job : ended) {
-        if (self && job->receiver) {
-            job->done(*job->result);
-        }
-    }
+    new Job(std::get<ToolRun>(std::move(tool)), receiver, done, *this);
+}
+
+void Launchctl::end(const QPointer<QObject>& receiver, const Done& done, const ToolResult& result) {
+    QMetaObject::invokeMethod(
+        this,
+        [receiver, done, result] {
+            if (receiver) {
+                done(result);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace vesk

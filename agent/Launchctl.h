@@ -3,17 +3,16 @@
 #include "agent/ToolRun.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace vesk {
 
-/// Runs the service manager's tool, each run on a thread of its own so that one that hangs does not
-/// keep another from running. What a run gives is described at `ToolRun::perform`. Destroying this
-/// kills the tools that still run.
+/// Runs the service manager's tool, any number of runs at a time, without waiting for it. What a
+/// run gives is described at `ToolRun::result`. Destroying this leaves the tools that still run to
+/// their work. Main thread.
 class Launchctl final : public QObject {
     Q_OBJECT
 
@@ -21,24 +20,23 @@ public:
     using Done = std::function<void(const ToolResult&)>;
 
     explicit Launchctl(QString toolPath, QObject* parent = nullptr);
-    ~Launchctl() override;
-    Q_DISABLE_COPY_MOVE(Launchctl)
 
-    /// Main thread; returns at once. `done` is called on the main thread, unless `receiver` or this
-    /// is gone by then.
+    /// Returns at once. `done` is called later, unless `receiver` or this is gone by then.
     void run(const QStringList& arguments, QObject* receiver, Done done);
 
-signals:
-    /// Some tool has ended; emitted on the thread that waited for it.
-    void toolEnded(QPrivateSignal);
+    /// The same for a shell script that finds the tool in `$0` and the arguments in `$1` and so on:
+    /// several runs that are one, which goes on to its end even when this is gone.
+    void
+    runScript(const QString& script, const QStringList& arguments, QObject* receiver, Done done);
 
 private:
-    struct Job;
+    class Job;
 
-    void collect();
+    void begin(
+        const QString& program, const QStringList& arguments, QObject* receiver, const Done& done);
+    void end(const QPointer<QObject>& receiver, const Done& done, const ToolResult& result);
 
     QString toolPath_;
-    std::vector<std::unique_ptr<Job>> jobs_;
 };
 
 } // namespace vesk

@@ -8,6 +8,23 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// In one process of its own, so that a start that has begun is completed whatever becomes of the
+/// program: $1 is the domain, $2 the service in it, $3 the agent file and $4 the template. What the
+/// shell itself says of a tool that crashes goes the way of that tool's words.
+const auto startScript = uR"(
+if { "$0" print "$2"; } >/dev/null 2>&1; then
+    exec "$0" kickstart -k "$2"
+fi
+if [ -e "$3" ]; then
+    exec "$0" bootstrap "$1" "$3"
+fi
+exec "$0" bootstrap "$1" "$4"
+)"_s;
+
+} // namespace
+
 ServiceStart::ServiceStart(Launchctl& launchctl, ServiceLocations locations, QObject* parent)
     : QObject(parent), launchctl_(launchctl), locations_(std::move(locations)) {}
 
@@ -16,23 +33,14 @@ void ServiceStart::startService(Done done) {
         return;
     }
     starting_ = true;
-    launchctl_.run(
-        {u"print"_s, serviceTarget()}, this,
-        [this, done = std::move(done)](const ToolResult& description) {
-            restartOrLoad(std::holds_alternative<QString>(description), done);
+    launchctl_.runScript(
+        startScript,
+        {domainTarget(), serviceTarget(), locations_.agentURL(), locations_.templateURL()}, this,
+        [this, done = std::move(done)](const ToolResult& result) {
+            starting_ = false;
+            const auto* failure = std::get_if<ServiceError>(&result);
+            done(failure != nullptr ? std::optional(*failure) : std::nullopt);
         });
-}
-
-void ServiceStart::restartOrLoad(bool loaded, const Done& done) {
-    const QString file =
-        locations_.startsAtLogin() ? locations_.agentURL() : locations_.templateURL();
-    const QStringList arguments = loaded ? QStringList{u"kickstart"_s, u"-k"_s, serviceTarget()}
-                                         : QStringList{u"bootstrap"_s, domainTarget(), file};
-    launchctl_.run(arguments, this, [this, done](const ToolResult& result) {
-        starting_ = false;
-        const auto* failure = std::get_if<ServiceError>(&result);
-        done(failure != nullptr ? std::optional(*failure) : std::nullopt);
-    });
 }
 
 } // namespace vesk

@@ -11,7 +11,8 @@
 namespace vesk {
 
 /// Starts the service: restarts it in place when the service manager knows it, else loads it from
-/// the agent file or, where there is none, from the template. Main thread.
+/// the agent file or, where there is none, from the template. A start that has begun is completed,
+/// even when this and the program are gone. Main thread.
 class ServiceStart final : public QObject {
     Q_OBJECT
 
@@ -29,8 +30,6 @@ public:
     void startService(Done done);
 
 private:
-    void restartOrLoad(bool loaded, const Done& done);
-
     Launchctl& launchctl_;
     ServiceLocations locations_;
     bool starting_ = false;

@@ -7,10 +7,10 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,8 +24,6 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const auto operationFailed = u"Service operation failed"_s;
 
 char** environment() {
 #ifdef __APPLE__
@@ -47,159 +45,168 @@ std::optional<QString> decoded(const QByteArray& output, bool cut) {
     return decoder.hasError() ? std::nullopt : std::optional(text);
 }
 
-/// How a tool is started: input empty, both outputs to one descriptor, no other descriptor of ours,
-/// no signal blocked or ignored.
-class SpawnSettings {
-public:
-    explicit SpawnSettings(int output) {
-        posix_spawn_file_actions_init(&actions_);
-        posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO);
+/// A process is not told how its children ended while it ignores their signal, and whoever started
+/// this program may have left it so.
+void hearOfChildren() {
+    struct sigaction action {};
+    if (sigaction(SIGCHLD, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
+        signal(SIGCHLD, SIG_DFL);
+    }
+}
 
-        posix_spawnattr_init(&attributes_);
-        sigset_t pipeSignal;
-        sigemptyset(&pipeSignal);
-        posix_spawnattr_setsigmask(&attributes_, &pipeSignal);
-        sigaddset(&pipeSignal, SIGPIPE);
-        posix_spawnattr_setsigdefault(&attributes_, &pipeSignal);
-        int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+/// Starts a process: a process group of its own, every signal as it is by default, and no
+/// descriptor but those that are given.
+class Spawn {
+public:
+    Spawn() {
+        note(posix_spawn_file_actions_init(&actions_));
+        note(posix_spawnattr_init(&attributes_));
+
+        sigset_t signalSet;
+        sigemptyset(&signalSet);
+        note(posix_spawnattr_setsigmask(&attributes_, &signalSet));
+        sigfillset(&signalSet);
+        note(posix_spawnattr_setsigdefault(&attributes_, &signalSet));
+        note(posix_spawnattr_setpgroup(&attributes_, 0));
+        int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP;
 #ifdef __APPLE__
         flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
-#else
-        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
 #endif
-        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+        note(posix_spawnattr_setflags(&attributes_, static_cast<short>(flags)));
     }
-    ~SpawnSettings() {
+    ~Spawn() {
         posix_spawn_file_actions_destroy(&actions_);
         posix_spawnattr_destroy(&attributes_);
     }
-    Q_DISABLE_COPY_MOVE(SpawnSettings)
+    Q_DISABLE_COPY_MOVE(Spawn)
 
-    [[nodiscard]] const posix_spawn_file_actions_t* actions() const {
-        return &actions_;
+    void give(const Descriptor& descriptor, int number) {
+        note(posix_spawn_file_actions_adddup2(&actions_, descriptor.get(), number));
     }
-    [[nodiscard]] const posix_spawnattr_t* attributes() const {
-        return &attributes_;
+
+    void giveNothing(int number) {
+        note(posix_spawn_file_actions_addopen(&actions_, number, "/dev/null", O_RDWR, 0));
+    }
+
+    /// 0, or the system's error number. `words` begins with the program's path.
+    [[nodiscard]] int perform(QByteArrayList words, pid_t& process) {
+#ifndef __APPLE__
+        note(posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1));
+#endif
+        std::vector<char*> pointers;
+        pointers.reserve(static_cast<std::size_t>(words.size()) + 1);
+        std::transform(
+            words.begin(), words.end(), std::back_inserter(pointers),
+            [](QByteArray& word) { return word.data(); });
+        pointers.push_back(nullptr);
+        return error_ != 0 ? error_
+                           : posix_spawn(
+                               &process, pointers.front(), &actions_, &attributes_, pointers.data(),
+                               environment());
     }
 
 private:
+    void note(int error) {
+        if (error_ == 0) {
+            error_ = error;
+        }
+    }
+
     posix_spawn_file_actions_t actions_{};
     posix_spawnattr_t attributes_{};
+    int error_ = 0;
 };
 
 } // namespace
 
-ToolRun::ToolRun(const QString& path, const QStringList& arguments)
-    : path_(path), words_{QFile::encodeName(path)}, cancelPipe_(openPipe()) {
-    for (const QString& argument : arguments) {
-        words_ += QFile::encodeName(argument);
-    }
-}
+ToolRun::ToolRun(QString path, pid_t process, Descriptor output)
+    : path_(std::move(path)), process_(process), output_(std::move(output)) {}
 
-ToolResult ToolRun::perform() {
+std::variant<ToolRun, ServiceError>
+ToolRun::start(const QString& path, const QStringList& arguments) {
     auto output = openPipe();
-    if (!output || !cancelPipe_) {
+    if (!output) {
         return systemError(errno, u"A pipe could not be made"_s);
     }
-    if (auto failure = start(output->writeEnd)) {
-        return *std::move(failure);
+    QByteArrayList words{QFile::encodeName(path)};
+    for (const QString& argument : arguments) {
+        words += QFile::encodeName(argument);
     }
-    output->writeEnd.close();
+    hearOfChildren();
+    Spawn spawn;
+    spawn.give(output->writeEnd, STDOUT_FILENO);
+    spawn.give(output->writeEnd, STDERR_FILENO);
+    spawn.giveNothing(STDIN_FILENO);
+    pid_t process = 0;
+    if (const int error = spawn.perform(std::move(words), process); error != 0) {
+        return systemError(error, u"\"%1\" could not be started"_s.arg(path));
+    }
+    return ToolRun(path, process, std::move(output->readEnd));
+}
 
-    const QByteArray bytes = readToEnd(output->readEnd);
-    const int status = waitForExit();
-    auto text = decoded(bytes, truncated_);
+ToolRun::~ToolRun() {
+    if (!output_.isOpen()) {
+        return;
+    }
+    // A pipe that nobody reads would stop the tool when it is full, and one that is closed would
+    // end it. Should this reader not start, that is the tool's risk: nobody is left to be told.
+    Spawn spawn;
+    spawn.give(output_, STDIN_FILENO);
+    spawn.giveNothing(STDOUT_FILENO);
+    spawn.giveNothing(STDERR_FILENO);
+    pid_t reader = 0;
+    static_cast<void>(spawn.perform({"/bin/cat"}, reader));
+}
+
+bool ToolRun::read() {
+    std::array<char, 65536> buffer{};
+    ssize_t count = 0;
+    do {
+        count = ::read(output_.get(), buffer.data(), buffer.size());
+    } while (count < 0 && errno == EINTR);
+    if (count <= 0) {
+        output_.close();
+        return false;
+    }
+    const auto kept = std::min<qsizetype>(count, outputLimit - bytes_.size());
+    truncated_ = truncated_ || kept < count;
+    bytes_.append(buffer.data(), kept);
+    return true;
+}
+
+std::optional<ToolResult> ToolRun::result() {
+    return reap(WNOHANG);
+}
+
+ToolResult ToolRun::wait() {
+    while (read()) {
+    }
+    return *reap(0);
+}
+
+std::optional<ToolResult> ToolRun::reap(int options) {
+    int status = 0;
+    pid_t ended = 0;
+    do {
+        ended = waitpid(process_, &status, options);
+    } while (ended < 0 && errno == EINTR);
+    if (ended == 0) {
+        return std::nullopt;
+    }
+    if (ended < 0) {
+        return systemError(errno, u"How \"%1\" ended could not be found out"_s.arg(path_));
+    }
+    return resultOf(status);
+}
+
+ToolResult ToolRun::resultOf(int status) const {
+    const auto text = decoded(bytes_, truncated_);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         return text.value_or(QString());
     }
-    const bool exited = WIFEXITED(status);
-    if (!exited && text && text->isEmpty()) {
-        text.reset();
-    }
     return serviceError(
-        exited ? WEXITSTATUS(status) : 128 + WTERMSIG(status), text.value_or(operationFailed));
-}
-
-void ToolRun::cancel() {
-    const std::scoped_lock lock(mutex_);
-    cancelled_ = true;
-    if (cancelPipe_) {
-        cancelPipe_->writeEnd.close();
-    }
-    if (process_ > 0) {
-        kill(process_, SIGKILL);
-    }
-}
-
-std::optional<ServiceError> ToolRun::start(const Descriptor& output) {
-    std::vector<char*> words;
-    words.reserve(static_cast<std::size_t>(words_.size()) + 1);
-    std::transform(words_.begin(), words_.end(), std::back_inserter(words), [](QByteArray& word) {
-        return word.data();
-    });
-    words.push_back(nullptr);
-
-    const SpawnSettings settings(output.get());
-    const std::scoped_lock lock(mutex_);
-    if (cancelled_) {
-        return serviceError(128 + SIGKILL, operationFailed);
-    }
-    const int error = posix_spawn(
-        &process_, words.front(), settings.actions(), settings.attributes(), words.data(),
-        environment());
-    if (error != 0) {
-        process_ = 0;
-        return systemError(error, u"\"%1\" could not be started"_s.arg(path_));
-    }
-    return std::nullopt;
-}
-
-QByteArray ToolRun::readToEnd(const Descriptor& output) {
-    QByteArray bytes;
-    std::array<char, 65536> buffer{};
-    std::array<pollfd, 2> sources{
-        pollfd{output.get(), POLLIN, 0}, pollfd{cancelPipe_->readEnd.get(), POLLIN, 0}};
-    while (true) {
-        if (poll(sources.data(), sources.size(), -1) < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return bytes;
-        }
-        if (sources[1].revents != 0) {
-            return bytes;
-        }
-        const ssize_t count = read(output.get(), buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return bytes;
-        }
-        const auto kept = std::min<qsizetype>(count, outputLimit - bytes.size());
-        truncated_ = truncated_ || kept < count;
-        bytes.append(buffer.data(), kept);
-    }
-}
-
-int ToolRun::waitForExit() {
-    // The process is reaped under the lock only, so that `cancel` never kills a number that has
-    // become someone else's.
-    siginfo_t ended{};
-    while (waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOWAIT) != 0) {
-        if (errno != EINTR) {
-            break;
-        }
-    }
-    const std::scoped_lock lock(mutex_);
-    int status = 0;
-    if (waitpid(process_, &status, 0) < 0) {
-        status = SIGKILL;
-    }
-    process_ = 0;
-    return status;
+        WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+        text.value_or(u"Service operation failed"_s));
 }
 
 } // namespace vesk

@@ -3,10 +3,9 @@
 #include "agent/Descriptor.h"
 #include "agent/ServiceError.h"
 
-#include <QByteArrayList>
+#include <QByteArray>
 #include <QStringList>
 
-#include <mutex>
 #include <optional>
 #include <variant>
 
@@ -17,39 +16,51 @@ namespace vesk {
 /// What a tool wrote when it succeeded, or how it failed.
 using ToolResult = std::variant<QString, ServiceError>;
 
-/// One run of a tool from start to end, on a thread that may block.
+/// A tool that has been started. It is never stopped from here: destroying this leaves it to its
+/// work, and whatever it writes from then on is dropped.
 class ToolRun {
 public:
     /// As much of the output is kept; a tool that writes more is read to its end all the same.
     static constexpr qsizetype outputLimit = qsizetype(16) * 1024 * 1024;
 
-    ToolRun(const QString& path, const QStringList& arguments);
+    /// Starts the tool without a shell between: its input is empty, both its streams go into one
+    /// pipe, it inherits nothing else of ours, and what is aimed at our terminal does not reach it.
+    [[nodiscard]] static std::variant<ToolRun, ServiceError>
+    start(const QString& path, const QStringList& arguments);
 
-    /// Starts the tool without a shell, its input empty, reads both its streams into one buffer to
-    /// the end of file, then waits for its exit. To be called once.
+    ToolRun(ToolRun&& other) noexcept = default;
+    ToolRun(const ToolRun&) = delete;
+    ~ToolRun();
+    ToolRun& operator=(ToolRun&&) = delete;
+    ToolRun& operator=(const ToolRun&) = delete;
+
+    /// Readable when there is output or its end.
+    [[nodiscard]] int output() const { return output_.get(); }
+
+    /// Reads some output, waiting if there is none. False at its end.
+    [[nodiscard]] bool read();
+
+    /// To be asked after the end of the output; nothing while the tool still runs.
     ///
     /// Exit status 0 gives the output, or nothing where it is not UTF-8. Another status is the
-    /// failure's code and the output its text, "Service operation failed" where it is not UTF-8. A
-    /// tool that died of a signal gives 128 and the signal's number, and that same text where it
-    /// wrote nothing. A tool that cannot be started gives the system's error.
-    [[nodiscard]] ToolResult perform();
+    /// failure's code and the output its text, "Service operation failed" where it is not UTF-8;
+    /// of a tool that died of a signal the code is 128 and the signal's number.
+    [[nodiscard]] std::optional<ToolResult> result();
 
-    /// Kills the tool, which makes `perform` return soon. From any thread, before, during or after.
-    void cancel();
+    /// Waits for the end of the output, then for the tool's.
+    [[nodiscard]] ToolResult wait();
 
 private:
-    [[nodiscard]] std::optional<ServiceError> start(const Descriptor& output);
-    [[nodiscard]] QByteArray readToEnd(const Descriptor& output);
-    [[nodiscard]] int waitForExit();
+    ToolRun(QString path, pid_t process, Descriptor output);
+
+    [[nodiscard]] std::optional<ToolResult> reap(int options);
+    [[nodiscard]] ToolResult resultOf(int status) const;
 
     QString path_;
-    QByteArrayList words_;
+    pid_t process_;
+    Descriptor output_;
+    QByteArray bytes_;
     bool truncated_ = false;
-
-    std::mutex mutex_;
-    std::optional<Pipe> cancelPipe_;
-    bool cancelled_ = false;
-    pid_t process_ = 0;
 };
 
 } // namespace vesk

@@ -57,7 +57,11 @@ std::optional<ServiceError> UserManager::reload() const {
 }
 
 ToolResult UserManager::call(const QStringList& arguments) const {
-    return ToolRun(systemctl_, QStringList{u"--user"_s} + arguments).perform();
+    auto tool = ToolRun::start(systemctl_, QStringList{u"--user"_s} + arguments);
+    if (const auto* failure = std::get_if<ServiceError>(&tool)) {
+        return *failure;
+    }
+    return std::get<ToolRun>(tool).wait();
 }
 
 } // namespace vesk

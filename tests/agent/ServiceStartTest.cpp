@@ -47,7 +47,8 @@ private slots:
     void secondStartIsIgnored();
     void agentFileCountsAfterPrint();
     void anotherStartFromTheContinuation();
-    void goneWhileStarting();
+    void quitWhileStarting_data();
+    void quitWhileStarting();
     void hungToolKeepsStarting();
 };
 
@@ -126,6 +127,9 @@ void ServiceStartTest::missingToolIsShown() {
     start.startService([&](const std::optional<ServiceError>& found) { failure = found; });
     QTRY_VERIFY_WITH_TIMEOUT(failure, patience);
     QCOMPARE(failure->domain, ServiceError::systemDomain);
+    QCOMPARE(
+        failure->description,
+        u"\"/nowhere/launchctl\" could not be started: No such file or directory"_s);
     QVERIFY(!start.starting());
 }
 
@@ -168,24 +172,54 @@ void ServiceStartTest::anotherStartFromTheContinuation() {
     QCOMPARE(scene.tool.calls().size(), 4);
 }
 
-void ServiceStartTest::goneWhileStarting() {
-    const ScriptedTool tool("while [ ! -e go ]; do sleep 0.01; done");
-    Launchctl launchctl(tool.path());
-    auto start = std::make_unique<ServiceStart>(launchctl, ServiceLocations(u"/nowhere"_s));
+void ServiceStartTest::quitWhileStarting_data() {
+    QTest::addColumn<QByteArray>("hold");
+    QTest::addColumn<QByteArray>("print");
+    QTest::addColumn<bool>("agentFile");
+    QTest::addColumn<QString>("second");
+    const QByteArray hold = "while [ ! -e go ]; do sleep 0.01; done";
+    const QByteArray duringPrint = "[ $1 != print ] || " + hold;
+    const QByteArray duringStart = "[ $1 = print ] || " + hold;
+    for (const auto& [name, when] :
+         {std::pair("while it is asked for", duringPrint), std::pair("after", duringStart)}) {
+        QTest::addRow("running, %s", name) << when << QByteArray("0") << false << u"kickstart"_s;
+        QTest::addRow("unknown, %s", name) << when << QByteArray("113") << false << u"template"_s;
+        QTest::addRow("agent file, %s", name) << when << QByteArray("113") << true << u"agent"_s;
+    }
+}
+
+void ServiceStartTest::quitWhileStarting() {
+    QFETCH(const QByteArray, hold);
+    QFETCH(const QByteArray, print);
+    QFETCH(const bool, agentFile);
+    QFETCH(QString, second);
+    const bool heldInPrint = hold.startsWith("[ $1 != print");
+    const Scene scene(
+        hold + "\n[ $1 = print ] && exit " + print
+        + "\nhead -c 300000 /dev/zero || exit 1; echo done > end");
+    if (agentFile) {
+        scene.putAgentFile();
+    }
+    second.replace(u"kickstart"_s, u"kickstart -k "_s + serviceTarget());
+    const QString load = u"bootstrap "_s + domainTarget() + u' ';
+    second.replace(u"template"_s, load + scene.locations.templateURL());
+    second.replace(u"agent"_s, load + scene.locations.agentURL());
+
+    auto launchctl = std::make_unique<Launchctl>(scene.tool.path());
+    auto start = std::make_unique<ServiceStart>(*launchctl, scene.locations);
     bool ended = false;
     start->startService([&](const auto&) { ended = true; });
-    QTRY_COMPARE_WITH_TIMEOUT(tool.calls().size(), 1, patience);
+    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), heldInPrint ? 1 : 2, patience);
     start.reset();
-    tool.touch(u"go"_s);
-    bool reached = false;
-    launchctl.run({u"last"_s}, this, [&](const auto&) { reached = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(reached, patience);
+    launchctl.reset();
+    scene.tool.touch(u"go"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.content(u"end"_s), "done\n", patience);
+    QCOMPARE(scene.tool.calls(), (QStringList{u"print "_s + serviceTarget(), second}));
     QVERIFY(!ended);
-    QCOMPARE(tool.calls().last(), u"last"_s);
 }
 
 void ServiceStartTest::hungToolKeepsStarting() {
-    Scene scene("[ $1 = print ] || exec sleep 1000");
+    Scene scene("[ $1 = print ] || while [ -e calls ]; do sleep 0.05; done");
     bool ended = false;
     scene.start.startService([&](const auto&) { ended = true; });
     QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 2, patience);
