@@ -1,12 +1,12 @@
 #include "agent/ListenerRecovery.h"
 
+#include "agent/ErrorLine.h"
 #include "agent/ServiceTarget.h"
 #include "model/ListenerRecoveryPolicy.h"
 
 #include <QTimer>
 
 #include <chrono>
-#include <cstdio>
 #include <utility>
 
 namespace vesk {
@@ -48,9 +48,8 @@ void ListenerRecovery::restart() {
     launchctl_.run(
         {u"kickstart"_s, u"-k"_s, serviceTarget()}, this, [this](const ToolResult& result) {
             if (const auto* failure = std::get_if<ServiceError>(&result)) {
-                const QByteArray text = failure->description.toUtf8();
-                std::fprintf(
-                    stderr, "Corvala worker listener recovery failed: %s\n", text.constData());
+                writeErrorLine(
+                    u"Corvala worker listener recovery failed: "_s + failure->description);
                 recoveryInFlight_ = false;
                 return;
             }

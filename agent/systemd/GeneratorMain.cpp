@@ -1,3 +1,4 @@
+#include "agent/ErrorLine.h"
 #include "agent/systemd/AgentGenerator.h"
 
 #include <QFile>
@@ -16,7 +17,7 @@ int main(int count, char** words) {
         QFile::decodeName(home) + QStringLiteral("/Library/LaunchAgents"),
         QFile::decodeName(words[1]));
     for (const QString& complaint : complaints) {
-        std::fprintf(stderr, "vesk-agent-generator: %s\n", complaint.toUtf8().constData());
+        vesk::writeErrorLine(QStringLiteral("vesk-agent-generator: ") + complaint);
     }
     return 0;
 }

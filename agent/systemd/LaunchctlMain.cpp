@@ -20,6 +20,14 @@ QString runtimeFolder() {
     return qEnvironmentVariable("XDG_RUNTIME_DIR");
 }
 
+constexpr int outputFailed = 74;
+
+bool write(const QString& text, std::FILE* stream) {
+    const QByteArray bytes = text.toUtf8();
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
+}
+
 } // namespace
 
 int main(int count, char** words) {
@@ -29,9 +37,8 @@ int main(int count, char** words) {
         systemctl.isEmpty() ? u"/usr/bin/systemctl"_s : systemctl, runtimeFolder());
     const auto result = vesk::performLaunchctl(QCoreApplication::arguments().sliced(1), manager);
     if (const auto* failure = std::get_if<vesk::ServiceError>(&result)) {
-        std::fputs(failure->description.toUtf8().constData(), stderr);
+        write(failure->description, stderr);
         return std::clamp(failure->code, 1, 255);
     }
-    std::fputs(std::get<QString>(result).toUtf8().constData(), stdout);
-    return 0;
+    return write(std::get<QString>(result), stdout) ? 0 : outputFailed;
 }

@@ -211,6 +211,13 @@ void ListenerRecoveryTest::failedRestart_data() {
     const QByteArray start = "Corvala worker listener recovery failed: ";
     QTest::newRow("text") << QByteArray("printf 'no way'; exit 1") << start + "no way\n";
     QTest::newRow("nothing") << QByteArray("exit 1") << start + "\n";
+    QTest::newRow("killed") << QByteArray("kill -KILL $$") << start + "\n";
+    QTest::newRow("line") << QByteArray("echo no way; exit 1") << start + "no way\n";
+    QTest::newRow("lines") << QByteArray("printf 'no\\n\\tway\\n\\n'; exit 1")
+                           << start + "no  way\n";
+    QTest::newRow("zero byte") << QByteArray("printf 'no\\000way'; exit 1") << start + "no way\n";
+    QTest::newRow("large") << QByteArray("head -c 200000 /dev/zero | tr '\\0' x; exit 1")
+                           << start + QByteArray(200'000, 'x') + "\n";
     QTest::newRow("not UTF-8") << QByteArray("printf '\\377'; exit 1")
                                << start + "Service operation failed\n";
     QTest::newRow("UTF-8") << QByteArray("printf '\\303\\244'; exit 1") << start + "ä\n";
