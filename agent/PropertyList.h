@@ -9,9 +9,13 @@
 
 namespace vesk {
 
-/// Reads a property list, XML or binary. Dictionaries become QVariantMap, arrays QVariantList, and
-/// the rest bool, qint64, double, QString and QByteArray; a value of another kind becomes an
-/// invalid one. Values nested deeper than 64 levels and texts that are not UTF-8 are errors.
+/// How far values may be nested.
+inline constexpr int deepestPropertyList = 64;
+
+/// Reads a property list, XML or binary. Dictionaries become QVariantMap, of the same key twice the
+/// last counting, arrays QVariantList, and the rest bool, qint64 or above its range quint64,
+/// double, QString and QByteArray; a date becomes an invalid one. All else is an error: whatever is
+/// no property list in every detail, values nested too deep, and other kinds of values.
 [[nodiscard]] std::variant<QVariant, ServiceError> readPropertyList(QByteArrayView bytes);
 
 } // namespace vesk

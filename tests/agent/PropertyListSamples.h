@@ -3,6 +3,7 @@
 #include "agent/ServiceLocations.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 
 namespace vesk {
 
@@ -32,26 +33,41 @@ inline QByteArray binaryPropertyList() {
         "AAAAAAAAAAAAAAAAAKQ=");
 }
 
-/// A binary property list of arrays within each other, each `copies` times in the one around it.
-inline QByteArray nestedBinaryPropertyList(quint16 levels, int copies = 1) {
-    const auto number = [](quint64 value, int bytes) {
-        QByteArray text;
-        while (--bytes >= 0) {
-            text += static_cast<char>(value >> (8 * bytes));
-        }
-        return text;
-    };
+/// A big-endian number.
+inline QByteArray bigEndian(quint64 value, int bytes) {
+    QByteArray text;
+    while (--bytes >= 0) {
+        text += static_cast<char>(value >> (8 * bytes));
+    }
+    return text;
+}
+
+/// A binary property list of these values, each with its marker, the first at the top. References
+/// take two bytes.
+inline QByteArray binaryPropertyListOf(const QByteArrayList& values) {
     QByteArray list = "bplist00";
     QByteArray offsets;
-    for (quint16 level = 0; level < levels; ++level) {
-        offsets += number(static_cast<quint64>(list.size()), 4);
-        const bool last = level + 1 == levels;
-        list += static_cast<char>(0xa0 + (last ? 0 : copies));
-        list += last ? QByteArray() : number(level + 1U, 2).repeated(copies);
+    for (const QByteArray& value : values) {
+        offsets += bigEndian(static_cast<quint64>(list.size()), 4);
+        list += value;
     }
     const auto table = static_cast<quint64>(list.size());
-    return list + offsets + QByteArray(6, '\0') + number(4, 1) + number(2, 1) + number(levels, 8)
-           + number(0, 8) + number(table, 8);
+    return list + offsets + QByteArray(6, '\0') + bigEndian(4, 1) + bigEndian(2, 1)
+           + bigEndian(static_cast<quint64>(values.size()), 8) + bigEndian(0, 8)
+           + bigEndian(table, 8);
+}
+
+/// A binary property list of collections within each other, each `copies` times in the one around
+/// it: arrays, or those of another marker.
+inline QByteArray
+nestedBinaryPropertyList(quint16 levels, int copies = 1, unsigned char marker = 0xa0) {
+    QByteArrayList values;
+    for (quint16 level = 0; level < levels; ++level) {
+        const bool last = level + 1 == levels;
+        values += static_cast<char>(marker + (last ? 0 : copies))
+                  + (last ? QByteArray() : bigEndian(level + 1U, 2).repeated(copies));
+    }
+    return binaryPropertyListOf(values);
 }
 
 } // namespace vesk

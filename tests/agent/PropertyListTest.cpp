@@ -1,13 +1,20 @@
 #include "agent/PropertyList.h"
 #include "tests/agent/PropertyListSamples.h"
 
+#include <QElapsedTimer>
+#include <QStringConverter>
 #include <QTest>
+
+#include <limits>
 
 namespace vesk {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr auto maximum = std::numeric_limits<qint64>::max();
+constexpr auto minimum = std::numeric_limits<qint64>::min();
 
 /// The value, or an invalid one for a failure.
 QVariant valueOf(const QByteArray& bytes) {
@@ -33,7 +40,11 @@ class PropertyListTest : public QObject {
 private slots:
     void xml_data();
     void xml();
+    void encodings_data();
+    void encodings();
     void binary();
+    void binaryValues_data();
+    void binaryValues();
     void refused_data();
     void refused();
     void truncatedXml();
@@ -41,6 +52,8 @@ private slots:
     void damagedBinary();
     void nesting();
     void valuesThatStandAtManyPlaces();
+    void smallFileThatMeansGigabytes_data();
+    void smallFileThatMeansGigabytes();
 };
 
 void PropertyListTest::xml_data() {
@@ -62,6 +75,15 @@ void PropertyListTest::xml_data() {
     row("false", "<false/>", false);
     row("integer", "<integer>18</integer>", qint64(18));
     row("negative", "<integer>-20</integer>", qint64(-20));
+    row("integer with a sign", "<integer>+5</integer>", qint64(5));
+    row("hexadecimal", "<integer>0x1F</integer>", qint64(31));
+    row("largest signed", "<integer>9223372036854775807</integer>", qint64(maximum));
+    row("smallest", "<integer>-9223372036854775808</integer>", qint64(minimum));
+    row("beyond the signed", "<integer>9223372036854775808</integer>", quint64(1) << 63);
+    row("largest", "<integer>18446744073709551615</integer>", ~quint64(0));
+    row("date", "<date>2024-02-29T12:00:00Z</date>", QVariant());
+    row("data in lines", "<data>\n\tAP\n\t8=\n</data>", QByteArray("\0\xff", 2));
+    row("pieces of a text", "<string>a<!-- b -->c<![CDATA[d]]></string>", u"acd"_s);
     row("real", "<real>2.5</real>", 2.5);
     row("data", "<data>AP8=</data>", QByteArray("\0\xff", 2));
     row("list", "<array><string>a</string><true/></array>", QVariantList{u"a"_s, true});
@@ -95,6 +117,76 @@ void PropertyListTest::binary() {
     QCOMPARE(valueOf(binaryPropertyList()), expected);
 }
 
+void PropertyListTest::encodings_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    const QString text = QString::fromUtf8(xmlPropertyList("<string>größe 😀</string>"));
+    const auto encoded = [&](QStringConverter::Encoding encoding, const QString& declared,
+                             QStringConverter::Flag flag) {
+        QStringEncoder encoder(encoding, flag);
+        return QByteArray(encoder(QString(text).replace(u"UTF-8"_s, declared)));
+    };
+    using enum QStringConverter::Encoding;
+    const auto mark = QStringConverter::Flag::WriteBom;
+    const auto none = QStringConverter::Flag::Default;
+    QTest::newRow("UTF-8") << encoded(Utf8, u"UTF-8"_s, none);
+    QTest::newRow("UTF-8 with a mark") << encoded(Utf8, u"UTF-8"_s, mark);
+    QTest::newRow("UTF-16, little end first") << encoded(Utf16LE, u"UTF-16"_s, mark);
+    QTest::newRow("UTF-16, big end first") << encoded(Utf16BE, u"UTF-16"_s, mark);
+    QTest::newRow("UTF-16, called UTF-8") << encoded(Utf16LE, u"UTF-8"_s, mark);
+    QTest::newRow("UTF-8 with a mark, called UTF-16") << encoded(Utf8, u"UTF-16"_s, mark);
+    QTest::newRow("undeclared")
+        << encoded(Utf8, u"UTF-8"_s, none).replace(" encoding=\"UTF-8\"", "");
+    QTest::newRow("no declaration")
+        << encoded(Utf8, u"UTF-8"_s, none)
+               .replace("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n", "");
+    QTest::newRow("value alone") << QByteArray("<string>größe 😀</string>");
+}
+
+void PropertyListTest::encodings() {
+    QFETCH(const QByteArray, bytes);
+    QCOMPARE(valueOf(bytes), QVariant(u"größe 😀"_s));
+}
+
+void PropertyListTest::binaryValues_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QVariant>("value");
+    const auto row = [](const char* name, const QByteArray& bytes, const QVariant& value) {
+        QTest::newRow(name) << bytes << value;
+    };
+    row("false", "\x08", false);
+    row("true", "\x09", true);
+    row("one byte", "\x10\xff", qint64(255));
+    row("two bytes", "\x11\xff\xff", qint64(65'535));
+    row("four bytes", "\x12\xff\xff\xff\xff", qint64(4'294'967'295));
+    row("eight bytes", "\x13" + bigEndian(~0ULL, 8), qint64(-1));
+    row("largest signed", "\x13" + bigEndian(maximum, 8), qint64(maximum));
+    row("sixteen bytes", "\x14" + bigEndian(0, 8) + bigEndian(7, 8), qint64(7));
+    row("sixteen bytes, negative", "\x14" + bigEndian(~0ULL, 8) + bigEndian(~0ULL, 8), qint64(-1));
+    row("beyond the signed", "\x14" + bigEndian(0, 8) + bigEndian(1ULL << 63, 8), quint64(1) << 63);
+    row("largest", "\x14" + bigEndian(0, 8) + bigEndian(~0ULL, 8), ~quint64(0));
+    row("short real", "\x22\x3f\xc0" + QByteArray(2, '\0'), 1.5);
+    row("date", "\x33" + QByteArray(8, '\0'), QVariant());
+    row("empty text", "\x50", u""_s);
+    row("text with a null",
+        QByteArray(
+            "\x53"
+            "a\0b",
+            4),
+        QString(u"a\0b"_s));
+    row("text beyond ASCII", "\x63" + QByteArray("\0\xe4\xd8\x3d\xde\0", 6), u"ä😀"_s);
+    row("long text", "\x5f\x11\x01\x2c" + QByteArray(300, 'x'), QString(300, u'x'));
+}
+
+void PropertyListTest::binaryValues() {
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QVariant, value);
+    const auto read = readPropertyList(binaryPropertyListOf({bytes}));
+    const auto* found = std::get_if<QVariant>(&read);
+    QVERIFY(found != nullptr);
+    QCOMPARE(found->typeId(), value.typeId());
+    QCOMPARE(*found, value);
+}
+
 void PropertyListTest::refused_data() {
     QTest::addColumn<QByteArray>("bytes");
     const auto row = [](const char* name, const QByteArray& bytes) {
@@ -119,6 +211,61 @@ void PropertyListTest::refused_data() {
         xmlPropertyList("<dict><key>a&#0;b</key><true/></dict>"));
     row("key not UTF-8", xmlPropertyList("<dict><key>a\xff</key><true/></dict>"));
     row("own entity", "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><string>&a;</string></plist>");
+    row("entity of elsewhere", xmlPropertyList("<string>a&b;c</string>"));
+    row(
+        "entities within each other", "<!DOCTYPE plist [" + [] {
+            QByteArray entities = "<!ENTITY e0 \"0123456789\">";
+            for (int level = 1; level < 30; ++level) {
+                const QByteArray inner = "&e" + QByteArray::number(level - 1) + ";";
+                entities +=
+                    "<!ENTITY e" + QByteArray::number(level) + " \"" + inner.repeated(9) + "\">";
+            }
+            return entities;
+        }() + "]><plist><string>&e29;</string></plist>");
+    row("two values", xmlPropertyList("<true/><true/>"));
+    row("text beside a value", xmlPropertyList("<true/>x"));
+    row("text in a list", xmlPropertyList("<array>x</array>"));
+    row("text in a dictionary", xmlPropertyList("<dict>x<key>a</key><true/></dict>"));
+    row("value in a text", xmlPropertyList("<string>a<true/></string>"));
+    row("value in a truth", xmlPropertyList("<true>x</true>"));
+    row("key without a value", xmlPropertyList("<dict><key>a</key></dict>"));
+    row("element after the end", xmlPropertyList("<true/>") + "<plist/>");
+    row("integer too large", xmlPropertyList("<integer>18446744073709551616</integer>"));
+    row("integer too small", xmlPropertyList("<integer>-9223372036854775809</integer>"));
+    row("integer with a word", xmlPropertyList("<integer>18x</integer>"));
+    row("integer with two signs", xmlPropertyList("<integer>--1</integer>"));
+    row("empty integer", xmlPropertyList("<integer/>"));
+    row("real a word", xmlPropertyList("<real>1,5</real>"));
+    row("data that is none", xmlPropertyList("<data>A*B=</data>"));
+    row("date that is none", xmlPropertyList("<date>tomorrow</date>"));
+    row("unknown encoding", xmlPropertyList("<true/>").replace("UTF-8", "UTF-99"));
+    row("UTF-8 with a mark, not UTF-8", "\xef\xbb\xbf" + xmlPropertyList("<string>\xff</string>"));
+    row("UTF-16, cut", QByteArray("\xff\xfe<\0p", 5));
+    const auto binaryRow = [&](const char* name, const QByteArrayList& values) {
+        row(name, binaryPropertyListOf(values));
+    };
+    binaryRow("binary, null", {QByteArray(1, '\0')});
+    binaryRow("binary, fill", {"\x0f"});
+    binaryRow("binary, number of an unknown width", {"\x15" + QByteArray(32, '\0')});
+    binaryRow("binary, integer too large", {"\x14" + bigEndian(1, 8) + bigEndian(0, 8)});
+    binaryRow("binary, integer too small", {"\x14" + bigEndian(~0ULL, 8) + bigEndian(5, 8)});
+    binaryRow("binary, real of an unknown width", {"\x21" + QByteArray(2, '\0')});
+    binaryRow("binary, date of an unknown width", {"\x32" + QByteArray(4, '\0')});
+    binaryRow("binary, text beyond ASCII", {"\x51\xe4"});
+    binaryRow("binary, half a surrogate", {"\x61\xd8" + QByteArray(1, '\0')});
+    binaryRow(
+        "binary, UTF-8", {"\x71"
+                          "a"});
+    binaryRow("binary, identifier", {"\x80\x01"});
+    binaryRow("binary, unknown", {QByteArray(1, '\x90')});
+    binaryRow("binary, ordered set", {QByteArray(1, '\xb0')});
+    binaryRow("binary, set", {QByteArray(1, '\xc0')});
+    binaryRow("binary, set of unknown", {QByteArray(1, '\xe0')});
+    binaryRow("binary, key a number", {"\xd1" + bigEndian(1, 2) + bigEndian(1, 2), "\x10\x01"});
+    binaryRow("binary, list in itself", {"\xa1" + bigEndian(0, 2)});
+    binaryRow("binary, value that is not there", {"\xa1" + bigEndian(1, 2)});
+    binaryRow("binary, text longer than the file", {"\x5f\x13" + bigEndian(~0ULL, 8) + "a"});
+    binaryRow("binary, list longer than the file", {"\xaf\x13" + bigEndian(~0ULL / 2, 8)});
     row("binary, head only", "bplist00");
     row("binary, noise", "bplist00" + QByteArray(100, '\xff'));
     row("binary, zeros", "bplist00" + QByteArray(100, '\0'));
@@ -176,6 +323,23 @@ void PropertyListTest::valuesThatStandAtManyPlaces() {
     QVERIFY(!fails(nestedBinaryPropertyList(8, 2)));
     QVERIFY(fails(nestedBinaryPropertyList(64, 2)));
     QVERIFY(fails(nestedBinaryPropertyList(64, 14)));
+}
+
+void PropertyListTest::smallFileThatMeansGigabytes_data() {
+    QTest::addColumn<unsigned char>("marker");
+    QTest::newRow("lists") << static_cast<unsigned char>(0xa0);
+    QTest::newRow("ordered sets") << static_cast<unsigned char>(0xb0);
+    QTest::newRow("sets") << static_cast<unsigned char>(0xc0);
+    QTest::newRow("dictionaries") << static_cast<unsigned char>(0xd0);
+}
+
+void PropertyListTest::smallFileThatMeansGigabytes() {
+    QFETCH(const unsigned char, marker);
+    const QByteArray bytes = nestedBinaryPropertyList(22, 2, marker);
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(fails(bytes));
+    QVERIFY2(time.elapsed() < 1000, qPrintable(QString::number(time.elapsed())));
 }
 
 } // namespace vesk
