@@ -20,12 +20,12 @@ std::filesystem::path nativePath(const QString& path) {
 }
 
 std::optional<ServiceError> install(const ServiceLocations& locations) {
-    const auto file = readSmallFile(locations.templateURL());
-    if (const auto* failure = std::get_if<ServiceError>(&file)) {
+    const auto read = readSmallFile(locations.templateURL());
+    if (const auto* failure = std::get_if<ServiceError>(&read)) {
         return *failure;
     }
-    const auto& bytes = std::get<QByteArray>(file);
-    const auto parsed = readPropertyList(bytes);
+    const auto& file = std::get<SmallFile>(read);
+    const auto parsed = readPropertyList(file.bytes);
     if (const auto* failure = std::get_if<ServiceError>(&parsed)) {
         return *failure;
     }
@@ -40,7 +40,7 @@ std::optional<ServiceError> install(const ServiceLocations& locations) {
     if (error) {
         return systemError(error.value(), u"The folder \"%1\" could not be created"_s.arg(folder));
     }
-    return replaceFile(locations.agentURL(), bytes);
+    return replaceFile(locations.agentURL(), file);
 }
 
 } // namespace

@@ -20,6 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr mode_t everybodyReads = 0044;
+
 ServiceError readError(int number, const QString& path) {
     return systemError(number, u"The file \"%1\" could not be read"_s.arg(path));
 }
@@ -43,7 +45,7 @@ int writeAll(const Descriptor& file, QByteArrayView bytes) {
 
 } // namespace
 
-std::variant<QByteArray, ServiceError> readSmallFile(const QString& path) {
+std::variant<SmallFile, ServiceError> readSmallFile(const QString& path) {
     const Descriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
@@ -70,10 +72,11 @@ std::variant<QByteArray, ServiceError> readSmallFile(const QString& path) {
         return readError(EFBIG, path);
     }
     bytes.truncate(size);
-    return bytes;
+    const bool isForEverybody = (status.st_mode & everybodyReads) == everybodyReads;
+    return SmallFile{bytes, isForEverybody ? Readers::Everybody : Readers::Owner};
 }
 
-std::optional<ServiceError> replaceFile(const QString& path, const QByteArray& bytes) {
+std::optional<ServiceError> replaceFile(const QString& path, const SmallFile& content) {
     const QFileInfo target(path);
     const QByteArray name = QFile::encodeName(target.fileName());
     const QByteArray temporary =
@@ -85,13 +88,14 @@ std::optional<ServiceError> replaceFile(const QString& path, const QByteArray& b
     if (!folder.isOpen()) {
         return writeError(errno, path);
     }
+    const mode_t mode = content.readers == Readers::Everybody ? 0600 | everybodyReads : 0600;
     const Descriptor file(openat(
         folder.get(), temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-        0644));
+        mode));
     if (!file.isOpen()) {
         return writeError(errno, path);
     }
-    int error = writeAll(file, bytes);
+    int error = writeAll(file, content.bytes);
     if (error == 0
         && renameat(folder.get(), temporary.constData(), folder.get(), name.constData()) != 0) {
         error = errno;
@@ -100,8 +104,9 @@ std::optional<ServiceError> replaceFile(const QString& path, const QByteArray& b
         unlinkat(folder.get(), temporary.constData(), 0);
         return writeError(error, path);
     }
-    // The file is in place; not every file system can be told to remember it now.
-    fsync(folder.get());
+    // The file is in place, and not every file system can be told to remember it now: a failure
+    // here is none of the writing's.
+    static_cast<void>(fsync(folder.get()));
     return std::nullopt;
 }
 

@@ -223,7 +223,7 @@ std::variant<LaunchAgent, ServiceError> loadLaunchAgent(const QString& path) {
     if (const auto* failure = std::get_if<ServiceError>(&file)) {
         return *failure;
     }
-    const auto parsed = readPropertyList(std::get<QByteArray>(file));
+    const auto parsed = readPropertyList(std::get<SmallFile>(file).bytes);
     if (const auto* failure = std::get_if<ServiceError>(&parsed)) {
         return *failure;
     }

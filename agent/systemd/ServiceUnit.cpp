@@ -5,8 +5,11 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
+
+#include <sys/stat.h>
 
 namespace vesk {
 
@@ -204,14 +207,17 @@ std::optional<ServiceError> installServiceUnit(const LaunchAgent& agent, const Q
     const ServiceUnit unit = serviceUnit(agent, links);
     removeServiceUnit(agent.label, folder);
     std::error_code error;
-    std::filesystem::create_directories(nativePath(unit.links.isEmpty() ? folder : links), error);
+    std::filesystem::create_directories(nativePath(folder), error);
+    if (!unit.links.isEmpty() && !error && mkdir(nativePath(links).c_str(), 0700) != 0) {
+        error.assign(errno, std::generic_category());
+    }
     for (auto link = unit.links.begin(); link != unit.links.end() && !error; ++link) {
         std::filesystem::create_symlink(
             nativePath(link.value()), nativePath(links + u'/' + link.key()), error);
     }
     auto failure = error
                        ? systemError(error.value(), u"\"%1\" could not be written to"_s.arg(folder))
-                       : replaceFile(folder + u'/' + name, unit.text);
+                       : replaceFile(folder + u'/' + name, {unit.text, Readers::Owner});
     if (failure) {
         removeServiceUnit(agent.label, folder);
     }

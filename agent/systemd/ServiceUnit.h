@@ -26,7 +26,8 @@ struct ServiceUnit {
 /// Translates an agent. `linkFolder` is where the links are going to be.
 [[nodiscard]] ServiceUnit serviceUnit(const LaunchAgent& agent, const QString& linkFolder);
 
-/// Writes an agent's unit and what belongs to it to a folder that systemd reads.
+/// Writes an agent's unit and what belongs to it to a folder that systemd reads; both are the
+/// user's only, for the agent's variables may hold secrets.
 [[nodiscard]] std::optional<ServiceError>
 installServiceUnit(const LaunchAgent& agent, const QString& folder);
 

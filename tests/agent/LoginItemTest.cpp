@@ -110,7 +110,8 @@ private slots:
     void fileTooLargeForTheProcess();
     void diskFull();
     void readOnly();
-    void fileMode();
+    void secretStaysSecret_data();
+    void secretStaysSecret();
 };
 
 void LoginItemTest::enableCopiesTheTemplate_data() {
@@ -429,15 +430,47 @@ void LoginItemTest::readOnly() {
 #endif
 }
 
-void LoginItemTest::fileMode() {
+void LoginItemTest::secretStaysSecret_data() {
+    QTest::addColumn<int>("source");
+    QTest::addColumn<int>("mask");
+    QTest::addColumn<int>("copy");
+    QTest::newRow("for everybody") << 0644 << 022 << 0644;
+    QTest::newRow("for everybody, to write too") << 0666 << 0 << 0644;
+    QTest::newRow("for everybody, narrow mask") << 0644 << 077 << 0600;
+    QTest::newRow("for the owner") << 0600 << 022 << 0600;
+    QTest::newRow("for the owner, no mask") << 0600 << 0 << 0600;
+    QTest::newRow("for the owner, only to read") << 0400 << 0 << 0600;
+    // The copy may belong to another group.
+    QTest::newRow("for a group") << 0640 << 022 << 0600;
+    QTest::newRow("for all but a group") << 0604 << 022 << 0600;
+    QTest::newRow("executable") << 0755 << 0 << 0644;
+    QTest::newRow("set-user-id") << 04755 << 0 << 0644;
+}
+
+void LoginItemTest::secretStaysSecret() {
+    QFETCH(const int, source);
+    QFETCH(const int, mask);
+    QFETCH(const int, copy);
     const Home home;
-    const mode_t usual = umask(022);
-    const auto failure = configureLogin(home.locations, true);
-    umask(usual);
-    QCOMPARE(failure, std::nullopt);
-    struct stat status {};
-    QCOMPARE(stat(QFile::encodeName(home.locations.agentURL()).constData(), &status), 0);
-    QCOMPARE(status.st_mode & 07777, mode_t(0644));
+    const auto modeOf = [&] {
+        struct stat status {};
+        stat(QFile::encodeName(home.locations.agentURL()).constData(), &status);
+        return int(status.st_mode & 07777);
+    };
+    QCOMPARE(
+        chmod(
+            QFile::encodeName(home.locations.templateURL()).constData(),
+            static_cast<mode_t>(source)),
+        0);
+    // Whatever stood there before: its readers are not the new file's.
+    for (int round = 0; round < 2; ++round) {
+        const mode_t usual = umask(static_cast<mode_t>(mask));
+        const auto failure = configureLogin(home.locations, true);
+        umask(usual);
+        QCOMPARE(failure, std::nullopt);
+        QCOMPARE(modeOf(), copy);
+        QCOMPARE(chmod(QFile::encodeName(home.locations.agentURL()).constData(), 0666), 0);
+    }
 }
 
 } // namespace vesk

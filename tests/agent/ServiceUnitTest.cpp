@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -58,6 +60,7 @@ private slots:
     void numbers();
     void noTextBreaksALine();
     void installAndRemove();
+    void unitIsTheUsersOnly();
     void installFailures();
 };
 
@@ -298,6 +301,24 @@ void ServiceUnitTest::installAndRemove() {
     removeServiceUnit(odd.label, units);
     QVERIFY(QDir(units).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
     removeServiceUnit(odd.label, units);
+}
+
+void ServiceUnitTest::unitIsTheUsersOnly() {
+    const QTemporaryDir folder;
+    LaunchAgent odd = agent();
+    odd.environment = {{u"TOKEN"_s, u"secret"_s}};
+    odd.workingDirectory = u"/\n"_s;
+    const mode_t usual = umask(0);
+    const auto failure = installServiceUnit(odd, folder.path());
+    umask(usual);
+    QCOMPARE(failure, std::nullopt);
+    const auto modeOf = [&](const QString& path) {
+        struct stat status {};
+        stat(QFile::encodeName(folder.filePath(path)).constData(), &status);
+        return int(status.st_mode & 07777);
+    };
+    QCOMPARE(modeOf(unitName(odd.label)), 0600);
+    QCOMPARE(modeOf(unitName(odd.label) + u".paths"_s), 0700);
 }
 
 void ServiceUnitTest::installFailures() {
