@@ -1,9 +1,11 @@
 """Every way to end the dashboard, and the keys and the menu of its window."""
 
+import signal
 import time
 
 from harness.application import Application
 from harness.case import DesktopCase
+from harness.tool import Tool
 from harness.waiting import wait_for
 from harness.worker import bay
 
@@ -69,6 +71,44 @@ class QuitTest(DesktopCase):
         dashboard = self.dashboard(worker.port)
         wait_for("a health request", worker.requests)
         self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)["tray"])
+
+    def stopped_dashboard(self, *command):
+        worker = self.worker()
+        port = worker.port
+        worker.stop()
+        dashboard = self.dashboard(port, command=command)
+        dashboard.wait_for_text("Processing is stopped")
+        return dashboard
+
+    def test_quit_while_a_start_is_under_way(self):
+        host = self.tray_host()
+        for name in ("tray", "key", "desktop", "signal"):
+            with self.step(name):
+                tool = Tool(self.desktop)
+                tool.hold()
+                dashboard = self.stopped_dashboard(tool.dashboard)
+                self.person.click(dashboard.control("push button", "Start processing"))
+                wait_for("the tool's first call", tool.calls)
+                if name == "signal":
+                    dashboard.send(signal.SIGKILL)
+                    dashboard.wait()
+                else:
+                    self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)[name])
+                self.assertEqual(tool.calls(), ["print"])
+                tool.release()
+                wait_for("the start's end", lambda: tool.calls() == ["print", "bootstrap"])
+
+    def test_start_from_a_program_that_ignores_its_childrens_ends(self):
+        tool = Tool(self.desktop)
+        dashboard = self.stopped_dashboard(
+            "/usr/bin/env", "--ignore-signal=CHLD", tool.dashboard
+        )
+        self.person.click(dashboard.control("push button", "Start processing"))
+        wait_for("the start's end", lambda: "bootstrap" in tool.calls())
+        wait_for(
+            "the button", lambda: dashboard.control("push button", "Start processing").has("enabled")
+        )
+        self.assertEqual(dashboard.sheets(), [])
 
     def test_keys_of_the_window(self):
         self.tray_host()

@@ -29,10 +29,10 @@ def visited_home(desktop):
 
 
 class Dashboard:
-    """With a home of its own unless one is given in `home`, the environment of another; `without`
-    the variables of those names."""
+    """With a home of its own unless one is given in `home`, the environment of another; without
+    the variables named in `without`; started by `command`."""
 
-    def __init__(self, desktop, *arguments, home=None, token=None, without=()):
+    def __init__(self, desktop, *arguments, home=None, token=None, without=(), command=(DASHBOARD,)):
         number = next(_numbers)
         self.desktop = desktop
         self.home = home or visited_home(desktop)
@@ -42,7 +42,7 @@ class Dashboard:
         for name in without:
             del environment[name]
         self._process = Process(
-            [DASHBOARD, *map(str, arguments)], environment, desktop.folder, f"dashboard{number}"
+            [*command, *map(str, arguments)], environment, desktop.folder, f"dashboard{number}"
         )
         self.accessible = Accessible(self._process.pid)
 
