@@ -7,6 +7,7 @@
 #include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
 #include <QShortcut>
@@ -19,6 +20,9 @@ namespace {
 
 constexpr QSize usualSize(720, 390);
 constexpr QSize smallestSize(650, 365);
+
+/// As much of a window's upper edge as a person needs to take hold of it.
+constexpr QSize handleSize(80, 20);
 
 /// A window whose menu assistive technology can open, and finds while it is open.
 class WindowInterface final : public QAccessibleWidget {
@@ -83,6 +87,7 @@ DashboardWindow::DashboardWindow()
     // The toolkit itself knows the menu key only.
     auto* menuKey = new QShortcut(Qt::SHIFT | Qt::Key_F10, this);
     connect(menuKey, &QShortcut::activated, this, &DashboardWindow::openMenu);
+    followScreens();
 }
 
 bool DashboardWindow::isVisibleToUser() const {
@@ -101,6 +106,7 @@ void DashboardWindow::bringToFront() {
     if (isMinimized()) {
         setWindowState(windowState() & ~Qt::WindowMinimized);
     }
+    keepReachable();
     show();
     raise();
     activateWindow();
@@ -133,6 +139,33 @@ void DashboardWindow::closeEvent(QCloseEvent* event) {
     } else {
         showMinimized();
     }
+}
+
+void DashboardWindow::followScreens() {
+    const auto follow = [this](const QScreen* screen) {
+        connect(
+            screen, &QScreen::availableGeometryChanged, this, &DashboardWindow::keepReachable,
+            Qt::QueuedConnection);
+    };
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        follow(screen);
+    }
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
+    connect(
+        qGuiApp, &QGuiApplication::screenRemoved, this, &DashboardWindow::keepReachable,
+        Qt::QueuedConnection);
+}
+
+void DashboardWindow::keepReachable() {
+    const QRect frame = frameGeometry();
+    const QRect edge(frame.topLeft(), QSize(frame.width(), handleSize.height()));
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect seen = screen->availableGeometry() & edge;
+        if (seen.width() >= handleSize.width() && seen.height() >= handleSize.height()) {
+            return;
+        }
+    }
+    centre();
 }
 
 void DashboardWindow::centre() {

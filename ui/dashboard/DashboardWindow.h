@@ -51,6 +51,8 @@ protected:
 
 private:
     void centre();
+    void followScreens();
+    void keepReachable();
 
     CompactPanelView* panel_;
     QMenu* menu_;

@@ -78,6 +78,8 @@ private slots:
     void hiddenWindowComesBackWhenItsWayIsGone();
     void neverShownStaysHidden();
     void bringToFrontRestores();
+    void comesBackFromAScreenThatIsGone_data();
+    void comesBackFromAScreenThatIsGone();
     void visibilityIsTold();
 };
 
@@ -230,6 +232,33 @@ void DashboardWindowTest::bringToFrontRestores() {
     window.bringToFront();
     QVERIFY(!window.isMinimized());
     QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+void DashboardWindowTest::comesBackFromAScreenThatIsGone_data() {
+    QTest::addColumn<QPoint>("place");
+    QTest::addColumn<bool>("stays");
+    QTest::newRow("to the right") << QPoint(5000, 100) << false;
+    QTest::newRow("below") << QPoint(100, 5000) << false;
+    QTest::newRow("above, its edge out of reach") << QPoint(20, -200) << false;
+    QTest::newRow("a corner of it left") << QPoint(-700, 10) << false;
+    QTest::newRow("partly below") << QPoint(20, 700) << true;
+    QTest::newRow("partly to the left") << QPoint(-300, 10) << true;
+}
+
+void DashboardWindowTest::comesBackFromAScreenThatIsGone() {
+    QFETCH(const QPoint, place);
+    QFETCH(const bool, stays);
+    DashboardWindow window;
+    window.bringToFront();
+    window.move(place);
+    const QPoint moved = window.pos();
+    window.hide();
+    window.bringToFront();
+    if (stays) {
+        QCOMPARE(window.pos(), moved);
+    } else {
+        QVERIFY(window.screen()->availableGeometry().contains(window.frameGeometry().topLeft()));
+    }
 }
 
 void DashboardWindowTest::visibilityIsTold() {
