@@ -1,5 +1,6 @@
 #include "agent/systemd/AgentGenerator.h"
 
+#include "agent/systemd/AgentPlaces.h"
 #include "agent/systemd/ServiceUnit.h"
 
 #include <QDir>
@@ -22,6 +23,7 @@ std::optional<ServiceError> generate(const QString& file, const QString& units) 
         return serviceError(
             1, u"Another launch agent has the label \"%1\" already."_s.arg(agent.label));
     }
+    makeLogFolders(agent);
     if (auto failure = installServiceUnit(agent, units)) {
         return failure;
     }

@@ -227,7 +227,11 @@ std::variant<LaunchAgent, ServiceError> loadLaunchAgent(const QString& path) {
     if (const auto* failure = std::get_if<ServiceError>(&parsed)) {
         return *failure;
     }
-    return readLaunchAgent(std::get<QVariant>(parsed));
+    auto agent = readLaunchAgent(std::get<QVariant>(parsed));
+    if (auto* read = std::get_if<LaunchAgent>(&agent)) {
+        read->source = path;
+    }
+    return agent;
 }
 
 } // namespace vesk

@@ -16,6 +16,7 @@ namespace vesk {
 struct LaunchAgent {
     enum class KeepAlive { Never, Always, AfterSuccess, AfterFailure };
 
+    QString source; ///< the file it was read from
     QString label;
     QString program;       ///< absolute path of the executable
     QStringList arguments; ///< its own name first, never empty
@@ -41,7 +42,7 @@ struct LaunchAgent {
 /// value cannot be honoured is an error that names it.
 [[nodiscard]] std::variant<LaunchAgent, ServiceError> readLaunchAgent(const QVariant& propertyList);
 
-/// The same from the file at `path`.
+/// The same from the file at `path`, an absolute one.
 [[nodiscard]] std::variant<LaunchAgent, ServiceError> loadLaunchAgent(const QString& path);
 
 } // namespace vesk

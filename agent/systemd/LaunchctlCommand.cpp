@@ -1,13 +1,10 @@
 #include "agent/systemd/LaunchctlCommand.h"
 
 #include "agent/ServiceTarget.h"
+#include "agent/systemd/AgentPlaces.h"
 #include "agent/systemd/ServiceUnit.h"
 
-#include <QFile>
-
-#include <cerrno>
-
-#include <unistd.h>
+#include <QFileInfo>
 
 namespace vesk {
 
@@ -61,34 +58,60 @@ ToolResult print(const QString& target, const UserManager& manager) {
         });
 }
 
+/// The place that systemd could not use, according to its exit status.
+QString unusablePlace(const LaunchAgent& agent, int failure) {
+    switch (failure) {
+    case UserManager::folderFailure:
+        return u"The folder \"%1\" cannot be entered."_s.arg(
+            agent.workingDirectory.value_or(u"/"_s));
+    case UserManager::programFailure:
+        return u"The program \"%1\" cannot be run."_s.arg(agent.program);
+    case UserManager::outputFailure:
+        return u"The log file \"%1\" cannot be written."_s.arg(
+            agent.standardOutPath.value_or(QString()));
+    case UserManager::errorFailure:
+        return u"The log file \"%1\" cannot be written."_s.arg(
+            agent.standardErrorPath.value_or(QString()));
+    default:
+        return {};
+    }
+}
+
+/// Starts the agent's unit. Of a failure systemd only says where it has noted it, so that the agent
+/// is asked what is in its way.
+std::optional<ServiceError>
+start(const LaunchAgent& agent, const QString& unit, const UserManager& manager) {
+    makeLogFolders(agent);
+    auto failure = manager.restart(unit);
+    if (!failure) {
+        return std::nullopt;
+    }
+    if (auto found = obstacle(agent)) {
+        return found;
+    }
+    const auto state = manager.state(unit);
+    const auto* known = std::get_if<UserManager::UnitState>(&state);
+    const QString place =
+        known != nullptr ? unusablePlace(agent, known->executionFailure) : QString();
+    return place.isEmpty() ? failure : serviceError(failure->code, place);
+}
+
 ToolResult kickstart(const QString& target, const UserManager& manager) {
     return withLoaded(
-        target, manager, [&](const QString& unit, const UserManager::UnitState&) -> ToolResult {
-            if (auto failure = manager.restart(unit)) {
+        target, manager,
+        [&](const QString& unit, const UserManager::UnitState& state) -> ToolResult {
+            const auto loaded = loadLaunchAgent(state.source);
+            const auto* agent = std::get_if<LaunchAgent>(&loaded);
+            auto failure = agent != nullptr ? start(*agent, unit, manager) : manager.restart(unit);
+            if (failure) {
                 return *std::move(failure);
             }
             return QString();
         });
 }
 
-/// Why the agent could not run even once. systemd would find out after it has said that all is
-/// well.
-std::optional<ServiceError> obstacle(const LaunchAgent& agent) {
-    const auto check = [](const QString& path, const QString& what) {
-        return access(QFile::encodeName(path).constData(), X_OK) == 0
-                   ? std::nullopt
-                   : std::optional(systemError(errno, what.arg(path)));
-    };
-    if (auto failure = check(agent.program, u"The program \"%1\" cannot be run"_s)) {
-        return failure;
-    }
-    return agent.workingDirectory
-               ? check(*agent.workingDirectory + u'/', u"The folder \"%1\" cannot be entered"_s)
-               : std::nullopt;
-}
-
 std::optional<ServiceError> load(const QString& file, const UserManager& manager) {
-    const auto loadedAgent = loadLaunchAgent(file);
+    const auto loadedAgent = loadLaunchAgent(QFileInfo(file).absoluteFilePath());
     if (const auto* failure = std::get_if<ServiceError>(&loadedAgent)) {
         return *failure;
     }
@@ -103,6 +126,7 @@ std::optional<ServiceError> load(const QString& file, const UserManager& manager
             alreadyLoaded, u"The service \"%1\" is already loaded."_s.arg(agent.label));
     }
 
+    makeLogFolders(agent);
     auto failure = obstacle(agent);
     if (failure) {
         return failure;
@@ -112,7 +136,7 @@ std::optional<ServiceError> load(const QString& file, const UserManager& manager
         failure = manager.reload();
     }
     if (!failure && agent.startsWhenLoaded()) {
-        failure = manager.restart(unit);
+        failure = start(agent, unit, manager);
     }
     if (failure) {
         // So that the next attempt reads the file again, which may have been mended by then.

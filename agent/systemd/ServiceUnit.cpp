@@ -71,8 +71,9 @@ QByteArray pathSetting(const QByteArray& path) {
     return setting.endsWith('\\') || setting.endsWith(' ') ? setting + '/' : setting;
 }
 
+/// systemd takes no way up either.
 bool isPlainPath(const QByteArray& path) {
-    return std::none_of(path.begin(), path.end(), isControl);
+    return std::none_of(path.begin(), path.end(), isControl) && !path.split('/').contains("..");
 }
 
 class Translation {
@@ -81,8 +82,15 @@ public:
         : agent_(agent), linkFolder_(std::move(linkFolder)) {}
 
     ServiceUnit unit() {
+        unit_.text = "[Unit]\n";
+        if (!agent_.source.isEmpty()) {
+            set("SourcePath", path(u"source"_s, agent_.source));
+        }
         // However often it ends: the wait between two runs is all that holds it back.
-        unit_.text = "[Unit]\nStartLimitIntervalSec=0\n\n[Service]\nType=simple\n";
+        set("StartLimitIntervalSec", "0");
+        unit_.text += "\n[Service]\n";
+        // Started is what was really executed.
+        set("Type", "exec");
         command();
         surroundings();
         streams();

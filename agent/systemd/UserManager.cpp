@@ -1,5 +1,6 @@
 #include "agent/systemd/UserManager.h"
 
+#include <csignal>
 #include <utility>
 
 namespace vesk {
@@ -7,6 +8,9 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr int firstOwnStatus = 200;
+constexpr int lastOwnStatus = 245;
 
 std::optional<ServiceError> failureOf(const ToolResult& result) {
     const auto* failure = std::get_if<ServiceError>(&result);
@@ -23,12 +27,17 @@ QString UserManager::unitFolder() const {
 }
 
 std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QString& unit) const {
-    const ToolResult result =
-        call({u"show"_s, u"--property=LoadState,MainPID,FragmentPath"_s, unit});
+    const ToolResult result = call(
+        {u"show"_s,
+         u"--property=LoadState,MainPID,FragmentPath,SourcePath,ExecMainPID,ExecMainCode,"
+         "ExecMainStatus"_s,
+         unit});
     if (const auto* failure = std::get_if<ServiceError>(&result)) {
         return *failure;
     }
     UnitState state;
+    bool exited = false;
+    int status = 0;
     const QStringList lines = std::get<QString>(result).split(u'\n');
     for (const QString& line : lines) {
         const QString key = line.section(u'=', 0, 0);
@@ -39,13 +48,31 @@ std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QStr
             state.mainProcess = value.toLongLong();
         } else if (key == u"FragmentPath") {
             state.file = value;
+        } else if (key == u"SourcePath") {
+            state.source = value;
+        } else if (key == u"ExecMainPID") {
+            state.lastProcess = value.toLongLong();
+        } else if (key == u"ExecMainCode") {
+            exited = value.toInt() == CLD_EXITED;
+        } else if (key == u"ExecMainStatus") {
+            status = value.toInt();
         }
+    }
+    if (exited && status >= firstOwnStatus && status <= lastOwnStatus) {
+        state.executionFailure = status;
     }
     return state;
 }
 
 std::optional<ServiceError> UserManager::restart(const QString& unit) const {
-    return failureOf(call({u"restart"_s, unit}));
+    const auto before = state(unit);
+    auto failure = failureOf(call({u"restart"_s, unit}));
+    const auto after = failure ? state(unit) : before;
+    const auto* old = std::get_if<UnitState>(&before);
+    const auto* now = std::get_if<UnitState>(&after);
+    const bool wasExecuted = old != nullptr && now != nullptr
+                             && now->lastProcess != old->lastProcess && now->executionFailure == 0;
+    return wasExecuted ? std::nullopt : failure;
 }
 
 std::optional<ServiceError> UserManager::stop(const QString& unit) const {

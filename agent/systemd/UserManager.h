@@ -14,7 +14,19 @@ public:
         bool loaded = false;    ///< its unit file is known and sound
         qint64 mainProcess = 0; ///< process id, 0 while it does not run
         QString file;           ///< where the unit comes from
+        QString source;         ///< what the unit was made from
+
+        qint64 lastProcess = 0; ///< the main process, also when it has ended
+        /// What of the last process systemd could not do, as an exit status of its own; 0 when it
+        /// executed the program.
+        int executionFailure = 0;
     };
+
+    /// The exit statuses with which systemd tells that it could not do what a unit asks.
+    static constexpr int folderFailure = 200;
+    static constexpr int programFailure = 203;
+    static constexpr int outputFailure = 209;
+    static constexpr int errorFailure = 222;
 
     /// `runtimeFolder` is the user's XDG_RUNTIME_DIR.
     UserManager(QString systemctl, QString runtimeFolder);
@@ -24,7 +36,8 @@ public:
 
     [[nodiscard]] std::variant<UnitState, ServiceError> state(const QString& unit) const;
 
-    /// Kills the unit's processes, if there are any, and starts it; returns when it runs.
+    /// Kills the unit's processes, if there are any, and starts it; returns when its program has
+    /// been executed. One that has ended by then was started all the same.
     [[nodiscard]] std::optional<ServiceError> restart(const QString& unit) const;
 
     [[nodiscard]] std::optional<ServiceError> stop(const QString& unit) const;

@@ -77,6 +77,7 @@ void LaunchAgentTest::everything() {
     map.insert(u"Nice"_s, qint64(-20));
     map.insert(u"Umask"_s, qint64(0777));
     const LaunchAgent expected{
+        .source = {},
         .label = u"com.example.a"_s,
         .program = u"/bin/a"_s,
         .arguments = {u"a"_s, u""_s, u"größe\n"_s},

@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -114,10 +115,21 @@ private slots:
     void loginWithBadFiles();
     void wordsArriveUntouched_data();
     void wordsArriveUntouched();
+    void controlCharactersArriveUntouched();
     void placesArriveUntouched_data();
     void placesArriveUntouched();
+    void placesByADetour();
     void programAndItsName();
     void streamsToFiles();
+    void logFoldersInTheHomeAreMade_data();
+    void logFoldersInTheHomeAreMade();
+    void logFolderGoneMeanwhile();
+    void logFolderAtLogin();
+    void programGoneMeanwhile();
+    void programThatEndsAtOnce();
+    void quitWhileItStarts();
+    void startedByAProgramThatIgnoresItsChildren();
+    void printThatCannotBeWritten();
     void maskAndNiceness();
     void managerGone();
 
@@ -173,6 +185,7 @@ private:
 };
 
 void ManagedServiceTest::init() {
+    qputenv("HOME", QFile::encodeName(home_.path()));
     launchctl_ = std::make_unique<Launchctl>(QStringLiteral(VESK_COMPANION));
     if (!manager_.isRunning() && !manager_.start()) {
         QSKIP(("NOT TESTED: this machine does not let a user's systemd start: " + manager_.log())
@@ -263,17 +276,45 @@ void ManagedServiceTest::bootstrapFailures_data() {
         u"The program \"/nowhere/probe\" cannot be run: No such file or directory"_s);
     row("program not executable", agentPropertyList(atLoad + entry(u"Program"_s, u"/etc/passwd"_s)),
         u"Permission denied"_s);
+    row("folder as the program", agentPropertyList(atLoad + entry(u"Program"_s, u"/usr"_s)),
+        u"The program \"/usr\" cannot be run: Is a directory"_s);
+    row("program of another system",
+        agentPropertyList(atLoad + entry(u"Program"_s, u"HOME/garbage"_s)),
+        u"The program \"HOME/garbage\" cannot be run."_s);
+    const auto logging = [&](const char* name, const QString& key, const QString& path,
+                             const QString& why) {
+        row(name,
+            agentPropertyList(atLoad + entry(u"Program"_s, u"/bin/true"_s) + entry(key, path)),
+            u"The log file \"%1\" cannot be written: %2"_s.arg(path, why));
+    };
+    const auto missing = u"No such file or directory"_s;
+    logging(
+        "log in a missing folder elsewhere", u"StandardOutPath"_s, u"/nowhere/a.log"_s, missing);
+    logging(
+        "errors in a missing folder elsewhere", u"StandardErrorPath"_s, u"/nowhere/a.log"_s,
+        missing);
+    logging("log out of the home", u"StandardOutPath"_s, u"HOME/../nowhere-logs/a.log"_s, missing);
+    logging("log beyond a missing folder", u"StandardOutPath"_s, u"HOME/no/../a.log"_s, missing);
+    logging("log a folder", u"StandardOutPath"_s, u"HOME"_s, u"Is a directory"_s);
+    logging("log in a file", u"StandardOutPath"_s, u"HOME/garbage/a.log"_s, u"Not a directory"_s);
     row("missing folder",
         agentPropertyList(
             atLoad + entry(u"Program"_s, u"/bin/true"_s)
             + entry(u"WorkingDirectory"_s, u"/nowhere"_s)),
-        u"The folder \"/nowhere/\" cannot be entered: No such file or directory"_s);
+        u"The folder \"/nowhere\" cannot be entered: No such file or directory"_s);
 }
 
 void ManagedServiceTest::bootstrapFailures() {
     QFETCH(const QByteArray, file);
-    QFETCH(const QString, words);
-    write(locations().templateURL(), file);
+    QFETCH(QString, words);
+    const auto atHome = [&](const QByteArray& text) {
+        return QByteArray(text).replace("HOME", QFile::encodeName(home_.path()));
+    };
+    words = QString::fromUtf8(atHome(words.toUtf8()));
+    const QString garbage = home_.filePath(u"garbage"_s);
+    write(garbage, "no program");
+    QVERIFY(QFile::setPermissions(garbage, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    write(locations().templateURL(), atHome(file));
     const auto failure = start();
     QVERIFY(failure);
     QVERIFY2(
@@ -500,7 +541,7 @@ void ManagedServiceTest::wordsArriveUntouched_data() {
     row("shell", u"`id` $(id) | > < & * ? ~ { }"_s);
     row("UTF-8", u"größe € 😀 \u00a0"_s);
     row("carriage return", u"a\r\nb\r"_s, false);
-    row("control characters", u"\u0001\u001b[0m\u0007\u007f"_s, false);
+    row("delete", u"a\u007f"_s, false);
     row("C1 control character", u"a\u0085b"_s);
     row("long", QString(20'000, u'x') + u" \"\\%$\n"_s);
 }
@@ -525,6 +566,36 @@ void ManagedServiceTest::wordsArriveUntouched() {
     QCOMPARE(fields().value(5), text.toUtf8());
     QCOMPARE(fields().value(6), QByteArray("after"));
     QCOMPARE(fields().value(7), asVariable ? "ODD_A=" + text.toUtf8() : QByteArray());
+}
+
+void ManagedServiceTest::controlCharactersArriveUntouched() {
+    // XML has no notation for them.
+    QByteArray word;
+    for (char sign = 1; sign < ' '; ++sign) {
+        word += sign;
+    }
+    const auto text = [](const QByteArray& bytes) {
+        return "\x5f\x11" + bigEndian(static_cast<quint64>(bytes.size()), 2) + bytes;
+    };
+    const auto references = [](const QList<quint64>& values) {
+        QByteArray bytes;
+        for (const quint64 value : values) {
+            bytes += bigEndian(value, 2);
+        }
+        return bytes;
+    };
+    write(
+        locations().templateURL(),
+        binaryPropertyListOf(
+            {"\xd4" + references({1, 2, 3, 4, 5, 6, 7, 8}), text("Label"), text("ProgramArguments"),
+             text("EnvironmentVariables"), text("RunAtLoad"),
+             text(ServiceLocations::serviceLabel.toUtf8()), "\xa3" + references({9, 10, 11}),
+             "\xd1" + references({12, 13}), "\x09", text(VESK_PROBE), text(word), text("after"),
+             text("PROBE_REPORT"), text(QFile::encodeName(report()))}));
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QCOMPARE(fields().value(5), word);
+    QCOMPARE(fields().value(6), QByteArray("after"));
 }
 
 void ManagedServiceTest::placesArriveUntouched_data() {
@@ -565,6 +636,22 @@ void ManagedServiceTest::placesArriveUntouched() {
     QVERIFY(isRunning());
 }
 
+void ManagedServiceTest::placesByADetour() {
+    const QString detour = home_.filePath(u"a/../a"_s);
+    QVERIFY(QDir().mkpath(home_.filePath(u"a"_s)));
+    const QString program = detour + u"/probe"_s;
+    QVERIFY(QFile::copy(QStringLiteral(VESK_PROBE), program));
+    putTemplate(
+        atLoad + probeKeys(report(), {}, {}, program) + entry(u"WorkingDirectory"_s, detour)
+        + entry(u"StandardOutPath"_s, detour + u"/out"_s)
+        + entry(u"StandardErrorPath"_s, detour + u"/err"_s));
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QCOMPARE(fields().value(0), QFile::encodeName(QFileInfo(detour).canonicalFilePath()));
+    QCOMPARE(content(detour + u"/out"_s), QByteArray("out\n"));
+    QCOMPARE(content(detour + u"/err"_s), QByteArray("err\n"));
+}
+
 void ManagedServiceTest::programAndItsName() {
     putTemplate(
         atLoad + entry(u"Program"_s, QStringLiteral(VESK_PROBE))
@@ -585,6 +672,127 @@ void ManagedServiceTest::streamsToFiles() {
     QCOMPARE(start(), std::nullopt);
     QTRY_COMPARE_WITH_TIMEOUT(runs(), 2, patience);
     QCOMPARE(content(out), QByteArray("before\nout\nout\n"));
+}
+
+void ManagedServiceTest::logFoldersInTheHomeAreMade_data() {
+    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("one") << u"Library/Logs/out.log"_s << u"Library/Logs/error.log"_s;
+    QTest::newRow("two") << u"Library/Logs/a/out.log"_s << u"Library/Logs/b/c/error.log"_s;
+    QTest::newRow("odd") << u"Li\"b\nr%/out.log"_s << u"L i /error.log"_s;
+    QTest::newRow("by a detour") << u"Library/../Library/Logs/a.log"_s << u"./Logs//error.log"_s;
+}
+
+void ManagedServiceTest::logFoldersInTheHomeAreMade() {
+    QFETCH(const QString, out);
+    QFETCH(const QString, error);
+    putTemplate(
+        atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, home_.filePath(out))
+        + entry(u"StandardErrorPath"_s, home_.filePath(error)));
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QCOMPARE(content(home_.filePath(out)), QByteArray("out\n"));
+    QCOMPARE(content(home_.filePath(error)), QByteArray("err\n"));
+}
+
+void ManagedServiceTest::logFolderGoneMeanwhile() {
+    const QString logs = home_.filePath(u"Library/Logs"_s);
+    putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, logs + u"/a.log"_s));
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QVERIFY(QDir(logs).removeRecursively());
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 2, patience);
+    QCOMPARE(content(logs + u"/a.log"_s), QByteArray("out\n"));
+
+    QVERIFY(QDir(logs).removeRecursively());
+    write(logs, "in the way");
+    const auto failure = start();
+    QVERIFY(failure);
+    QVERIFY2(
+        failure->description.contains(
+            u"The log file \"%1/a.log\" cannot be written: Not a directory"_s.arg(logs)),
+        qPrintable(failure->description));
+}
+
+void ManagedServiceTest::logFolderAtLogin() {
+    const QString log = home_.filePath(u"Library/Logs/a.log"_s);
+    putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, log));
+    QCOMPARE(configureLogin(locations(), true), std::nullopt);
+    manager_.stop();
+    QVERIFY(manager_.start());
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QCOMPARE(content(log), QByteArray("out\n"));
+}
+
+void ManagedServiceTest::programGoneMeanwhile() {
+    const QString program = home_.filePath(u"probe"_s);
+    QVERIFY(QFile::copy(QStringLiteral(VESK_PROBE), program));
+    putTemplate(atLoad + probeKeys(report(), {}, {}, program));
+    QCOMPARE(start(), std::nullopt);
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    QVERIFY(QFile::remove(program));
+    const auto failure = start();
+    QVERIFY(failure);
+    QVERIFY2(
+        failure->description.contains(
+            u"The program \"%1\" cannot be run: No such file or directory"_s.arg(program)),
+        qPrintable(failure->description));
+    QVERIFY(isLoaded());
+}
+
+void ManagedServiceTest::programThatEndsAtOnce() {
+    // It was started, so that is no failure, however soon it ended.
+    for (const QString& end : {u"false"_s, u"true"_s}) {
+        write(
+            locations().templateURL(),
+            agentPropertyList(atLoad + entry(u"Program"_s, u"/bin/"_s + end)));
+        for (int round = 0; round < 5; ++round) {
+            QCOMPARE(start(), std::nullopt);
+            QVERIFY(isLoaded());
+        }
+        static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
+        removeServiceUnit(
+            ServiceLocations::serviceLabel.toString(),
+            qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/systemd/user"_s);
+        static_cast<void>(PrivateManager::systemctl({u"daemon-reload"_s}));
+        static_cast<void>(PrivateManager::systemctl({u"reset-failed"_s}));
+    }
+}
+
+void ManagedServiceTest::quitWhileItStarts() {
+    putTemplate(atLoad + probeKeys(report()));
+    {
+        ServiceStart start(*launchctl_, locations());
+        start.startService([](const auto&) {});
+    }
+    launchctl_.reset();
+    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
+    launchctl_ = std::make_unique<Launchctl>(QStringLiteral(VESK_COMPANION));
+    QTRY_VERIFY_WITH_TIMEOUT(isRunning(), patience);
+}
+
+void ManagedServiceTest::startedByAProgramThatIgnoresItsChildren() {
+    putTemplate(atLoad + probeKeys(report()));
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(
+        u"env"_s, {u"--ignore-signal=CHLD"_s, QStringLiteral(VESK_COMPANION), u"bootstrap"_s,
+                   domainTarget(), locations().templateURL()});
+    QVERIFY(process.waitForFinished(patience));
+    QCOMPARE(process.readAll(), QByteArray());
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(isRunning());
+}
+
+void ManagedServiceTest::printThatCannotBeWritten() {
+    putTemplate(atLoad + probeKeys(report()));
+    QCOMPARE(start(), std::nullopt);
+    QProcess process;
+    process.setStandardOutputFile(u"/dev/full"_s);
+    process.start(QStringLiteral(VESK_COMPANION), {u"print"_s, serviceTarget()});
+    QVERIFY(process.waitForFinished(patience));
+    QCOMPARE(process.exitCode(), 74);
 }
 
 void ManagedServiceTest::maskAndNiceness() {

@@ -209,6 +209,8 @@ void PropertyListTest::refused_data() {
     row("null character as an entity", xmlPropertyList("<string>a&#0;b</string>"));
     row("null character as an entity in a key",
         xmlPropertyList("<dict><key>a&#0;b</key><true/></dict>"));
+    row("control character", xmlPropertyList("<string>a\x1b</string>"));
+    row("control character as an entity", xmlPropertyList("<string>a&#27;</string>"));
     row("key not UTF-8", xmlPropertyList("<dict><key>a\xff</key><true/></dict>"));
     row("own entity", "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><string>&a;</string></plist>");
     row("entity of elsewhere", xmlPropertyList("<string>a&b;c</string>"));

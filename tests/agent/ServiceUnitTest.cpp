@@ -92,7 +92,7 @@ void ServiceUnitTest::theLeast() {
         "StartLimitIntervalSec=0\n"
         "\n"
         "[Service]\n"
-        "Type=simple\n"
+        "Type=exec\n"
         "ExecStart=\"@/bin/a\" \"/bin/a\"\n"
         "StandardError=journal\n"
         "TimeoutStopSec=20\n",
@@ -186,6 +186,9 @@ void ServiceUnitTest::paths_data() {
     QTest::newRow("back-slash within") << u"/a\\x41b"_s << QByteArray("/a\\x41b");
     QTest::newRow("back-slash at the end") << u"/a\\"_s << QByteArray("/a\\/");
     QTest::newRow("UTF-8") << u"/ä€"_s << QByteArray("/ä€");
+    QTest::newRow("points within") << u"/a..b/..."_s << QByteArray("/a..b/...");
+    QTest::newRow("way up") << u"/a/../b"_s << QByteArray();
+    QTest::newRow("way up at the end") << u"/a/.."_s << QByteArray();
     QTest::newRow("line feed") << u"/a\nb"_s << QByteArray();
     QTest::newRow("tab") << u"/a\t"_s << QByteArray();
     QTest::newRow("carriage return") << u"/a\r"_s << QByteArray();
@@ -196,16 +199,19 @@ void ServiceUnitTest::paths() {
     QFETCH(const QByteArray, text);
     LaunchAgent odd = agent();
     odd.workingDirectory = odd.standardOutPath = odd.standardErrorPath = path;
+    odd.source = path;
     const ServiceUnit unit = serviceUnit(odd, links);
     if (text.isEmpty()) {
+        QCOMPARE(setting(unit, "SourcePath"), "/run/links/source");
         QCOMPARE(setting(unit, "WorkingDirectory"), "/run/links/directory");
         QCOMPARE(setting(unit, "StandardOutput"), "append:/run/links/output");
         QCOMPARE(setting(unit, "StandardError"), "append:/run/links/error");
         const QMap<QString, QString> expected{
-            {u"directory"_s, path}, {u"output"_s, path}, {u"error"_s, path}};
+            {u"source"_s, path}, {u"directory"_s, path}, {u"output"_s, path}, {u"error"_s, path}};
         QCOMPARE(unit.links, expected);
         return;
     }
+    QCOMPARE(setting(unit, "SourcePath"), text);
     QCOMPARE(setting(unit, "WorkingDirectory"), text);
     QCOMPARE(setting(unit, "StandardOutput"), "append:" + text);
     QCOMPARE(setting(unit, "StandardError"), "append:" + text);
