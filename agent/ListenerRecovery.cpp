@@ -35,7 +35,11 @@ void ListenerRecovery::decide(const ToolResult& description, qint64 misses) {
     const auto* text = std::get_if<QString>(&description);
     const bool running = text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
     if (ListenerRecoveryPolicy::shouldRecover(
-            running, misses, starting_(), false, clock_(), lastRecoveryAttempt_)) {
+            {.serviceRunning = running,
+             .misses = misses,
+             .starting = starting_(),
+             .now = clock_(),
+             .lastAttempt = lastRecoveryAttempt_})) {
         restart();
     } else {
         recoveryInFlight_ = false;

@@ -44,7 +44,7 @@ Control::~Control() = default;
 void Control::connectService() {
     connect(&loop_, &RefreshLoop::healthReceived, this, [this](const ConfirmedHealth& health) {
         render(health);
-        backend_.checkIfDue(screens_.dashboardVisible(), screens_.setupIsOpen());
+        backend_.checkIfDue(attention());
     });
     connect(&loop_, &RefreshLoop::healthMissed, this, &Control::noteHealthMiss);
     connect(&backend_, &BackendCheck::answered, this, &Control::noteBackendAnswer);
@@ -191,7 +191,8 @@ void Control::render(const ConfirmedHealth& health) {
 }
 
 void Control::noteHealthMiss() {
-    consecutiveHealthMisses_ = checkedSum(consecutiveHealthMisses_, 1);
+    consecutiveHealthMisses_ =
+        checkedCount(sum(consecutiveHealthMisses_, 1), "the missed health checks");
     recovery_.recoverStaleListenerIfNeeded(consecutiveHealthMisses_);
     if (online_ && consecutiveHealthMisses_ < RefreshPolicy::offlineAfterMisses) {
         show(reconnectingDashboard(dashboard_));
@@ -212,7 +213,7 @@ void Control::noteBackendAnswer() {
 void Control::showDisconnected() {
     online_ = false;
     backend_.reset();
-    show(disconnectedDashboard(dashboard_, start_.starting()));
+    show(disconnectedDashboard(dashboard_, facts()));
     screens_.refreshSheets();
 }
 
@@ -247,11 +248,14 @@ void Control::showSetup() {
     loop_.reload();
 }
 
+Attention Control::attention() const {
+    return {.visible = screens_.dashboardVisible(), .setup = screens_.setupIsOpen()};
+}
+
 RefreshLoop::Situation Control::situation() const {
     return {
-        .visible = screens_.dashboardVisible(),
-        .active = online_ && activeCount(slotRecords(lastHealth_)) > 0,
-        .setup = screens_.setupIsOpen(),
+        .attention = attention(),
+        .active = online_ && lastHealth_.bays.active() > 0,
         .changingPolicy = deepJobs_.changingPolicy()};
 }
 

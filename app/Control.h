@@ -84,6 +84,7 @@ private:
     void show(Dashboard next);
     void change(bool deep);
 
+    [[nodiscard]] Attention attention() const;
     [[nodiscard]] RefreshLoop::Situation situation() const;
     [[nodiscard]] ServiceFacts facts() const;
 

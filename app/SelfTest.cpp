@@ -23,73 +23,79 @@ void check(bool condition) {
 }
 
 void checkPresentation() {
+    constexpr ServiceState ready{.online = true, .accepting = true};
     const SlotPresentation video(
-        {{u"state"_s, u"busy"_s},
-         {u"stage"_s, u"describe"_s},
-         {u"media_kind"_s, u"video"_s},
-         {u"phase"_s, u"processing"_s},
-         {u"position_ms"_s, 1500}},
-        true, true);
+        {.state = u"busy"_s,
+         .phase = u"processing"_s,
+         .stage = u"describe"_s,
+         .mediaKind = u"video"_s,
+         .positionMs = 1500},
+        ready);
     check(video.title.contains(u"Video") && video.detail.contains(u"1.5"));
 
-    const SlotPresentation idle(
-        {{u"state"_s, u"idle"_s},
-         {u"stage"_s, u"audio"_s},
-         {u"preview"_s, QJsonObject{{u"kind"_s, u"audio_frame"_s}}}},
-        true, true);
+    const SlotPresentation idle({.state = u"idle"_s, .stage = u"audio"_s}, ready);
     check(idle.state == u"Ready" && !idle.title.contains(u"audio"));
 
     const SlotPresentation finished(
-        {{u"state"_s, u"idle"_s},
-         {u"last_stage"_s, u"describe"_s},
-         {u"last_media_kind"_s, u"video"_s},
-         {u"last_finished_seconds_ago"_s, 3}},
-        true, true);
+        {.state = u"idle"_s,
+         .lastStage = u"describe"_s,
+         .lastMediaKind = u"video"_s,
+         .lastFinishedSecondsAgo = 3},
+        ready);
     check(finished.state == u"Ready" && finished.detail.contains(u"video visual"));
 
     const SlotPresentation cooling(
-        {{u"state"_s, u"waiting"_s}, {u"stage"_s, u"describe"_s}, {u"phase"_s, u"cooling"_s}}, true,
-        true);
+        {.state = u"waiting"_s, .phase = u"cooling"_s, .stage = u"describe"_s}, ready);
     check(cooling.state == u"Cooling");
-    check(SlotPresentation({}, false, true).state == u"Offline");
-    check(SlotPresentation({}, true, false).state == u"Paused");
+    check(SlotPresentation({}, {.online = false, .accepting = true}).state == u"Offline");
+    check(SlotPresentation({}, {.online = true, .accepting = false}).state == u"Paused");
 }
 
 void checkProgress() {
-    const RackProgress frames({{u"progress_current"_s, 2}, {u"progress_total"_s, 4}}, 0, 45);
+    constexpr Cooldown none{.left = 0, .whole = 45};
+    const RackProgress frames({.progressCurrent = 2, .progressTotal = 4}, none);
     check(frames.exact && frames.value == 0.5 && frames.label == u"frame 2/4");
 
     const RackProgress estimate(
-        {{u"state"_s, u"busy"_s}, {u"phase"_s, u"processing"_s}, {u"elapsed_ms"_s, 90000}}, 0, 45);
+        {.state = u"busy"_s, .phase = u"processing"_s, .elapsedMs = 90000}, none);
     check(!estimate.exact && estimate.value > 0.34 && estimate.value < 0.92);
 
-    const RackProgress cooling({{u"state"_s, u"waiting"_s}, {u"phase"_s, u"cooling"_s}}, 15, 45);
+    const RackProgress cooling(
+        {.state = u"waiting"_s, .phase = u"cooling"_s}, {.left = 15, .whole = 45});
     check(cooling.exact && cooling.label.contains(u"15s"));
 }
 
 void checkRefreshPolicy() {
-    check(RefreshPolicy::health(true, true, false) == Seconds(1.5));
-    check(RefreshPolicy::health(true, false, false) == Seconds(5.0));
-    check(RefreshPolicy::health(false, true, false) == Seconds(10.0));
-    check(RefreshPolicy::health(false, false, false) == Seconds(30.0));
-    check(RefreshPolicy::health(false, false, true) == Seconds(1.5));
-    check(RefreshPolicy::diagnostics(false, false) == Seconds(300.0));
-    check(RefreshPolicy::diagnostics(true, false) == Seconds(60.0));
-    check(RefreshPolicy::diagnostics(false, true) == Seconds(30.0));
+    constexpr Attention hidden;
+    constexpr Attention visible{.visible = true};
+    constexpr Attention setup{.setup = true};
+    check(RefreshPolicy::health(visible, true) == Seconds(1.5));
+    check(RefreshPolicy::health(visible, false) == Seconds(5.0));
+    check(RefreshPolicy::health(hidden, true) == Seconds(10.0));
+    check(RefreshPolicy::health(hidden, false) == Seconds(30.0));
+    check(RefreshPolicy::health(setup, false) == Seconds(1.5));
+    check(RefreshPolicy::diagnostics(hidden) == Seconds(300.0));
+    check(RefreshPolicy::diagnostics(visible) == Seconds(60.0));
+    check(RefreshPolicy::diagnostics(setup) == Seconds(30.0));
     check(RefreshPolicy::offlineAfterMisses == 3);
 }
 
 void checkListenerRecovery() {
     using Policy = ListenerRecoveryPolicy;
-    const TimePoint now(1000s);
     check(Policy::serviceReportsRunning(u"service = {\n\tstate = running\n}"));
     check(!Policy::serviceReportsRunning(u"service = {\n\tstate = waiting\n}"));
-    check(!Policy::shouldRecover(true, 2, false, false, now, {}));
-    check(!Policy::shouldRecover(false, 3, false, false, now, {}));
-    check(!Policy::shouldRecover(true, 3, true, false, now, {}));
-    check(!Policy::shouldRecover(true, 3, false, true, now, {}));
-    check(!Policy::shouldRecover(true, 3, false, false, now, now - 89s));
-    check(Policy::shouldRecover(true, 3, false, false, now, now - 90s));
+
+    const TimePoint now(1000s);
+    check(!Policy::shouldRecover({.serviceRunning = true, .misses = 2, .now = now}));
+    check(!Policy::shouldRecover({.serviceRunning = false, .misses = 3, .now = now}));
+    check(!Policy::shouldRecover(
+        {.serviceRunning = true, .misses = 3, .starting = true, .now = now}));
+    check(!Policy::shouldRecover(
+        {.serviceRunning = true, .misses = 3, .recoveryInFlight = true, .now = now}));
+    check(!Policy::shouldRecover(
+        {.serviceRunning = true, .misses = 3, .now = now, .lastAttempt = now - 89s}));
+    check(Policy::shouldRecover(
+        {.serviceRunning = true, .misses = 3, .now = now, .lastAttempt = now - 90s}));
 }
 
 } // namespace

@@ -13,13 +13,12 @@ bool ListenerRecoveryPolicy::serviceReportsRunning(QStringView description) {
     });
 }
 
-bool ListenerRecoveryPolicy::shouldRecover(
-    bool serviceRunning, qint64 misses, bool starting, bool recoveryInFlight, TimePoint now,
-    std::optional<TimePoint> lastAttempt) noexcept {
-    if (!serviceRunning || misses < missesBeforeRecovery || starting || recoveryInFlight) {
+bool ListenerRecoveryPolicy::shouldRecover(const Situation& situation) noexcept {
+    if (!situation.serviceRunning || situation.misses < missesBeforeRecovery || situation.starting
+        || situation.recoveryInFlight) {
         return false;
     }
-    return !lastAttempt || Seconds(now - *lastAttempt) >= cooldown;
+    return !situation.lastAttempt || Seconds(situation.now - *situation.lastAttempt) >= cooldown;
 }
 
 } // namespace vesk

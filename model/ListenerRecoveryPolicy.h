@@ -22,10 +22,18 @@ struct ListenerRecoveryPolicy {
     /// lines is "state = running", blanks around it aside.
     [[nodiscard]] static bool serviceReportsRunning(QStringView description);
 
+    /// What decides over a restart.
+    struct Situation {
+        bool serviceRunning = false;   ///< the service manager says so
+        qint64 misses = 0;             ///< failed health fetches in a row
+        bool starting = false;         ///< a start of the service is under way
+        bool recoveryInFlight = false; ///< a restart is under way
+        TimePoint now;
+        std::optional<TimePoint> lastAttempt; ///< when the last restart was begun
+    };
+
     /// Whether to restart the service now. A `lastAttempt` in the future declines.
-    [[nodiscard]] static bool shouldRecover(
-        bool serviceRunning, qint64 misses, bool starting, bool recoveryInFlight, TimePoint now,
-        std::optional<TimePoint> lastAttempt) noexcept;
+    [[nodiscard]] static bool shouldRecover(const Situation& situation) noexcept;
 };
 
 } // namespace vesk

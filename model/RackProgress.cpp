@@ -1,7 +1,6 @@
 #include "model/RackProgress.h"
 
 #include "model/Checked.h"
-#include "model/LenientReader.h"
 
 #include <algorithm>
 
@@ -16,18 +15,18 @@ constexpr double queuedPosition = 0.10;
 constexpr double loadingPosition = 0.24;
 constexpr double returningPosition = 0.96;
 
-double coolingFraction(double cooldown, double cooldownCap) {
-    if (cooldownCap <= 0) {
+double coolingFraction(Cooldown cooldown) {
+    if (cooldown.whole <= 0) {
         return 0.08;
     }
-    return std::max(0.04, std::min(0.96, 1 - cooldown / cooldownCap));
+    return std::max(0.04, std::min(0.96, 1 - cooldown.left / cooldown.whole));
 }
 
-QString coolingLabel(double cooldown) {
-    if (cooldown <= 0) {
+QString coolingLabel(Cooldown cooldown) {
+    if (cooldown.left <= 0) {
         return u"cooling"_s;
     }
-    return u"cooling "_s + QString::number(wholeSecondsUp(cooldown)) + u"s"_s;
+    return u"cooling "_s + QString::number(wholeSecondsUp(cooldown.left)) + u"s"_s;
 }
 
 /// Starts at 34 %, gains 56 points in three minutes and then stays at 92 % until the service says
@@ -39,9 +38,9 @@ double estimatedFraction(double elapsedSeconds) {
 
 } // namespace
 
-RackProgress::RackProgress(const SlotRecord& slot, double cooldown, double cooldownCap) {
-    const auto current = lenient::integer(slot, u"progress_current");
-    const auto total = lenient::integer(slot, u"progress_total");
+RackProgress::RackProgress(const SlotRecord& slot, Cooldown cooldown) {
+    const auto current = slot.progressCurrent;
+    const auto total = slot.progressTotal;
     if (current && total && *total > 0 && *current > 0 && *current <= *total) {
         value = static_cast<double>(*current) / static_cast<double>(*total);
         label = u"frame "_s + QString::number(*current) + u"/"_s + QString::number(*total);
@@ -52,9 +51,9 @@ RackProgress::RackProgress(const SlotRecord& slot, double cooldown, double coold
         return;
     }
 
-    const QString phase = lenient::string(slot, u"phase").value_or(QString());
+    const QString phase = slot.phase.value_or(QString());
     if (phase == u"cooling") {
-        value = coolingFraction(cooldown, cooldownCap);
+        value = coolingFraction(cooldown);
         label = coolingLabel(cooldown);
         return;
     }
@@ -69,7 +68,7 @@ RackProgress::RackProgress(const SlotRecord& slot, double cooldown, double coold
         value = returningPosition;
         label = u"returning result"_s;
     } else {
-        const auto elapsed = lenient::integer(slot, u"elapsed_ms").value_or(0);
+        const auto elapsed = slot.elapsedMs.value_or(0);
         value = estimatedFraction(static_cast<double>(elapsed) / 1000);
         label = u"~"_s + QString::number(static_cast<qint64>(value * 100)) + u"% job estimate"_s;
     }

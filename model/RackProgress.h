@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/Cooldown.h"
 #include "model/SlotRecord.h"
 
 #include <QString>
@@ -12,9 +13,8 @@ struct RackProgress {
     QString label;     ///< caption of the meter
     bool exact = true; ///< measured or definite, as opposed to an estimate or a fixed position
 
-    /// `cooldown`: remaining cool-down in seconds; `cooldownCap`: the length of a whole one. A
-    /// cool-down that fits no 64-bit integer ends the program.
-    RackProgress(const SlotRecord& slot, double cooldown, double cooldownCap);
+    /// A cool-down that fits no 64-bit integer ends the program.
+    RackProgress(const SlotRecord& slot, Cooldown cooldown);
 
     bool operator==(const RackProgress&) const = default;
 };

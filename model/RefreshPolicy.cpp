@@ -4,26 +4,26 @@
 
 namespace vesk {
 
-Seconds RefreshPolicy::health(bool visible, bool active, bool setup) noexcept {
-    if (setup || (visible && active)) {
+Seconds RefreshPolicy::health(Attention attention, bool active) noexcept {
+    if (attention.setup || (attention.visible && active)) {
         return Seconds(1.5);
     }
-    if (visible) {
+    if (attention.visible) {
         return Seconds(5.0);
     }
     return active ? Seconds(10.0) : Seconds(30.0);
 }
 
-Seconds RefreshPolicy::diagnostics(bool visible, bool setup) noexcept {
-    if (setup) {
+Seconds RefreshPolicy::diagnostics(Attention attention) noexcept {
+    if (attention.setup) {
         return Seconds(30.0);
     }
-    return visible ? Seconds(60.0) : Seconds(300.0);
+    return attention.visible ? Seconds(60.0) : Seconds(300.0);
 }
 
 bool RefreshPolicy::diagnosticsDue(
-    TimePoint now, std::optional<TimePoint> checked, bool visible, bool setup) noexcept {
-    return !checked || Seconds(now - *checked) > diagnostics(visible, setup);
+    Attention attention, TimePoint now, std::optional<TimePoint> checked) noexcept {
+    return !checked || Seconds(now - *checked) > diagnostics(attention);
 }
 
 Seconds RefreshPolicy::tolerance(Seconds interval) noexcept {

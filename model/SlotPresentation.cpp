@@ -1,7 +1,5 @@
 #include "model/SlotPresentation.h"
 
-#include "model/LenientReader.h"
-
 #include <array>
 #include <charconv>
 
@@ -11,10 +9,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString workTitle(const QString& stage, const QString& mediaKind) {
+bool isVideo(const SlotRecord& slot) {
+    if (slot.mediaKind) {
+        return slot.mediaKind == u"video"_s;
+    }
+    return slot.job && slot.job->contains(u'@');
+}
+
+QString workTitle(const SlotRecord& slot) {
+    const QString stage = slot.stage.value_or(QString());
     if (stage == u"describe") {
-        return mediaKind == u"video" ? u"Video · Pass 1 · visual AI"_s
-                                     : u"Photo · deep description"_s;
+        return isVideo(slot) ? u"Video · Pass 1 · visual AI"_s : u"Photo · deep description"_s;
     }
     if (stage == u"audio") {
         return u"Video · Pass 1 · sound events"_s;
@@ -37,27 +42,26 @@ QString oneDecimal(double value) {
     return QString::fromLatin1(text.data(), end - text.data());
 }
 
-QString workingDetail(const SlotRecord& slot, const QString& stage) {
-    if (const auto position = lenient::integer(slot, u"position_ms")) {
+QString workingDetail(const SlotRecord& slot) {
+    if (const auto position = slot.positionMs) {
         return u"Analysing selected frame at %1 seconds"_s.arg(
             oneDecimal(static_cast<double>(*position) / 1000));
     }
-    return stage == u"audio" ? u"Detecting sounds in selected audio windows"_s
-                             : u"Analysing the current input"_s;
+    return slot.stage == u"audio"_s ? u"Detecting sounds in selected audio windows"_s
+                                    : u"Analysing the current input"_s;
 }
 
-QString lastWorkLabel(const SlotRecord& slot, const QString& lastStage) {
-    if (lastStage == u"audio") {
+QString lastWorkLabel(const SlotRecord& slot) {
+    if (slot.lastStage == u"audio"_s) {
         return u"video sound"_s;
     }
-    if (lastStage == u"ocr") {
+    if (slot.lastStage == u"ocr"_s) {
         return u"text"_s;
     }
-    if (lastStage == u"precheck") {
+    if (slot.lastStage == u"precheck"_s) {
         return u"phone check"_s;
     }
-    return lenient::string(slot, u"last_media_kind") == u"video"_s ? u"video visual"_s
-                                                                   : u"photo description"_s;
+    return slot.lastMediaKind == u"video"_s ? u"video visual"_s : u"photo description"_s;
 }
 
 QString idleDetail(const SlotRecord& slot, bool accepting) {
@@ -65,10 +69,9 @@ QString idleDetail(const SlotRecord& slot, bool accepting) {
         return u"Enable deep jobs to continue photo, video and audio analysis"_s;
     }
     constexpr qint64 recentSeconds = 120;
-    const auto finished = lenient::integer(slot, u"last_finished_seconds_ago");
-    const auto lastStage = lenient::string(slot, u"last_stage");
-    if (finished && *finished < recentSeconds && lastStage) {
-        return u"Last: "_s + lastWorkLabel(slot, *lastStage) + u" · "_s + QString::number(*finished)
+    const auto finished = slot.lastFinishedSecondsAgo;
+    if (finished && *finished < recentSeconds && slot.lastStage) {
+        return u"Last: "_s + lastWorkLabel(slot) + u" · "_s + QString::number(*finished)
                + u"s ago"_s;
     }
     return u"Waiting for a phone on your local network"_s;
@@ -76,31 +79,25 @@ QString idleDetail(const SlotRecord& slot, bool accepting) {
 
 } // namespace
 
-SlotPresentation::SlotPresentation(const SlotRecord& slot, bool online, bool accepting)
-    : model(u"—"_s) {
-    if (!online) {
+SlotPresentation::SlotPresentation(const SlotRecord& slot, ServiceState service) : model(u"—"_s) {
+    if (!service.online) {
         title = u"Processing is stopped"_s;
         detail = u"Start processing to help your connected devices"_s;
         state = u"Offline"_s;
         return;
     }
     if (!isActive(slot)) {
-        title = accepting ? u"Ready for the next item"_s : u"Detailed analysis paused"_s;
-        detail = idleDetail(slot, accepting);
-        state = accepting ? u"Ready"_s : u"Paused"_s;
+        title = service.accepting ? u"Ready for the next item"_s : u"Detailed analysis paused"_s;
+        detail = idleDetail(slot, service.accepting);
+        state = service.accepting ? u"Ready"_s : u"Paused"_s;
         return;
     }
 
-    const QString stage = lenient::string(slot, u"stage").value_or(QString());
-    const QString job = lenient::string(slot, u"job").value_or(QString());
-    const QString mediaKind =
-        lenient::string(slot, u"media_kind").value_or(job.contains(u'@') ? u"video"_s : u"photo"_s);
-    title = workTitle(stage, mediaKind);
-    model = lenient::string(slot, u"model").value_or(u"Engine reported by the active job"_s);
+    title = workTitle(slot);
+    model = slot.model.value_or(u"Engine reported by the active job"_s);
 
-    const bool waiting = lenient::string(slot, u"state") == u"waiting"_s;
-    const QString phase =
-        lenient::string(slot, u"phase").value_or(waiting ? u"queued"_s : u"processing"_s);
+    const bool waiting = slot.state == u"waiting"_s;
+    const QString phase = slot.phase.value_or(waiting ? u"queued"_s : u"processing"_s);
     if (phase == u"cooling") {
         state = u"Cooling"_s;
         detail = u"Waiting for the configured processing budget"_s;
@@ -118,7 +115,7 @@ SlotPresentation::SlotPresentation(const SlotRecord& slot, bool online, bool acc
         detail = u"Returning results to the phone"_s;
     } else {
         state = u"Working"_s;
-        detail = workingDetail(slot, stage);
+        detail = workingDetail(slot);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/ServiceState.h"
 #include "model/SlotRecord.h"
 
 #include <QString>
@@ -13,8 +14,8 @@ struct SlotPresentation {
     QString state;  ///< one-word badge
     QString model;  ///< engine in use, an em dash when none applies
 
-    /// `online`: the service answers; `accepting`: it takes deep jobs. Never fails.
-    SlotPresentation(const SlotRecord& slot, bool online, bool accepting);
+    /// Never fails.
+    SlotPresentation(const SlotRecord& slot, ServiceState service);
 
     bool operator==(const SlotPresentation&) const = default;
 };

@@ -1,6 +1,5 @@
 #include "service/BackendCheck.h"
 
-#include "model/RefreshPolicy.h"
 #include "service/ServiceClient.h"
 
 #include <utility>
@@ -13,8 +12,8 @@ BackendCheck::BackendCheck(ServiceClient& client, Clock clock, QObject* parent)
       clock_(std::move(clock)),
       inFlight_(std::make_unique<QObject>()) {}
 
-void BackendCheck::checkIfDue(bool visible, bool setup) {
-    if (RefreshPolicy::diagnosticsDue(clock_(), backendChecked_, visible, setup)) {
+void BackendCheck::checkIfDue(Attention attention) {
+    if (RefreshPolicy::diagnosticsDue(attention, clock_(), backendChecked_)) {
         checkBackend();
     }
 }

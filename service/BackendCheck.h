@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/Timing.h"
+#include "model/RefreshPolicy.h"
 
 #include <QObject>
 
@@ -27,8 +27,8 @@ public:
         return backendChecked_;
     }
 
-    /// Starts a check where one is due for what the user can see.
-    void checkIfDue(bool visible, bool setup);
+    /// Starts a check where one is due.
+    void checkIfDue(Attention attention);
 
     /// Forgets all, a check under way included: the next connection asks afresh.
     void reset();

@@ -18,17 +18,19 @@ HttpSession::~HttpSession() {
     curl_global_cleanup();
 }
 
-void HttpSession::send(const ServiceRequest& request, QObject* receiver, Handler handler) {
+void HttpSession::carry(
+    const ServiceRequest& request, QObject* receiver, HttpWorker::Reader read,
+    std::function<void(const std::any&)> handler) {
     const quint64 id = ++lastId_;
     pending_.emplace(id, Pending{receiver, std::move(handler)});
-    worker_->send(id, request);
+    worker_->send({id, request, std::move(read)});
 }
 
 void HttpSession::deliver() {
     for (const HttpWorker::Result& result : worker_->takeResults()) {
         const auto pending = pending_.extract(result.id);
         if (pending.mapped().receiver) {
-            pending.mapped().handler(result.document);
+            pending.mapped().handler(result.answer);
         }
     }
 }

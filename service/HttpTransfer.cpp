@@ -21,8 +21,7 @@ bool isOneLine(const QByteArray& header) {
 
 } // namespace
 
-HttpTransfer::HttpTransfer(quint64 id, ServiceRequest request)
-    : id_(id), request_(std::move(request)) {
+HttpTransfer::HttpTransfer(ServiceRequest request) : request_(std::move(request)) {
     if (!std::all_of(request_.headers.begin(), request_.headers.end(), isOneLine)) {
         return;
     }

@@ -15,13 +15,10 @@ namespace vesk {
 /// not moved, since the transfer library keeps its address.
 class HttpTransfer {
 public:
-    /// `id` names the exchange for whoever asked for it.
-    HttpTransfer(quint64 id, ServiceRequest request);
+    explicit HttpTransfer(ServiceRequest request);
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
     ~HttpTransfer();
-
-    [[nodiscard]] quint64 id() const noexcept { return id_; }
 
     /// The transfer library's handle; null for a request that must not be sent.
     [[nodiscard]] CURL* handle() const noexcept { return handle_.get(); }
@@ -40,7 +37,6 @@ private:
         void operator()(curl_slist* list) const noexcept { curl_slist_free_all(list); }
     };
 
-    quint64 id_;
     ServiceRequest request_;
     QByteArray received_;
     size_t headerBytes_ = 0;

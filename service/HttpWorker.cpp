@@ -1,24 +1,10 @@
 #include "service/HttpWorker.h"
 
-#include <QJsonDocument>
-
 #include <limits>
 #include <new>
 #include <utility>
 
 namespace vesk {
-
-namespace {
-
-std::optional<QJsonObject> decoded(const std::optional<QByteArray>& body) {
-    if (!body) {
-        return {};
-    }
-    const QJsonDocument document = QJsonDocument::fromJson(*body);
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
-
-} // namespace
 
 HttpWorker::HttpWorker(std::function<void()> resultsWaiting)
     : resultsWaiting_(std::move(resultsWaiting)), multi_(curl_multi_init()) {
@@ -37,10 +23,10 @@ HttpWorker::~HttpWorker() {
     thread_.join();
 }
 
-void HttpWorker::send(quint64 id, const ServiceRequest& request) {
+void HttpWorker::send(Order order) {
     {
         const std::lock_guard lock(mutex_);
-        orders_.push_back({id, request});
+        orders_.push_back(std::move(order));
     }
     curl_multi_wakeup(multi_.get());
 }
@@ -60,28 +46,28 @@ void HttpWorker::run() {
             }
             orders.swap(orders_);
         }
-        for (const Order& order : orders) {
-            begin(order);
+        for (Order& order : orders) {
+            begin(std::move(order));
         }
         int running = 0;
         curl_multi_perform(multi_.get(), &running);
         finishDone();
         curl_multi_poll(multi_.get(), nullptr, 0, std::numeric_limits<int>::max(), nullptr);
     }
-    for (const auto& [handle, transfer] : transfers_) {
+    for (const auto& [handle, exchange] : exchanges_) {
         curl_multi_remove_handle(multi_.get(), handle);
     }
-    transfers_.clear();
+    exchanges_.clear();
 }
 
-void HttpWorker::begin(const Order& order) {
-    auto transfer = std::make_unique<HttpTransfer>(order.id, order.request);
+void HttpWorker::begin(Order order) {
+    auto transfer = std::make_unique<HttpTransfer>(std::move(order.request));
     CURL* handle = transfer->handle();
     if (handle == nullptr || curl_multi_add_handle(multi_.get(), handle) != CURLM_OK) {
-        putDown({order.id, {}});
+        putDown({order.id, order.read({})});
         return;
     }
-    transfers_.emplace(handle, std::move(transfer));
+    exchanges_.emplace(handle, Exchange{order.id, std::move(order.read), std::move(transfer)});
 }
 
 void HttpWorker::finishDone() {
@@ -93,8 +79,8 @@ void HttpWorker::finishDone() {
         CURL* handle = message->easy_handle;
         const CURLcode result = message->data.result;
         curl_multi_remove_handle(multi_.get(), handle);
-        const auto transfer = transfers_.extract(handle);
-        putDown({transfer.mapped()->id(), decoded(transfer.mapped()->body(result))});
+        const Exchange exchange = std::move(exchanges_.extract(handle).mapped());
+        putDown({exchange.id, exchange.read(exchange.transfer->body(result))});
     }
 }
 

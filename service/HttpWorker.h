@@ -2,8 +2,7 @@
 
 #include "service/HttpTransfer.h"
 
-#include <QJsonObject>
-
+#include <any>
 #include <functional>
 #include <map>
 #include <memory>
@@ -14,13 +13,23 @@
 
 namespace vesk {
 
-/// The thread that carries all exchanges and decodes their answers. It sleeps while there is
+/// The thread that carries all exchanges and has their answers read. It sleeps while there is
 /// nothing to carry.
 class HttpWorker {
 public:
+    /// Called on the worker's thread with the body of a good answer, or with nothing for every kind
+    /// of failure.
+    using Reader = std::function<std::any(const std::optional<QByteArray>&)>;
+
+    struct Order {
+        quint64 id = 0; ///< names the exchange for whoever asked for it
+        ServiceRequest request;
+        Reader read;
+    };
+
     struct Result {
         quint64 id = 0;
-        std::optional<QJsonObject> document; ///< absent for every kind of failure
+        std::any answer; ///< what the reader made
     };
 
     /// `resultsWaiting` is called on the worker's thread after results were put down.
@@ -31,22 +40,23 @@ public:
     /// Gives up what is under way and waits for the thread, which takes no time to mention.
     ~HttpWorker();
 
-    void send(quint64 id, const ServiceRequest& request);
+    void send(Order order);
 
     /// The results since the last call, in the order in which they came.
     [[nodiscard]] std::vector<Result> takeResults();
 
 private:
-    struct Order {
+    struct Exchange {
         quint64 id = 0;
-        ServiceRequest request;
+        Reader read;
+        std::unique_ptr<HttpTransfer> transfer;
     };
     struct MultiCloser {
         void operator()(CURLM* multi) const noexcept { curl_multi_cleanup(multi); }
     };
 
     void run();
-    void begin(const Order& order);
+    void begin(Order order);
     void finishDone();
     void putDown(Result result);
 
@@ -58,7 +68,7 @@ private:
     std::vector<Result> results_;
     bool stopping_ = false;
 
-    std::map<CURL*, std::unique_ptr<HttpTransfer>> transfers_; // the worker's thread only
+    std::map<CURL*, Exchange> exchanges_; // the worker's thread only
     std::thread thread_;
 };
 

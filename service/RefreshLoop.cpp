@@ -1,6 +1,5 @@
 #include "service/RefreshLoop.h"
 
-#include "model/RefreshPolicy.h"
 #include "service/ServiceClient.h"
 
 #include <utility>
@@ -25,11 +24,12 @@ void RefreshLoop::reload() {
 
 void RefreshLoop::scheduleRefresh() {
     const Situation now = situation_();
-    interval_ = RefreshPolicy::health(now.visible, now.active, now.setup);
+    interval_ = RefreshPolicy::health(now.attention, now.active);
     const auto clock = std::chrono::steady_clock::now().time_since_epoch();
     timer_.start(sharedWakeUp(
-        std::chrono::ceil<milliseconds>(clock), std::chrono::ceil<milliseconds>(interval_),
-        std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval_))));
+        {.now = std::chrono::ceil<milliseconds>(clock),
+         .interval = std::chrono::ceil<milliseconds>(interval_),
+         .tolerance = std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval_))}));
 }
 
 std::optional<Seconds> RefreshLoop::pendingInterval() const {
@@ -53,10 +53,10 @@ void RefreshLoop::fetchHealth() {
     });
 }
 
-milliseconds sharedWakeUp(milliseconds now, milliseconds interval, milliseconds tolerance) {
-    const milliseconds earliest = now + interval;
-    const auto wholeSecond = std::chrono::floor<std::chrono::seconds>(earliest + tolerance);
-    return wholeSecond >= earliest ? wholeSecond - now : interval;
+milliseconds sharedWakeUp(const WakeUp& wanted) {
+    const milliseconds earliest = wanted.now + wanted.interval;
+    const auto wholeSecond = std::chrono::floor<std::chrono::seconds>(earliest + wanted.tolerance);
+    return wholeSecond >= earliest ? wholeSecond - wanted.now : wanted.interval;
 }
 
 } // namespace vesk

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/Timing.h"
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
+#include "model/RefreshPolicy.h"
 
 #include <QObject>
 #include <QTimer>
@@ -22,9 +22,8 @@ class RefreshLoop final : public QObject {
 public:
     /// What decides the next step, asked for at that moment.
     struct Situation {
-        bool visible = false;        ///< live state is on screen
+        Attention attention;
         bool active = false;         ///< online, and some bay holds a job
-        bool setup = false;          ///< the setup sheet is shown
         bool changingPolicy = false; ///< a deep-job change is under way: no fetch meanwhile
     };
 
@@ -57,11 +56,16 @@ private:
     bool refreshing_ = false;
 };
 
+/// When a wake-up is wanted.
+struct WakeUp {
+    std::chrono::milliseconds now; ///< since some fixed moment
+    std::chrono::milliseconds interval;
+    std::chrono::milliseconds tolerance;
+};
+
 /// How long to wait so that a wake-up falls at least `interval` and at most `interval` plus
-/// `tolerance` after `now` (the time since some fixed moment), on a whole second where one lies
-/// in that span, as other programs' wake-ups do.
-[[nodiscard]] std::chrono::milliseconds sharedWakeUp(
-    std::chrono::milliseconds now, std::chrono::milliseconds interval,
-    std::chrono::milliseconds tolerance);
+/// `tolerance` after `now`, on a whole second where one lies in that span, as other programs'
+/// wake-ups do.
+[[nodiscard]] std::chrono::milliseconds sharedWakeUp(const WakeUp& wanted);
 
 } // namespace vesk

@@ -1,5 +1,7 @@
 #include "service/ServiceClient.h"
 
+#include "service/HealthReader.h"
+
 #include <utility>
 
 namespace vesk {
@@ -14,10 +16,8 @@ void ServiceClient::fetchHealth(QObject* receiver, HealthHandler handler) {
 
 void ServiceClient::fetchBackendReady(QObject* receiver, std::function<void(bool)> handler) {
     session_.send(
-        request(port_, "/v1/diagnostics"), receiver,
-        [handler = std::move(handler)](const HttpSession::Answer& answer) {
-            handler(answer && reportsBackendReady(*answer));
-        });
+        request(port_, "/v1/diagnostics"), receiver, readBackendReady,
+        [handler = std::move(handler)](const auto& ready) { handler(ready.value_or(false)); });
 }
 
 void ServiceClient::postDeepScan(bool enabled, QObject* receiver, HealthHandler handler) {
@@ -34,10 +34,7 @@ void ServiceClient::postPerformanceMode(
 }
 
 void ServiceClient::send(const ServiceRequest& request, QObject* receiver, HealthHandler handler) {
-    session_.send(
-        request, receiver, [handler = std::move(handler)](const HttpSession::Answer& answer) {
-            handler(answer ? confirmed(*answer) : std::nullopt);
-        });
+    session_.send(request, receiver, readHealth, std::move(handler));
 }
 
 } // namespace vesk

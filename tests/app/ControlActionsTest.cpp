@@ -190,7 +190,8 @@ private slots:
         QTRY_COMPARE(confirmed, true);
         QCOMPARE(bench.peer.requests().constLast().body, R"({"mode":"quiet"})");
         QVERIFY(bench.shows(u"Detailed analysis paused"_s));
-        QVERIFY(bench.control->lastHealth().contains(u"activity_policy"));
+        QCOMPARE(
+            bench.control->lastHealth().activityPolicy.performanceMode, std::optional(u"quiet"_s));
     }
 
     void modeOfflineIsNotSent() {
@@ -263,12 +264,12 @@ private slots:
         QTcpSocket* first = std::exchange(bench.held, nullptr);
         bench.control->setPerformanceMode(u"faster"_s, [&](bool done) { confirmed += done; });
         QTRY_VERIFY(bench.held);
-        bench.releaseHeld(R"({"deep_scan_enabled": true, "which": "second"})");
+        bench.releaseHeld(R"({"deep_scan_enabled": true, "device_id": "second"})");
         QTRY_COMPARE(confirmed, 1);
         bench.held = first;
-        bench.releaseHeld(R"({"deep_scan_enabled": true, "which": "first"})");
+        bench.releaseHeld(R"({"deep_scan_enabled": true, "device_id": "first"})");
         QTRY_COMPARE(confirmed, 2);
-        QCOMPARE(bench.control->lastHealth().value(u"which").toString(), u"first"_s);
+        QCOMPARE(bench.control->lastHealth().deviceId, std::optional(u"first"_s));
     }
 
     void alertHangsOnTheOpenSettingsSheet() {

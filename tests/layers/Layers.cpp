@@ -23,13 +23,13 @@ const QList<Arrows> drawing{
     {u"service"_s, {u"model"_s}},
     {u"agent"_s, {u"model"_s}},
     {u"agent/systemd"_s, {u"agent"_s}},
-    {u"ui/texts"_s, {u"model"_s, u"service"_s}},
+    {u"ui/texts"_s, {u"model"_s}},
     {u"ui/kit"_s, {u"ui/texts"_s}},
     {u"ui/dashboard"_s, {u"ui/kit"_s, u"ui/texts"_s}},
     {u"ui/tray"_s, {u"ui/kit"_s, u"ui/texts"_s}},
     {u"ui/card"_s, {u"ui/kit"_s, u"ui/texts"_s, u"model"_s}},
-    {u"ui/settings"_s, {u"ui/kit"_s, u"ui/texts"_s, u"service"_s}},
-    {u"ui/setup"_s, {u"ui/kit"_s, u"ui/texts"_s, u"service"_s}},
+    {u"ui/settings"_s, {u"ui/kit"_s, u"ui/texts"_s, u"model"_s}},
+    {u"ui/setup"_s, {u"ui/kit"_s, u"ui/texts"_s, u"model"_s}},
 };
 
 const QStringList screenParts{u"Gui"_s,    u"Widgets"_s,       u"Svg"_s,         u"SvgWidgets"_s,
@@ -94,6 +94,17 @@ bool isScreenless(const QString& room) {
     return isInDrawing(room) && (!room.startsWith(u"ui/") || room == u"ui/texts");
 }
 
+/// Whether `include` leads to the toolkit's JSON, by one of its names "QJsonObject",
+/// "qjsonobject.h".
+bool isJson(const QString& include) {
+    return include.section(u'/', -1).startsWith(u"QJson", Qt::CaseInsensitive);
+}
+
+/// Rooms for which the service's documents are values: JSON ends in the service's room.
+bool readsNoJson(const QString& room) {
+    return isProduct(room) && room != u"service";
+}
+
 /// Rooms that reach neither network nor processes.
 bool isInward(const QString& room) {
     return room == u"model" || room.startsWith(u"ui/");
@@ -142,6 +153,9 @@ QString whyNot(const QString& path, const QString& include, const ToolkitHeaders
     }
     if (isScreenless(room) && isToolkitPart(include, screenParts, toolkit.screen)) {
         return room + u" works without a screen"_s;
+    }
+    if (readsNoJson(room) && isJson(include)) {
+        return room + u" reads no JSON"_s;
     }
     const bool reachesOut = isToolkitPart(include, networkParts, toolkit.network)
                             || include.startsWith(u"curl/") || include == u"QProcess"

@@ -99,9 +99,9 @@ void LayersTest::synthetic_data() {
         return from == to || from == "app"
                || (to == "model" && (from == "service" || from == "agent"))
                || (from == "agent/systemd" && to == "agent")
-               || (from == "ui/texts" && (to == "model" || to == "service"))
-               || (from == "ui/kit" && to == "ui/texts") || (from == "ui/card" && to == "model")
-               || ((from == "ui/settings" || from == "ui/setup") && to == "service")
+               || (from == "ui/texts" && to == "model") || (from == "ui/kit" && to == "ui/texts")
+               || ((from == "ui/card" || from == "ui/settings" || from == "ui/setup")
+                   && to == "model")
                || (screen && (to == "ui/kit" || to == "ui/texts"));
     };
     for (const QByteArray& from : rooms) {
@@ -112,7 +112,7 @@ void LayersTest::synthetic_data() {
         }
         const QByteArray path = from + "/deep/room/File.h";
         row(path, "#include \"tools/worker-sim/Rack.h\"", false);
-        row(path, "#include \"tests/model/JsonText.h\"", false);
+        row(path, "#include \"tests/service/JsonText.h\"", false);
         row(path, "#include <vector>", true);
         row("tools/worker-sim/Rack.cpp", "#include \"" + from + "/File.h\"", false);
         row("tools/worker-sim/CMakeLists.txt",
@@ -136,6 +136,13 @@ void LayersTest::synthetic_data() {
     }
     for (const char* header : {"<QString>", "<QtCore/QString>", "<QTimer>", "<QPoint>"}) {
         row("model/File.cpp", QByteArray("#include ") + header, true);
+    }
+    for (const char* header :
+         {"<QJsonObject>", "<QJsonDocument>", "<QtCore/QJsonArray>", "<qjsonvalue.h>"}) {
+        for (const QByteArray& room : rooms) {
+            row(room + "/File.cpp", QByteArray("#include ") + header, room == "service");
+        }
+        row("tools/gallery/Documents.cpp", QByteArray("#include ") + header, true);
     }
     for (const char* header : {"<curl/curl.h>", "<QProcess>", "<QtNetwork/QTcpSocket>"}) {
         const QByteArray include = QByteArray("#include ") + header;

@@ -29,13 +29,25 @@ constexpr auto sumMessage = "VeskWorkerControl: fatal: the service's session cou
 constexpr auto cooldownMessage =
     "VeskWorkerControl: fatal: the service's cool-down does not fit a 64-bit integer\n";
 
+constexpr auto missesMessage =
+    "VeskWorkerControl: fatal: the missed health checks do not fit a 64-bit integer\n";
+
+constexpr auto counts = "the service's session counts";
+
+/// The sum as it is shown.
+qint64 shown(qint64 a, qint64 b) {
+    return checkedCount(sum(a, b), counts);
+}
+
 constexpr FatalCall fatalCalls[] = {
-    {"sum-one-too-many", [] { return checkedSum(highest, 1); }, sumMessage},
-    {"sum-one-too-many-swapped", [] { return checkedSum(1, highest); }, sumMessage},
-    {"sum-twice-the-highest", [] { return checkedSum(highest, highest); }, sumMessage},
-    {"sum-one-too-few", [] { return checkedSum(lowest, -1); }, sumMessage},
-    {"sum-one-too-few-swapped", [] { return checkedSum(-1, lowest); }, sumMessage},
-    {"sum-twice-the-lowest", [] { return checkedSum(lowest, lowest); }, sumMessage},
+    {"misses", [] { return checkedCount(sum(highest, 1), "the missed health checks"); },
+     missesMessage},
+    {"sum-one-too-many", [] { return shown(highest, 1); }, sumMessage},
+    {"sum-one-too-many-swapped", [] { return shown(1, highest); }, sumMessage},
+    {"sum-twice-the-highest", [] { return shown(highest, highest); }, sumMessage},
+    {"sum-one-too-few", [] { return shown(lowest, -1); }, sumMessage},
+    {"sum-one-too-few-swapped", [] { return shown(-1, lowest); }, sumMessage},
+    {"sum-twice-the-lowest", [] { return shown(lowest, lowest); }, sumMessage},
     {"cooldown-2-to-the-63", [] { return wholeSecondsUp(beyond); }, cooldownMessage},
     {"cooldown-below-the-lowest", [] { return wholeSecondsUp(std::nextafter(-beyond, -INFINITY)); },
      cooldownMessage},
@@ -79,7 +91,7 @@ void CheckedTest::sum() {
     QFETCH(const qint64, a);
     QFETCH(const qint64, b);
     QFETCH(const qint64, result);
-    QCOMPARE(checkedSum(a, b), result);
+    QCOMPARE(shown(a, b), result);
 }
 
 void CheckedTest::secondsUp_data() {

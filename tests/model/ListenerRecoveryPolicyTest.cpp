@@ -80,7 +80,12 @@ void ListenerRecoveryPolicyTest::everyCombinationOfFlags() {
                 for (const bool inFlight : {false, true}) {
                     for (const auto& attempt : attempts) {
                         allowed += ListenerRecoveryPolicy::shouldRecover(
-                                       running, misses, starting, inFlight, now, attempt)
+                                       {.serviceRunning = running,
+                                        .misses = misses,
+                                        .starting = starting,
+                                        .recoveryInFlight = inFlight,
+                                        .now = now,
+                                        .lastAttempt = attempt})
                                        ? 1
                                        : 0;
                     }
@@ -92,9 +97,10 @@ void ListenerRecoveryPolicyTest::everyCombinationOfFlags() {
     // and with one that is long enough ago.
     QCOMPARE(allowed, 4);
     for (const qint64 misses : {qint64(3), highest}) {
-        QVERIFY(ListenerRecoveryPolicy::shouldRecover(true, misses, false, false, now, {}));
-        QVERIFY(
-            ListenerRecoveryPolicy::shouldRecover(true, misses, false, false, now, attempts[2]));
+        QVERIFY(ListenerRecoveryPolicy::shouldRecover(
+            {.serviceRunning = true, .misses = misses, .now = now}));
+        QVERIFY(ListenerRecoveryPolicy::shouldRecover(
+            {.serviceRunning = true, .misses = misses, .now = now, .lastAttempt = attempts[2]}));
     }
 }
 
@@ -118,7 +124,9 @@ void ListenerRecoveryPolicyTest::cooldown() {
     QFETCH(const bool, recover);
     const TimePoint lastAttempt = now - std::chrono::milliseconds(millisecondsAgo);
     QCOMPARE(
-        ListenerRecoveryPolicy::shouldRecover(true, 3, false, false, now, lastAttempt), recover);
+        ListenerRecoveryPolicy::shouldRecover(
+            {.serviceRunning = true, .misses = 3, .now = now, .lastAttempt = lastAttempt}),
+        recover);
 }
 
 void ListenerRecoveryPolicyTest::thresholds() {

@@ -1,8 +1,7 @@
 #include "model/RackProgress.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 
-#include <QJsonArray>
 #include <QTest>
 
 #include <limits>
@@ -84,11 +83,11 @@ void RackProgressTest::everyStateAndPhase() {
         for (const Phase& phase : phases) {
             const SlotRecord slot =
                 slotOf({{"state", state.json}, {"phase", phase.json}, {"elapsed_ms", "90000"}});
-            const RackProgress progress(slot, 15, 60);
+            const RackProgress progress(slot, {.left = 15, .whole = 60});
             QVERIFY2(
                 state.busy ? shows(progress, phase.value, phase.label, phase.exact)
                            : shows(progress, 0, "ready", true),
-                QJsonDocument(slot).toJson());
+                QByteArray(state.json) + phase.json);
         }
     }
 }
@@ -153,7 +152,7 @@ void RackProgressTest::frames() {
              {"phase", R"("returning")"},
              {"progress_current", current.constData()},
              {"progress_total", total.constData()}});
-        const RackProgress progress(slot, 0, 45);
+        const RackProgress progress(slot, {.left = 0, .whole = 45});
         if (value >= 0) {
             QVERIFY(shows(progress, value, qPrintable(label), true));
         } else if (state.busy) {
@@ -173,7 +172,7 @@ void RackProgressTest::framesComeFirst() {
                  {"elapsed_ms", "90000"},
                  {"progress_current", "2"},
                  {"progress_total", "4"}});
-            const RackProgress progress(slot, 15, 60);
+            const RackProgress progress(slot, {.left = 15, .whole = 60});
             QVERIFY(progress.value == 0.5);
             QCOMPARE(progress.label, u"frame 2/4"_s);
             QVERIFY(progress.exact);
@@ -225,7 +224,8 @@ void RackProgressTest::cooling() {
     QFETCH(const QString, label);
     for (const char* state : {R"("busy")", R"("waiting")"}) {
         const SlotRecord slot = slotOf({{"state", state}, {"phase", R"("cooling")"}});
-        QVERIFY(shows(RackProgress(slot, cooldown, cap), value, qPrintable(label), true));
+        QVERIFY(shows(
+            RackProgress(slot, {.left = cooldown, .whole = cap}), value, qPrintable(label), true));
     }
 }
 
@@ -266,33 +266,35 @@ void RackProgressTest::estimate() {
     QFETCH(const double, value);
     QFETCH(const QString, label);
     const SlotRecord slot = slotOf({{"state", R"("busy")"}, {"elapsed_ms", elapsed.constData()}});
-    QVERIFY(shows(RackProgress(slot, 0, 45), value, qPrintable(label), false));
+    QVERIFY(shows(RackProgress(slot, {.left = 0, .whole = 45}), value, qPrintable(label), false));
 }
 
 void RackProgressTest::wrongTypesReadAsAbsent() {
-    const SlotRecord slot = jsonObject(
+    const QJsonObject slot = jsonObject(
         R"({"state":"busy","phase":"cooling","elapsed_ms":1,"progress_current":2,
             "progress_total":4})");
     const QJsonArray values =
         jsonObject(R"({"v":[null,true,1.5,1e300,"busy",[],[{}],{},{"a":true}]})")[u"v"_s].toArray();
     for (const QString& key : slot.keys()) {
-        SlotRecord without = slot;
+        QJsonObject without = slot;
         without.remove(key);
         for (const QJsonValue& value : values) {
             if (slot[key].isString() && value.isString()) {
                 continue;
             }
-            SlotRecord wrong = slot;
+            QJsonObject wrong = slot;
             wrong[key] = value;
-            QCOMPARE(RackProgress(wrong, 15, 60), RackProgress(without, 15, 60));
+            QCOMPARE(
+                RackProgress(slotOf(wrong), {.left = 15, .whole = 60}),
+                RackProgress(slotOf(without), {.left = 15, .whole = 60}));
         }
     }
 }
 
 void RackProgressTest::equality() {
     const SlotRecord slot = slotOf({{"state", R"("busy")"}});
-    const RackProgress one(slot, 0, 45);
-    QCOMPARE(one, RackProgress(slot, 0, 45));
+    const RackProgress one(slot, {.left = 0, .whole = 45});
+    QCOMPARE(one, RackProgress(slot, {.left = 0, .whole = 45}));
     RackProgress other = one;
     other.value += 0.01;
     QVERIFY(!(other == one));

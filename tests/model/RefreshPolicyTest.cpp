@@ -49,7 +49,7 @@ void RefreshPolicyTest::health() {
     QFETCH(const bool, active);
     QFETCH(const bool, setup);
     QFETCH(const double, seconds);
-    QVERIFY(RefreshPolicy::health(visible, active, setup).count() == seconds);
+    QVERIFY(RefreshPolicy::health({.visible = visible, .setup = setup}, active).count() == seconds);
 }
 
 void RefreshPolicyTest::diagnostics_data() {
@@ -67,7 +67,7 @@ void RefreshPolicyTest::diagnostics() {
     QFETCH(const bool, visible);
     QFETCH(const bool, setup);
     QFETCH(const double, seconds);
-    QVERIFY(RefreshPolicy::diagnostics(visible, setup).count() == seconds);
+    QVERIFY(RefreshPolicy::diagnostics({.visible = visible, .setup = setup}).count() == seconds);
 }
 
 void RefreshPolicyTest::diagnosticsDue_data() {
@@ -109,13 +109,15 @@ void RefreshPolicyTest::diagnosticsDue() {
     QFETCH(const qint64, ago);
     QFETCH(const bool, due);
     constexpr qint64 now = 1'700'000'000'000;
-    QCOMPARE(RefreshPolicy::diagnosticsDue(at(now), at(now - ago), visible, setup), due);
+    QCOMPARE(
+        RefreshPolicy::diagnosticsDue({.visible = visible, .setup = setup}, at(now), at(now - ago)),
+        due);
 }
 
 void RefreshPolicyTest::firstDiagnosticsAreDueAtOnce() {
     for (const bool visible : {false, true}) {
         for (const bool setup : {false, true}) {
-            QVERIFY(RefreshPolicy::diagnosticsDue(at(0), {}, visible, setup));
+            QVERIFY(RefreshPolicy::diagnosticsDue({.visible = visible, .setup = setup}, at(0), {}));
         }
     }
 }

@@ -1,8 +1,7 @@
 #include "model/SlotPresentation.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 
-#include <QJsonArray>
 #include <QLocale>
 #include <QTest>
 
@@ -109,14 +108,17 @@ struct Texts {
     QString model;
 };
 
-/// Compares all four texts and tells the slot when they differ.
-bool shows(const SlotRecord& slot, bool online, bool accepting, const Texts& expected) {
-    const SlotPresentation shown(slot, online, accepting);
+constexpr ServiceState readyService{.online = true, .accepting = true};
+constexpr ServiceState pausedService{.online = true, .accepting = false};
+
+/// Compares all four texts and tells them when they differ.
+bool shows(const SlotRecord& slot, ServiceState service, const Texts& expected) {
+    const SlotPresentation shown(slot, service);
     const QStringList got{shown.title, shown.detail, shown.state, shown.model};
     const QStringList wanted{expected.title, expected.detail, expected.state, expected.model};
     if (got != wanted) {
-        qWarning() << slot << "online" << online << "accepting" << accepting << "shows" << got
-                   << "instead of" << wanted;
+        qWarning() << "online" << service.online << "accepting" << service.accepting << "shows"
+                   << got << "instead of" << wanted;
     }
     return got == wanted;
 }
@@ -182,7 +184,7 @@ void SlotPresentationTest::everyStatePhaseStageAndFlag() {
                                 text(phase.detail != nullptr ? phase.detail : stage.working),
                                 text(phase.badge), u"engine-1"_s};
                         }
-                        QVERIFY(shows(slot, online, accepting, expected));
+                        QVERIFY(shows(slot, {.online = online, .accepting = accepting}, expected));
                         ++checked;
                     }
                 }
@@ -205,8 +207,8 @@ void SlotPresentationTest::everyStateWithoutPhase() {
                             text(stage.photoTitle), text(state.waiting ? accepted : stage.working),
                             state.waiting ? u"Queued"_s : u"Working"_s, engineFallback};
                     }
-                    QVERIFY(shows(slot, true, accepting, expected));
-                    QVERIFY(shows(slot, false, accepting, offlineTexts));
+                    QVERIFY(shows(slot, {.online = true, .accepting = accepting}, expected));
+                    QVERIFY(shows(slot, {.online = false, .accepting = accepting}, offlineTexts));
                 }
             }
         }
@@ -224,7 +226,7 @@ void SlotPresentationTest::mediaKinds() {
             const Texts expected{
                 text(media.video ? stage.videoTitle : stage.photoTitle), text(stage.working),
                 u"Working"_s, engineFallback};
-            QVERIFY(shows(slot, true, true, expected));
+            QVERIFY(shows(slot, readyService, expected));
         }
     }
 }
@@ -245,7 +247,7 @@ void SlotPresentationTest::model() {
     QFETCH(const QByteArray, json);
     QFETCH(const QString, model);
     const SlotRecord slot = slotOf({{"state", R"("waiting")"}, {"model", json.constData()}});
-    QCOMPARE(SlotPresentation(slot, true, true).model, model);
+    QCOMPARE(SlotPresentation(slot, readyService).model, model);
 }
 
 void SlotPresentationTest::position_data() {
@@ -297,7 +299,7 @@ void SlotPresentationTest::position() {
         const SlotRecord slot =
             slotOf({{"state", R"("busy")"}, {"stage", stage}, {"position_ms", json.constData()}});
         QCOMPARE(
-            SlotPresentation(slot, true, true).detail,
+            SlotPresentation(slot, readyService).detail,
             u"Analysing selected frame at "_s + seconds + u" seconds"_s);
     }
 }
@@ -306,9 +308,9 @@ void SlotPresentationTest::positionRoundsAsPrintf() {
     char seconds[64];
     for (qint64 position = -5'000; position <= 25'000; ++position) {
         std::snprintf(seconds, sizeof seconds, "%.1f", static_cast<double>(position) / 1000);
-        const SlotRecord slot{{u"state"_s, u"busy"_s}, {u"position_ms"_s, position}};
+        const SlotRecord slot{.state = u"busy"_s, .positionMs = position};
         QCOMPARE(
-            SlotPresentation(slot, true, true).detail,
+            SlotPresentation(slot, readyService).detail,
             u"Analysing selected frame at "_s + text(seconds) + u" seconds"_s);
     }
 }
@@ -316,11 +318,10 @@ void SlotPresentationTest::positionRoundsAsPrintf() {
 void SlotPresentationTest::positionIgnoresTheLocale() {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    const SlotRecord slot{{u"state"_s, u"busy"_s}, {u"position_ms"_s, 1'234'567}};
-    const QString detail = SlotPresentation(slot, true, true).detail;
-    const SlotRecord idle{
-        {u"last_finished_seconds_ago"_s, -1'234'567}, {u"last_stage"_s, u"ocr"_s}};
-    const QString last = SlotPresentation(idle, true, true).detail;
+    const SlotRecord slot{.state = u"busy"_s, .positionMs = 1'234'567};
+    const QString detail = SlotPresentation(slot, readyService).detail;
+    const SlotRecord idle{.lastStage = u"ocr"_s, .lastFinishedSecondsAgo = -1'234'567};
+    const QString last = SlotPresentation(idle, readyService).detail;
     QLocale::setDefault(before);
     QCOMPARE(detail, u"Analysing selected frame at 1234.6 seconds"_s);
     QCOMPARE(last, u"Last: text · -1234567s ago"_s);
@@ -331,7 +332,7 @@ void SlotPresentationTest::positionOnlyWhileWorking() {
         const SlotRecord slot =
             slotOf({{"state", R"("busy")"}, {"phase", phase.json}, {"position_ms", "1500"}});
         QCOMPARE(
-            SlotPresentation(slot, true, true).detail,
+            SlotPresentation(slot, readyService).detail,
             phase.detail != nullptr ? text(phase.detail)
                                     : u"Analysing selected frame at 1.5 seconds"_s);
     }
@@ -372,9 +373,9 @@ void SlotPresentationTest::lastJob() {
         if (!detail.isEmpty()) {
             expected.detail = detail;
         }
-        QVERIFY(shows(slot, true, true, expected));
-        QVERIFY(shows(slot, true, false, pausedTexts));
-        QVERIFY(shows(slot, false, true, offlineTexts));
+        QVERIFY(shows(slot, readyService, expected));
+        QVERIFY(shows(slot, pausedService, pausedTexts));
+        QVERIFY(shows(slot, {.online = false, .accepting = true}, offlineTexts));
     }
 }
 
@@ -420,7 +421,7 @@ void SlotPresentationTest::lastWorkLabels() {
          {"last_stage", stage.constData()},
          {"last_media_kind", kind.constData()}});
     QCOMPARE(
-        SlotPresentation(slot, true, true).detail,
+        SlotPresentation(slot, readyService).detail,
         label.isEmpty() ? readyTexts.detail : u"Last: "_s + label + u" · 15s ago"_s);
 }
 
@@ -445,19 +446,19 @@ void SlotPresentationTest::wrongTypesReadAsAbsent() {
             .toArray();
     int replaced = 0;
     for (const QString& key : slot.keys()) {
-        SlotRecord without = slot;
+        QJsonObject without = slot;
         without.remove(key);
         for (const QJsonValue& value : values) {
             const bool wanted = slot[key].isString() ? value.isString() : value == QJsonValue(0);
             if (wanted) {
                 continue;
             }
-            SlotRecord wrong = slot;
+            QJsonObject wrong = slot;
             wrong[key] = value;
             for (const bool accepting : {false, true}) {
                 QCOMPARE(
-                    SlotPresentation(wrong, true, accepting),
-                    SlotPresentation(without, true, accepting));
+                    SlotPresentation(slotOf(wrong), {.online = true, .accepting = accepting}),
+                    SlotPresentation(slotOf(without), {.online = true, .accepting = accepting}));
             }
             ++replaced;
         }
@@ -466,9 +467,9 @@ void SlotPresentationTest::wrongTypesReadAsAbsent() {
 }
 
 void SlotPresentationTest::equality() {
-    const SlotRecord slot{{u"state"_s, u"busy"_s}};
-    const SlotPresentation one(slot, true, true);
-    QCOMPARE(one, SlotPresentation(slot, true, true));
+    const SlotRecord slot{.state = u"busy"_s};
+    const SlotPresentation one(slot, readyService);
+    QCOMPARE(one, SlotPresentation(slot, readyService));
     for (QString SlotPresentation::*text :
          {&SlotPresentation::title, &SlotPresentation::detail, &SlotPresentation::state,
           &SlotPresentation::model}) {

@@ -35,7 +35,7 @@ private slots:
         QFETCH(const bool, setup);
         QFETCH(const double, seconds);
         ServiceClient client(1);
-        RefreshLoop loop(client, [=] { return RefreshLoop::Situation{visible, active, setup}; });
+        RefreshLoop loop(client, [=] { return RefreshLoop::Situation{{visible, setup}, active}; });
         QVERIFY(!loop.pendingInterval());
         loop.scheduleRefresh();
         QCOMPARE(loop.pendingInterval()->count(), seconds);
@@ -43,7 +43,7 @@ private slots:
 
     void goodAnswerIsTold() {
         HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": false, "x": 1})");
+        peer.answerWithJson(R"({"deep_scan_enabled": false, "workers": 1})");
         ServiceClient client(peer.serverPort());
         RefreshLoop loop(client, [] { return RefreshLoop::Situation{}; });
         std::optional<ConfirmedHealth> got;
@@ -56,7 +56,7 @@ private slots:
         QVERIFY(!loop.pendingInterval());
         QTRY_VERIFY(got);
         QVERIFY(!got->deep);
-        QCOMPARE(got->document.value(u"x").toInteger(), 1);
+        QCOMPARE(got->document.workers, std::optional<qint64>(1));
         QVERIFY(loop.pendingInterval());
         QVERIFY(peer.requests().constFirst().head.startsWith("GET /v1/health "));
     }
@@ -113,7 +113,8 @@ private slots:
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": true})");
         ServiceClient client(peer.serverPort());
-        RefreshLoop loop(client, [] { return RefreshLoop::Situation{.setup = true}; });
+        RefreshLoop loop(
+            client, [] { return RefreshLoop::Situation{.attention = {.setup = true}}; });
         QElapsedTimer clock;
         QList<qint64> at;
         connect(&peer, &HttpPeer::requestCame, this, [&] { at.append(clock.elapsed()); });
@@ -144,7 +145,9 @@ private slots:
         QFETCH(const qint64, tolerance);
         using std::chrono::milliseconds;
         QTEST(
-            qint64(sharedWakeUp(milliseconds(now), milliseconds(interval), milliseconds(tolerance))
+            qint64(sharedWakeUp({.now = milliseconds(now),
+                                 .interval = milliseconds(interval),
+                                 .tolerance = milliseconds(tolerance)})
                        .count()),
             "delay");
     }
@@ -157,20 +160,20 @@ private slots:
         BackendCheck check(client, [&] { return now; });
         const QSignalSpy answers(&check, &BackendCheck::answered);
         QVERIFY(!check.backendReady());
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QCOMPARE(check.backendChecked(), TimePoint(1000s));
         // A slow check is not repeated.
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QTRY_COMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), true);
 
         now = TimePoint(1000s + 60s);
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QCOMPARE(check.backendChecked(), TimePoint(1000s));
         now += 1ms;
-        check.checkIfDue(false, false);
+        check.checkIfDue({});
         QCOMPARE(check.backendChecked(), TimePoint(1000s));
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QCOMPARE(check.backendChecked(), now);
         QTRY_COMPARE(answers.size(), 2);
         QCOMPARE(peer.requests().size(), 2);
@@ -183,7 +186,7 @@ private slots:
         ServiceClient client(peer.serverPort());
         BackendCheck check(client, [] { return TimePoint(1s); });
         const QSignalSpy answers(&check, &BackendCheck::answered);
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QTRY_COMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), false);
     }
@@ -195,13 +198,13 @@ private slots:
         ServiceClient client(peer.serverPort());
         BackendCheck check(client, [] { return TimePoint(1s); });
         const QSignalSpy answers(&check, &BackendCheck::answered);
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QTRY_VERIFY(held);
         check.reset();
         QVERIFY(!check.backendChecked());
         held->write(HttpPeer::response("200 OK", "{}"));
         peer.answerWithJson(R"({"backend": {"reachable": true, "model_ready": true}})");
-        check.checkIfDue(true, false);
+        check.checkIfDue({.visible = true});
         QTRY_COMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), true);
         QCOMPARE(peer.requests().size(), 2);

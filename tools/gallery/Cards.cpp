@@ -20,11 +20,11 @@ constexpr int cardWidth = 300;
 
 void addCard(
     Gallery& gallery, const QString& name, const std::optional<SlotRecord>& slot,
-    bool online = true, bool accepting = true) {
+    ServiceState service = {.online = true, .accepting = true}) {
     QWidget window;
     auto* card = new WorkerCardView;
     if (slot) {
-        card->update(*slot, online, accepting);
+        card->update(*slot, service);
     }
     pin(card, &window);
     window.resize(cardWidth, window.layout()->totalHeightForWidth(cardWidth));
@@ -33,9 +33,9 @@ void addCard(
 }
 
 SlotRecord job(const QString& stage, const QString& kind) {
-    SlotRecord slot = slotRecords(documents::live()).first();
-    slot.insert("stage"_L1, stage);
-    slot.insert("media_kind"_L1, kind);
+    SlotRecord slot = documents::live().bays.records().first();
+    slot.stage = stage;
+    slot.mediaKind = kind;
     return slot;
 }
 
@@ -43,18 +43,20 @@ SlotRecord job(const QString& stage, const QString& kind) {
 
 void addCards(Gallery& gallery) {
     addCard(gallery, u"new"_s, std::nullopt);
-    addCard(gallery, u"cpu"_s, slotRecords(documents::idle()).first());
+    addCard(gallery, u"cpu"_s, documents::idle().bays.records().first());
     addCard(gallery, u"photo"_s, job(u"describe"_s, u"photo"_s));
     addCard(gallery, u"film"_s, job(u"describe"_s, u"video"_s));
     addCard(gallery, u"waveform"_s, job(u"audio"_s, u"video"_s));
     addCard(gallery, u"text.viewfinder"_s, job(u"ocr"_s, u"photo"_s));
-    addCard(gallery, u"paused"_s, slotRecords(documents::idle()).last(), true, false);
-    addCard(gallery, u"offline"_s, slotRecords(documents::live()).first(), false, false);
-    addCard(gallery, u"long"_s, slotRecords(documents::longTexts()).first());
+    addCard(
+        gallery, u"paused"_s, documents::idle().bays.records().last(),
+        {.online = true, .accepting = false});
+    addCard(gallery, u"offline"_s, documents::live().bays.records().first(), {});
+    addCard(gallery, u"long"_s, documents::longTexts().bays.records().first());
     SlotRecord word = job(u"precheck"_s, u"photo"_s);
-    word.insert("source_device"_L1, QString(120, u'w'));
-    word.insert("model"_L1, QString(120, u'm'));
-    word.insert("completed"_L1, std::numeric_limits<qint64>::max());
+    word.sourceDevice = QString(120, u'w');
+    word.model = QString(120, u'm');
+    word.completed = std::numeric_limits<qint64>::max();
     addCard(gallery, u"long-word"_s, word);
 }
 

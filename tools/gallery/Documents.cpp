@@ -1,7 +1,9 @@
 #include "tools/gallery/Documents.h"
 
-#include <QJsonArray>
+#include "service/HealthReader.h"
+
 #include <QJsonDocument>
+#include <QJsonObject>
 
 namespace vesk::documents {
 
@@ -14,7 +16,7 @@ HealthDocument parsed(const char* json) {
     if (!document.isObject()) {
         qFatal("not a document: %s", json);
     }
-    return document.object();
+    return healthDocument(document.object());
 }
 
 constexpr auto restingService = R"({
@@ -48,19 +50,12 @@ constexpr auto liveSlots = R"({"slots": [
         "media_kind": "video", "model": "ast-finetuned-audioset", "elapsed_ms": 2100,
         "source_device": "Kitchen phone", "completed": 41, "failed": 2}]})";
 
-constexpr auto coolingSlots = R"({"cooldown_seconds": 17.4, "cooldown_cap_seconds": 45, "slots": [
+constexpr auto coolingSlots = R"({"slots": [
     {"slot": 1, "state": "busy", "phase": "cooling", "stage": "ocr", "media_kind": "photo",
         "elapsed_ms": 61000, "source_device": "Kitchen phone", "completed": 128, "failed": 1},
     {"slot": 2, "state": "waiting", "phase": "queued", "stage": "precheck", "media_kind": "photo",
         "source_device": "Garden phone", "completed": 97, "failed": 0},
     {"slot": 3, "state": "idle", "completed": 41, "failed": 2}]})";
-
-HealthDocument with(HealthDocument document, const HealthDocument& changes) {
-    for (auto change = changes.begin(); change != changes.end(); ++change) {
-        document.insert(change.key(), change.value());
-    }
-    return document;
-}
 
 } // namespace
 
@@ -69,46 +64,44 @@ HealthDocument idle() {
 }
 
 HealthDocument live() {
-    return with(idle(), parsed(liveSlots));
+    HealthDocument document = idle();
+    document.bays = parsed(liveSlots).bays;
+    return document;
 }
 
 HealthDocument cooling() {
-    return with(idle(), parsed(coolingSlots));
+    HealthDocument document = idle();
+    document.bays = parsed(coolingSlots).bays;
+    document.cooldownSeconds = 17.4;
+    document.cooldownCapSeconds = 45;
+    return document;
 }
 
 HealthDocument longTexts() {
     const QString device =
         u"The tablet of the one who sorts the family's photographs on Sunday afternoons"_s;
     HealthDocument document = live();
-    QJsonArray bays = document.value("slots"_L1).toArray();
-    for (auto bay : bays) {
-        QJsonObject slot = bay.toObject();
-        slot.insert("source_device"_L1, device);
-        bay = slot;
+    QList<SlotRecord> bays = document.bays.records();
+    for (SlotRecord& bay : bays) {
+        bay.sourceDevice = device;
     }
-    document.insert("slots"_L1, bays);
-    document.insert("device_id"_L1, u"a-machine-with-a-name-that-nobody-would-type-twice"_s);
-    document.insert(
-        "connected_devices"_L1,
-        QJsonArray{
-            QJsonObject{{"name"_L1, device}, {"last_seen_seconds"_L1, 1}},
-            QJsonObject{{"name"_L1, u"<b>Second</b> & last"_s}, {"last_seen_seconds"_L1, 86400}}});
-    QJsonObject policy = document.value("activity_policy"_L1).toObject();
-    policy.insert(
-        "reason"_L1, u"The machine is warm, runs on battery, and someone is working on it with "
-                     "several programs that need its graphics processor"_s);
-    policy.insert(
-        "thermal_state"_L1, u"Serious, and it has been so for more than an hour now, "
-                            "which is longer than the fans like"_s);
-    document.insert("activity_policy"_L1, policy);
+    document.bays = Bays(bays);
+    document.deviceId = u"a-machine-with-a-name-that-nobody-would-type-twice"_s;
+    document.connectedDevices = {
+        {.name = device, .lastSeenSeconds = 1},
+        {.name = u"<b>Second</b> & last"_s, .lastSeenSeconds = 86400}};
+    document.activityPolicy.reason =
+        u"The machine is warm, runs on battery, and someone is working on it with several programs "
+        "that need its graphics processor"_s;
+    document.activityPolicy.thermalState =
+        u"Serious, and it has been so for more than an hour now, which is longer than the fans "
+        "like"_s;
     return document;
 }
 
 HealthDocument inMode(const QString& mode) {
     HealthDocument document = idle();
-    QJsonObject policy = document.value("activity_policy"_L1).toObject();
-    policy.insert("performance_mode"_L1, mode);
-    document.insert("activity_policy"_L1, policy);
+    document.activityPolicy.performanceMode = mode;
     return document;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
 
 /// Health documents as a service in different states would answer them.
 namespace vesk::documents {

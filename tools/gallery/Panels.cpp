@@ -1,3 +1,4 @@
+#include "model/ServiceState.h"
 #include "tools/gallery/Documents.h"
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
@@ -11,11 +12,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-ServiceFacts facts(const HealthDocument& document, bool online = true, bool accepting = true) {
+ServiceFacts
+facts(const HealthDocument& document, ServiceState service = {.online = true, .accepting = true}) {
     return {
         .lastHealth = document,
-        .online = online,
-        .accepting = accepting,
+        .online = service.online,
+        .accepting = service.accepting,
         .backendReady = true,
         .port = 45835,
         .hostName = u"Studio.local"_s};
@@ -37,25 +39,25 @@ void addConnected(Gallery& gallery, const QString& name, const ServiceFacts& kno
 } // namespace
 
 void addPanels(Gallery& gallery) {
-    addPanel(gallery, u"checking"_s, compactPanel(Dashboard(), facts({}, false)));
+    addPanel(gallery, u"checking"_s, compactPanel(Dashboard(), facts({}, {.accepting = true})));
     addConnected(gallery, u"idle"_s, facts(documents::idle()));
     addConnected(gallery, u"live"_s, facts(documents::live()));
     addConnected(gallery, u"cooling"_s, facts(documents::cooling()));
-    addConnected(gallery, u"paused"_s, facts(documents::idle(), true, false));
+    addConnected(gallery, u"paused"_s, facts(documents::idle(), {.online = true}));
     addConnected(gallery, u"long"_s, facts(documents::longTexts()));
 
     const ServiceFacts live = facts(documents::live());
     addPanel(
         gallery, u"reconnecting"_s,
         compactPanel(reconnectingDashboard(connectedDashboard(live)), live));
-    ServiceFacts away = facts(documents::live(), false);
+    ServiceFacts away = facts(documents::live(), {.accepting = true});
     addPanel(
         gallery, u"stopped"_s,
-        compactPanel(disconnectedDashboard(connectedDashboard(live), false), away));
+        compactPanel(disconnectedDashboard(connectedDashboard(live), away), away));
     away.starting = true;
     addPanel(
         gallery, u"starting"_s,
-        compactPanel(disconnectedDashboard(connectedDashboard(live), true), away));
+        compactPanel(disconnectedDashboard(connectedDashboard(live), away), away));
 }
 
 } // namespace vesk

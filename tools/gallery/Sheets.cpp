@@ -77,12 +77,16 @@ void press(const QWidget& window, const QString& title) {
     qFatal("no button says %s", qPrintable(title));
 }
 
-void addSetup(
-    Gallery& gallery, QWidget& parent, const QString& name, bool advanced, bool online = true) {
-    StillSetup control(online ? documents::idle() : HealthDocument(), online);
+struct SetupCase {
+    bool advanced = false;
+    bool online = true;
+};
+
+void addSetup(Gallery& gallery, QWidget& parent, const QString& name, SetupCase shown) {
+    StillSetup control(shown.online ? documents::idle() : HealthDocument(), shown.online);
     SetupWizard wizard(control, &parent);
     wizard.open();
-    if (advanced) {
+    if (shown.advanced) {
         press(*wizard.window(), u"Advanced"_s);
     }
     for (int step = 0; step <= lastSetupStep; ++step) {
@@ -113,9 +117,9 @@ void addSheets(Gallery& gallery) {
     addSettings(gallery, parent, u"offline"_s, documents::idle(), false);
     addSettings(gallery, parent, u"nothing-known"_s, {}, false);
     addSettings(gallery, parent, u"long"_s, documents::longTexts());
-    addSetup(gallery, parent, u"basic"_s, false);
-    addSetup(gallery, parent, u"advanced"_s, true);
-    addSetup(gallery, parent, u"offline"_s, false, false);
+    addSetup(gallery, parent, u"basic"_s, {});
+    addSetup(gallery, parent, u"advanced"_s, {.advanced = true});
+    addSetup(gallery, parent, u"offline"_s, {.online = false});
     addAlert(gallery, parent, u"short"_s, u"Could not save processing mode. Please try again."_s);
     addAlert(
         gallery, parent, u"long"_s,

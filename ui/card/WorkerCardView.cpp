@@ -50,8 +50,8 @@ WorkerCardView::WorkerCardView(QWidget* parent)
     present(WorkerCard());
 }
 
-void WorkerCardView::update(const SlotRecord& slot, bool online, bool accepting) {
-    present(WorkerCard(slot, online, accepting));
+void WorkerCardView::update(const SlotRecord& slot, ServiceState service) {
+    present(WorkerCard(slot, service));
 }
 
 void WorkerCardView::present(const WorkerCard& card) {

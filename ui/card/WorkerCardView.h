@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/ServiceState.h"
 #include "model/SlotRecord.h"
 #include "ui/kit/Panel.h"
 
@@ -20,8 +21,7 @@ class WorkerCardView final : public Panel {
 public:
     explicit WorkerCardView(QWidget* parent = nullptr);
 
-    /// `online`: the service answers; `accepting`: it takes deep jobs.
-    void update(const SlotRecord& slot, bool online, bool accepting);
+    void update(const SlotRecord& slot, ServiceState service);
     using Panel::update;
 
 private:

@@ -91,7 +91,7 @@ QWidget* CompactPanelView::makeRackBox() {
         auto* row = label(QString(), smallText, QFont::Medium, Theme::muted);
         row->setFont(monospaced(smallText, QFont::Medium));
         auto* meter = new Meter;
-        meter->setAccessibleName(u"BAY "_s + QString::number(bay + 1));
+        meter->setAccessibleName(bayName(static_cast<int>(bay) + 1));
         compactRows_.at(bay) = row;
         compactMeters_.at(bay) = meter;
         cells.append(stack({row, meter}, true, 5));

@@ -52,7 +52,8 @@ void PerformanceSettings::open() {
 }
 
 void PerformanceSettings::refresh() {
-    const SettingsPresentation next(control_.lastHealth(), control_.online(), changing_);
+    const SettingsPresentation next(
+        control_.lastHealth(), {.online = control_.online(), .changing = changing_});
     if (next.mode) {
         mode_->select(*next.mode);
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
 
 #include <functional>
 

@@ -67,8 +67,9 @@ void SetupWizard::refreshReadiness() {
     if (step_ != 1) {
         return;
     }
-    readiness_->setText(
-        readinessText(control_.lastHealth(), control_.online(), control_.backendReady()));
+    readiness_->setText(readinessText(
+        control_.lastHealth(),
+        {.online = control_.online(), .backendReady = control_.backendReady()}));
 }
 
 QDialog* SetupWizard::window() const {
@@ -88,15 +89,16 @@ void SetupWizard::layOut() {
     next_->setDefault(true);
 }
 
+SetupPlace SetupWizard::place() const {
+    return {.step = step_, .advanced = mode_->selectedIndex() == 1, .applying = waitingForApply_};
+}
+
 void SetupWizard::render() {
-    const SetupPage page =
-        setupPage(step_, mode_->selectedIndex() == 1, control_.lastHealth(), control_.port());
+    const SetupPage page = setupPage(place(), control_.lastHealth(), control_.port());
     stepLabel_->setText(page.stepLabel);
     title_->setText(page.heading);
     back_->setVisible(page.backShown);
-    if (!waitingForApply_) {
-        next_->setText(verbatim(page.nextTitle));
-    }
+    next_->setText(verbatim(page.nextTitle));
     qDeleteAll(std::exchange(paragraphs_, {}));
     for (QWidget* control : controls_) {
         body_->removeWidget(control);
@@ -238,7 +240,7 @@ void SetupWizard::finished(bool confirmed) {
 
 void SetupWizard::setWaitingForApply(bool waiting) {
     waitingForApply_ = waiting;
-    next_->setText(waiting ? u"Applying…"_s : verbatim(u"Apply & finish"_s));
+    next_->setText(verbatim(setupNextTitle(place())));
     next_->setEnabled(!waiting);
     back_->setEnabled(!waiting);
     if (!waiting) {

@@ -19,6 +19,7 @@ class ElidedLabel;
 class SegmentedControl;
 class SetupController;
 struct SetupItem;
+struct SetupPlace;
 class Sheet;
 
 /// The sheet of four pages that explains the service and applies what a person chose there. Made
@@ -47,6 +48,7 @@ public:
 
 private:
     void layOut();
+    [[nodiscard]] SetupPlace place() const;
     void render();
     [[nodiscard]] QWidget* view(const SetupItem& item);
     void add(QWidget* view);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
 
 #include <QString>
 
@@ -8,6 +8,7 @@ namespace vesk {
 
 /// The processing budget and counts that the dashboard and the rack panel both tell.
 struct Budget {
+    /// Counts that fit no 64-bit integer end the program.
     explicit Budget(const HealthDocument& document);
 
     /// Percentage for the dashboard's line: in force, else the document's, else 40.

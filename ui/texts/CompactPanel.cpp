@@ -1,14 +1,11 @@
 #include "ui/texts/CompactPanel.h"
 
 #include "model/Checked.h"
-#include "model/LenientReader.h"
 #include "model/RackProgress.h"
 #include "model/SlotPresentation.h"
 #include "ui/texts/Budget.h"
 
 #include <QStringList>
-
-#include <algorithm>
 
 namespace vesk {
 
@@ -27,18 +24,18 @@ CompactPanel mirrored(const Dashboard& dashboard) {
     return panel;
 }
 
-QString rackText(const ServiceFacts& facts, qsizetype bays) {
+QString rackText(const ServiceFacts& facts) {
     const QString host = facts.hostName.isEmpty() ? u"This Mac"_s : facts.hostName;
-    QString machine = lenient::string(facts.lastHealth, u"device_id").value_or(host);
-    return u"RACK     "_s + machine.remove(u".local"_s) + u"  ·  "_s
-           + lenient::string(facts.lastHealth, u"device").value_or(u"macOS"_s) + u"  ·  "_s
-           + QString::number(bays) + u" bays  ·  LAN :"_s + QString::number(facts.port);
+    return u"RACK     "_s + facts.lastHealth.deviceId.value_or(host).remove(u".local"_s)
+           + u"  ·  "_s + facts.lastHealth.device.value_or(u"macOS"_s) + u"  ·  "_s
+           + QString::number(facts.lastHealth.bays.records().size()) + u" bays  ·  LAN :"_s
+           + QString::number(facts.port);
 }
 
-QString deviceText(const QJsonObject& device) {
+QString deviceText(const ConnectedDevice& device) {
     constexpr qint64 nowSeconds = 10;
-    const QString name = lenient::string(device, u"name").value_or(u"Android device"_s);
-    const auto lastSeen = lenient::integer(device, u"last_seen_seconds").value_or(0);
+    const QString name = device.name.value_or(u"Android device"_s);
+    const auto lastSeen = device.lastSeenSeconds.value_or(0);
     return lastSeen < nowSeconds ? name + u" · now"_s
                                  : name + u" · "_s + QString::number(lastSeen) + u"s ago"_s;
 }
@@ -47,13 +44,12 @@ QString devicesText(const ServiceFacts& facts) {
     if (!facts.online) {
         return u"DEVICES  service offline"_s;
     }
-    const auto devices = lenient::dictionaries(facts.lastHealth, u"connected_devices")
-                             .value_or(QList<QJsonObject>());
+    const auto& devices = facts.lastHealth.connectedDevices;
     if (devices.isEmpty()) {
         return u"DEVICES  waiting for Corvala on your local network"_s;
     }
     QStringList texts;
-    for (const QJsonObject& device : devices) {
+    for (const ConnectedDevice& device : devices) {
         texts.append(deviceText(device));
     }
     return u"DEVICES  "_s + texts.join(u"   |   "_s);
@@ -71,29 +67,21 @@ QString summaryText(const ServiceFacts& facts, const Budget& budget) {
            + QString::number(budget.failed) + u" failed"_s;
 }
 
-SlotRecord bayRecord(const QList<SlotRecord>& records, qint64 bay) {
-    const auto found = std::find_if(records.begin(), records.end(), [bay](const SlotRecord& slot) {
-        return lenient::integer(slot, u"slot") == bay;
-    });
-    return found == records.end() ? SlotRecord() : *found;
-}
-
 bool isLive(const QString& state) {
     return state == u"Working" || state == u"Loading" || state == u"Queued" || state == u"Cooling"
            || state == u"Finishing";
 }
 
 CompactRow bayRow(
-    qint64 bay, const SlotRecord& slot, const SlotPresentation& presentation,
+    int bay, const SlotRecord& slot, const SlotPresentation& presentation,
     const QString& progressLabel) {
-    const QString name = u"BAY "_s + QString::number(bay);
+    const QString name = bayName(bay);
     if (!isLive(presentation.state)) {
         return {name + u"  ○  "_s + presentation.state + u"  ·  "_s + presentation.detail, false};
     }
-    const auto source = lenient::string(slot, u"source_device");
     return {
         name + u"  ●  "_s + presentation.title + u"  ·  "_s + presentation.state + u"  ·  "_s
-            + progressLabel + (source ? u"  ·  "_s + *source : QString()),
+            + progressLabel + (slot.sourceDevice ? u"  ·  "_s + *slot.sourceDevice : QString()),
         true};
 }
 
@@ -106,34 +94,38 @@ CompactPanel checkingPanel(const Dashboard& dashboard, bool starting) {
     panel.compactRack = u"RACK  checking local processor"_s;
     panel.compactDevices = u"DEVICES  waiting for Corvala"_s;
     for (int bay = 0; bay < CompactPanel::bays; ++bay) {
-        panel.compactRows.at(static_cast<size_t>(bay)).text =
-            u"BAY "_s + QString::number(bay + 1) + u"  ·  checking"_s;
+        panel.compactRows.at(static_cast<size_t>(bay)).text = bayName(bay + 1) + u"  ·  checking"_s;
     }
     return panel;
 }
 
 } // namespace
 
+QString bayName(int bay) {
+    return u"BAY "_s + QString::number(bay);
+}
+
 CompactPanel compactPanel(const Dashboard& dashboard, const ServiceFacts& facts) {
     if (dashboard.checking) {
         return checkingPanel(dashboard, facts.starting);
     }
     constexpr double usualCooldownCap = 45;
-    const auto records = slotRecords(facts.lastHealth);
-    const Budget budget(facts.lastHealth);
-    const double cooldownCap =
-        lenient::number(facts.lastHealth, u"cooldown_cap_seconds").value_or(usualCooldownCap);
+    const HealthDocument& document = facts.lastHealth;
+    const Budget budget(document);
+    const Cooldown cooldown{
+        .left = budget.cooldown, .whole = document.cooldownCapSeconds.value_or(usualCooldownCap)};
 
     CompactPanel panel = mirrored(dashboard);
-    panel.compactRack = rackText(facts, records.size());
+    panel.compactRack = rackText(facts);
     panel.compactDevices = devicesText(facts);
     panel.compactSummary = summaryText(facts, budget);
     for (int index = 0; index < CompactPanel::bays; ++index) {
-        const qint64 bay = index + 1;
+        const int bay = index + 1;
         const auto at = static_cast<size_t>(index);
-        const SlotRecord slot = bayRecord(records, bay);
-        const SlotPresentation presentation(slot, facts.online, facts.accepting);
-        const RackProgress progress(slot, budget.cooldown, cooldownCap);
+        const SlotRecord& slot = document.bays.numbered(bay);
+        const SlotPresentation presentation(
+            slot, {.online = facts.online, .accepting = facts.accepting});
+        const RackProgress progress(slot, cooldown);
         panel.compactRows.at(at) = bayRow(bay, slot, presentation, progress.label);
         panel.compactMeters.at(at) = progress.value;
     }

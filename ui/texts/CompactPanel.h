@@ -16,7 +16,7 @@ struct CompactRow {
 
 /// Everything the rack panel shows, as a value.
 struct CompactPanel {
-    static constexpr int bays = 3;
+    static constexpr int bays = Bays::shown;
 
     QString compactStatus;
     QString statusDetail;      ///< told with the headline, not beside it
@@ -31,6 +31,9 @@ struct CompactPanel {
 
     bool operator==(const CompactPanel&) const = default;
 };
+
+/// What the bay with that number is called.
+[[nodiscard]] QString bayName(int bay);
 
 /// What the panel says now. Offline, the rack line keeps the last document's names.
 [[nodiscard]] CompactPanel compactPanel(const Dashboard& dashboard, const ServiceFacts& facts);

@@ -1,12 +1,9 @@
 #include "ui/texts/Dashboard.h"
 
 #include "model/Checked.h"
-#include "model/LenientReader.h"
 #include "ui/texts/Budget.h"
 
 #include <QStringList>
-
-#include <array>
 
 namespace vesk {
 
@@ -37,31 +34,19 @@ QString statusDetailText(qsizetype active, const ServiceFacts& facts) {
                  "analysis."_s;
 }
 
-QString servicesText(const HealthDocument& document) {
-    struct Service {
-        QString key;
-        QString label;
-    };
-    static const std::array shown{
-        Service{u"deep_scan"_s, u"Photo AI"_s}, Service{u"video"_s, u"Video AI"_s},
-        Service{u"audio"_s, u"Sound events"_s}, Service{u"ocr"_s, u"OCR"_s}};
-    const auto ready = lenient::flags(document, u"services").value_or(QMap<QString, bool>());
-    QStringList texts;
-    for (const Service& service : shown) {
-        texts.append(service.label + (ready.value(service.key) ? u"  ●"_s : u"  ○"_s));
-    }
+QString servicesText(const ReadyServices& ready) {
+    const auto lamp = [](bool on) { return on ? u"  ●"_s : u"  ○"_s; };
+    const QStringList texts{
+        u"Photo AI"_s + lamp(ready.deepScan), u"Video AI"_s + lamp(ready.video),
+        u"Sound events"_s + lamp(ready.audio), u"OCR"_s + lamp(ready.ocr)};
     return texts.join(u"     "_s);
 }
 
-QString modelText(const QJsonObject& holder) {
-    return lenient::string(holder, u"model").value_or(u"—"_s);
-}
-
 QString enginesText(const HealthDocument& document) {
-    const auto video = lenient::dictionary(document, u"video_backend").value_or(QJsonObject());
-    const auto audio = lenient::dictionary(document, u"audio_backend").value_or(QJsonObject());
-    return u"Photo: "_s + modelText(document) + u"  ·  Video: "_s + modelText(video)
-           + u"\nSound: "_s + modelText(audio).remove(u"MIT/"_s);
+    const QString none = u"—"_s;
+    return u"Photo: "_s + document.model.value_or(none) + u"  ·  Video: "_s
+           + document.videoBackend.model.value_or(none) + u"\nSound: "_s
+           + document.audioBackend.model.value_or(none).remove(u"MIT/"_s);
 }
 
 QString budgetText(const Budget& budget) {
@@ -74,10 +59,9 @@ QString budgetText(const Budget& budget) {
 
 QString networkText(const HealthDocument& document, qint64 port) {
     QStringList names;
-    for (const QJsonObject& device :
-         lenient::dictionaries(document, u"connected_devices").value_or(QList<QJsonObject>())) {
-        if (const auto name = lenient::string(device, u"name")) {
-            names.append(*name);
+    for (const ConnectedDevice& device : document.connectedDevices) {
+        if (device.name) {
+            names.append(*device.name);
         }
     }
     if (names.isEmpty()) {
@@ -107,8 +91,8 @@ Dashboard::Dashboard()
       trayAction{u"Start processing"_s, true} {}
 
 Dashboard connectedDashboard(const ServiceFacts& facts) {
-    const auto bays = slotRecords(facts.lastHealth);
-    const qsizetype active = activeCount(bays);
+    const Bays& bays = facts.lastHealth.bays;
+    const qsizetype active = bays.active();
     const Budget budget(facts.lastHealth);
 
     Dashboard next;
@@ -120,11 +104,11 @@ Dashboard connectedDashboard(const ServiceFacts& facts) {
     next.startButton = {
         facts.accepting ? u"Pause deep jobs"_s : u"Resume deep jobs"_s,
         !facts.changingPolicy && !facts.starting};
-    next.services = servicesText(facts.lastHealth);
+    next.services = servicesText(facts.lastHealth.services);
     next.engines = enginesText(facts.lastHealth);
     next.budget = budgetText(budget);
     next.network = networkText(facts.lastHealth, facts.port);
-    next.total = totalText(budget, bays.size());
+    next.total = totalText(budget, bays.records().size());
     next.trayState = next.status;
     next.trayAction = next.startButton;
     next.trayTitle = active < 1 ? QString() : u" "_s + QString::number(active);
@@ -144,20 +128,20 @@ Dashboard reconnectingDashboard(Dashboard last) {
     return last;
 }
 
-Dashboard disconnectedDashboard(Dashboard last, bool starting) {
+Dashboard disconnectedDashboard(Dashboard last, const ServiceFacts& facts) {
     last.checking = false;
     last.connection = {u"● SERVICE STOPPED"_s, Tone::stopped};
-    last.status = starting ? u"Starting processing…"_s : u"Processing is stopped"_s;
+    last.status = facts.starting ? u"Starting processing…"_s : u"Processing is stopped"_s;
     last.statusDetail = u"The dashboard is open, but the processing service is unavailable. Start "
                         "it to reconnect your phone."_s;
     last.deepToggle = {Qt::PartiallyChecked, false};
-    last.startButton = {starting ? u"Starting…"_s : u"Start processing"_s, !starting};
+    last.startButton = {facts.starting ? u"Starting…"_s : u"Start processing"_s, !facts.starting};
     last.services = u"Photo descriptions · video visual passes · sound events · OCR"_s;
     last.engines = u"Engine readiness will appear when the service connects."_s;
     last.network = u"LAN discovery is unavailable while the service is stopped."_s;
     last.total = u"No live job information available"_s;
     last.trayState = u"Processing service stopped"_s;
-    last.trayAction = {u"Start processing"_s, !starting};
+    last.trayAction = {u"Start processing"_s, !facts.starting};
     last.trayTitle.clear();
     last.trayToolTip = u"Corvala for Mac · processing stopped"_s;
     return last;

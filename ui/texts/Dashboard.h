@@ -39,7 +39,7 @@ struct Dashboard {
 [[nodiscard]] Dashboard reconnectingDashboard(Dashboard last);
 
 /// After the service was given up, and again while it stays away.
-[[nodiscard]] Dashboard disconnectedDashboard(Dashboard last, bool starting);
+[[nodiscard]] Dashboard disconnectedDashboard(Dashboard last, const ServiceFacts& facts);
 
 /// From the moment in which a start of the service begins.
 [[nodiscard]] Dashboard startingDashboard(Dashboard last);

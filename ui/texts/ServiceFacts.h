@@ -1,6 +1,8 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
+
+#include <QString>
 
 #include <optional>
 

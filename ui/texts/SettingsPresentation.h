@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
 
 #include <QString>
 
@@ -12,6 +12,12 @@ namespace vesk {
 /// The service's words for its performance modes, in the order in which they are offered.
 extern const std::array<QString, 3> performanceModes;
 
+/// What the texts of the settings sheet depend on besides the document.
+struct SettingsState {
+    bool online = false;   ///< the service answers
+    bool changing = false; ///< a choice is on its way to it
+};
+
 /// What the settings sheet tells.
 struct SettingsPresentation {
     std::optional<int> mode; ///< index of the mode to select; empty where the choice is to stay
@@ -19,8 +25,7 @@ struct SettingsPresentation {
     QString thermal;
     QString performance;
 
-    /// `changing`: a choice is on its way to the service.
-    SettingsPresentation(const HealthDocument& lastHealth, bool online, bool changing);
+    SettingsPresentation(const HealthDocument& lastHealth, SettingsState state);
 
     bool operator==(const SettingsPresentation&) const = default;
 };

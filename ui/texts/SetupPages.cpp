@@ -1,7 +1,5 @@
 #include "ui/texts/SetupPages.h"
 
-#include "model/LenientReader.h"
-
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -10,19 +8,16 @@ namespace {
 
 using Kind = SetupItem::Kind;
 
-QString limitsText(const HealthDocument& lastHealth) {
+QString limitsText(const ActivityPolicy& policy) {
     constexpr qint64 usualActiveDuty = 15;
     constexpr qint64 usualDuty = 40;
     constexpr qint64 usualCeiling = 65;
-    using lenient::integer;
-    const auto policy = lenient::dictionary(lastHealth, u"activity_policy").value_or(QJsonObject());
-    const auto duty = integer(policy, u"configured_duty_percent")
-                          .value_or(integer(policy, u"duty_percent").value_or(usualDuty));
+    const auto duty = policy.configuredDutyPercent.value_or(policy.dutyPercent.value_or(usualDuty));
     return u"Foreground or warm-Mac duty: "_s
-           + QString::number(integer(policy, u"active_duty_percent").value_or(usualActiveDuty))
+           + QString::number(policy.activeDutyPercent.value_or(usualActiveDuty))
            + u"% with one lane. Normal duty: "_s + QString::number(duty)
            + u"%. Cool idle ceiling after five minutes: "_s
-           + QString::number(integer(policy, u"idle_ceiling_percent").value_or(usualCeiling))
+           + QString::number(policy.idleCeilingPercent.value_or(usualCeiling))
            + u"%. Capacity and duty recover gradually, but activity or heat downshifts "
              "immediately. These are rest-period targets, not operating-system CPU/GPU caps."_s;
 }
@@ -55,7 +50,7 @@ SetupPage enginesPage(bool advanced, const HealthDocument& lastHealth) {
              u"Photo AI: installed Qwen vision model in Ollama. Video AI: SmolVLM2 on MLX/Metal. "
              "Sound: AST AudioSet (sound events, not speech transcription). OCR: Apple Vision. "
              "Models load when needed."_s});
-        page.body.append({Kind::paragraph, limitsText(lastHealth)});
+        page.body.append({Kind::paragraph, limitsText(lastHealth.activityPolicy)});
     }
     return page;
 }
@@ -99,14 +94,14 @@ SetupPage choicesPage() {
           "minutes. Setup does not download models or start a new phone library scan."_s}});
 }
 
-SetupPage pageBody(int step, bool advanced, const HealthDocument& lastHealth, qint64 port) {
-    switch (step) {
+SetupPage pageBody(SetupPlace place, const HealthDocument& lastHealth, qint64 port) {
+    switch (place.step) {
     case 0:
         return welcomePage();
     case 1:
-        return enginesPage(advanced, lastHealth);
+        return enginesPage(place.advanced, lastHealth);
     case 2:
-        return phonePage(advanced, port);
+        return phonePage(place.advanced, port);
     default:
         return choicesPage();
     }
@@ -114,35 +109,37 @@ SetupPage pageBody(int step, bool advanced, const HealthDocument& lastHealth, qi
 
 } // namespace
 
-SetupPage setupPage(int step, bool advanced, const HealthDocument& lastHealth, qint64 port) {
-    SetupPage page = pageBody(step, advanced, lastHealth, port);
-    page.stepLabel = u"HALVEX  /  STEP "_s + QString::number(step + 1) + u" OF 4"_s;
-    page.nextTitle = step == lastSetupStep ? u"Apply & finish"_s : u"Continue"_s;
-    page.backShown = step > 0;
+SetupPage setupPage(SetupPlace place, const HealthDocument& lastHealth, qint64 port) {
+    SetupPage page = pageBody(place, lastHealth, port);
+    page.stepLabel = u"HALVEX  /  STEP "_s + QString::number(place.step + 1) + u" OF 4"_s;
+    page.nextTitle = setupNextTitle(place);
+    page.backShown = place.step > 0;
     return page;
 }
 
-QString
-readinessText(const HealthDocument& lastHealth, bool online, std::optional<bool> backendReady) {
-    if (!online) {
+QString setupNextTitle(SetupPlace place) {
+    if (place.applying) {
+        return u"Applying…"_s;
+    }
+    return place.step == lastSetupStep ? u"Apply & finish"_s : u"Continue"_s;
+}
+
+QString readinessText(const HealthDocument& lastHealth, ReadinessState state) {
+    if (!state.online) {
         return u"Processing service: stopped\n"
                "Start the worker to check the installed scan engines."_s;
     }
-    const auto modelText = [&lastHealth](QStringView holder) {
-        const auto backend = lenient::dictionary(lastHealth, holder).value_or(QJsonObject());
-        return lenient::boolean(backend, u"model_ready").value_or(false) ? u"ready"_s
-                                                                         : u"needs attention"_s;
+    const auto modelText = [](const EngineBackend& backend) {
+        return backend.modelReady.value_or(false) ? u"ready"_s : u"needs attention"_s;
     };
-    const auto services = lenient::flags(lastHealth, u"services").value_or(QMap<QString, bool>());
-    const bool ocr = services.value(u"ocr"_s);
     QString photo = u"checking…"_s;
-    if (backendReady) {
-        photo = *backendReady ? u"ready"_s : u"Ollama/model needs attention"_s;
+    if (state.backendReady) {
+        photo = *state.backendReady ? u"ready"_s : u"Ollama/model needs attention"_s;
     }
     return u"Processing service: connected\nPhoto vision model: "_s + photo
-           + u"\nVideo visual model: "_s + modelText(u"video_backend") + u"\nAudio event model: "_s
-           + modelText(u"audio_backend") + u"\nOCR: "_s
-           + (ocr ? u"ready"_s : u"native helper needs attention"_s)
+           + u"\nVideo visual model: "_s + modelText(lastHealth.videoBackend)
+           + u"\nAudio event model: "_s + modelText(lastHealth.audioBackend) + u"\nOCR: "_s
+           + (lastHealth.services.ocr ? u"ready"_s : u"native helper needs attention"_s)
            + u"\nFace detection and identity: run on your phone"_s;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/HealthDocument.h"
+#include "model/HealthDocument.h"
 
 #include <QList>
 #include <QString>
@@ -40,12 +40,25 @@ struct SetupPage {
 /// Index of the last page; the first is 0.
 inline constexpr int lastSetupStep = 3;
 
-/// `step`: 0 to lastSetupStep.
-[[nodiscard]] SetupPage
-setupPage(int step, bool advanced, const HealthDocument& lastHealth, qint64 port);
+/// Where in the setup sheet a person is.
+struct SetupPlace {
+    int step = 0;          ///< 0 to lastSetupStep
+    bool advanced = false; ///< the choice of detail
+    bool applying = false; ///< the choices are being applied
+};
 
-/// How the scan engines stand; an empty `backendReady` reads as being checked.
-[[nodiscard]] QString
-readinessText(const HealthDocument& lastHealth, bool online, std::optional<bool> backendReady);
+[[nodiscard]] SetupPage setupPage(SetupPlace place, const HealthDocument& lastHealth, qint64 port);
+
+/// Title of the button that goes on.
+[[nodiscard]] QString setupNextTitle(SetupPlace place);
+
+/// What the readiness of the scan engines depends on besides the document.
+struct ReadinessState {
+    bool online = false;              ///< the service answers
+    std::optional<bool> backendReady; ///< the photo engine is usable; empty while it is checked
+};
+
+/// How the scan engines stand.
+[[nodiscard]] QString readinessText(const HealthDocument& lastHealth, ReadinessState state);
 
 } // namespace vesk

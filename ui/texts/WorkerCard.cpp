@@ -1,6 +1,5 @@
 #include "ui/texts/WorkerCard.h"
 
-#include "model/LenientReader.h"
 #include "model/SlotPresentation.h"
 
 namespace vesk {
@@ -9,19 +8,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString decimal(const SlotRecord& slot, QStringView key) {
-    return QString::number(lenient::integer(slot, key).value_or(0));
+QString decimal(std::optional<qint64> count) {
+    return QString::number(count.value_or(0));
 }
 
 QString symbolName(const SlotRecord& slot) {
-    const auto stage = lenient::string(slot, u"stage");
-    if (stage == u"audio"_s) {
+    if (slot.stage == u"audio"_s) {
         return u"waveform"_s;
     }
-    if (stage == u"ocr"_s) {
+    if (slot.stage == u"ocr"_s) {
         return u"text.viewfinder"_s;
     }
-    if (lenient::string(slot, u"media_kind") == u"video"_s) {
+    if (slot.mediaKind == u"video"_s) {
         return u"film"_s;
     }
     return isActive(slot) ? u"photo"_s : u"cpu"_s;
@@ -39,23 +37,23 @@ WorkerCard::WorkerCard()
       completed(u"0"_s),
       failed(u"0"_s) {}
 
-WorkerCard::WorkerCard(const SlotRecord& slot, bool online, bool accepting)
-    : number(u"PROCESSOR "_s + decimal(slot, u"slot")),
-      badgeLive(online && accepting),
+WorkerCard::WorkerCard(const SlotRecord& slot, ServiceState service)
+    : number(u"PROCESSOR "_s + decimal(slot.slot)),
+      badgeLive(service.online && service.accepting),
       symbol(symbolName(slot)) {
-    const SlotPresentation presentation(slot, online, accepting);
+    const SlotPresentation presentation(slot, service);
     title = presentation.title;
-    const auto source = lenient::string(slot, u"source_device");
-    detail = source ? u"From "_s + *source + u" · "_s + presentation.detail : presentation.detail;
+    detail = slot.sourceDevice ? u"From "_s + *slot.sourceDevice + u" · "_s + presentation.detail
+                               : presentation.detail;
     badge = u"● "_s + presentation.state;
     engine = presentation.model;
-    if (online && isActive(slot)) {
+    if (service.online && isActive(slot)) {
         constexpr qint64 millisecondsPerSecond = 1000;
-        const auto milliseconds = lenient::integer(slot, u"elapsed_ms").value_or(0);
+        const auto milliseconds = slot.elapsedMs.value_or(0);
         elapsed = QString::number(milliseconds / millisecondsPerSecond) + u"s on this job"_s;
     }
-    completed = online ? decimal(slot, u"completed") : u"—"_s;
-    failed = online ? decimal(slot, u"failed") : u"—"_s;
+    completed = service.online ? decimal(slot.completed) : u"—"_s;
+    failed = service.online ? decimal(slot.failed) : u"—"_s;
 }
 
 } // namespace vesk

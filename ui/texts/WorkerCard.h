@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/ServiceState.h"
 #include "model/SlotRecord.h"
 
 #include <QString>
@@ -11,8 +12,8 @@ struct WorkerCard {
     /// Before the first update.
     WorkerCard();
 
-    /// `online`: the service answers; `accepting`: it takes deep jobs. Never fails.
-    WorkerCard(const SlotRecord& slot, bool online, bool accepting);
+    /// Never fails.
+    WorkerCard(const SlotRecord& slot, ServiceState service);
 
     QString number;
     QString badge;

@@ -1,6 +1,6 @@
 #include "ui/card/WorkerCardView.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/GlyphView.h"
 #include "ui/kit/Theme.h"
@@ -12,6 +12,13 @@
 namespace vesk {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr ServiceState readyService{.online = true, .accepting = true};
+constexpr ServiceState pausedService{.online = true, .accepting = false};
+
+} // namespace
 
 class WorkerCardViewTest : public QObject {
     Q_OBJECT
@@ -73,13 +80,14 @@ void WorkerCardViewTest::beforeTheFirstUpdate() {
 }
 
 void WorkerCardViewTest::showsEveryTextOfTheCard() {
-    const SlotRecord slot = jsonObject(
+    const SlotRecord slot = slotOf(
         R"({"slot":2,"state":"busy","stage":"describe","model":"engine-1","elapsed_ms":12999,
             "source_device":"<i>Pixel</i>","completed":41,"failed":3})");
     for (const bool online : {true, false}) {
         for (const bool accepting : {true, false}) {
-            card_->update(slot, online, accepting);
-            QCOMPARE(texts(), textsOf(WorkerCard(slot, online, accepting)));
+            card_->update(slot, {.online = online, .accepting = accepting});
+            QCOMPARE(
+                texts(), textsOf(WorkerCard(slot, {.online = online, .accepting = accepting})));
         }
     }
     for (const auto* label : card_->findChildren<QLabel*>()) {
@@ -92,27 +100,27 @@ void WorkerCardViewTest::badgeColour() {
         return labelWith(text).palette().color(QPalette::WindowText);
     };
     QCOMPARE(colour(u"Offline"_s), Theme::muted);
-    card_->update({}, true, true);
+    card_->update({}, readyService);
     QCOMPARE(colour(u"● Ready"_s), Theme::accent);
-    card_->update({}, true, false);
+    card_->update({}, pausedService);
     QCOMPARE(colour(u"● Paused"_s), Theme::muted);
-    card_->update({{u"state"_s, u"busy"_s}}, true, false);
+    card_->update({.state = u"busy"_s}, pausedService);
     QCOMPARE(colour(u"● Working"_s), Theme::muted);
-    card_->update({{u"state"_s, u"busy"_s}}, true, true);
+    card_->update({.state = u"busy"_s}, readyService);
     QCOMPARE(colour(u"● Working"_s), Theme::accent);
-    card_->update({}, false, true);
+    card_->update({}, {.online = false, .accepting = true});
     QCOMPARE(colour(u"● Offline"_s), Theme::muted);
 }
 
 void WorkerCardViewTest::symbolFollows() {
     auto* symbol = card_->findChild<GlyphView*>();
     const QImage processor = symbol->grab().toImage();
-    card_->update({{u"state"_s, u"busy"_s}}, true, true);
+    card_->update({.state = u"busy"_s}, readyService);
     QCOMPARE(symbol->name(), u"photo"_s);
     QVERIFY(symbol->grab().toImage() != processor);
-    card_->update({{u"stage"_s, u"ocr"_s}}, true, true);
+    card_->update({.stage = u"ocr"_s}, readyService);
     QCOMPARE(symbol->name(), u"text.viewfinder"_s);
-    card_->update({}, true, true);
+    card_->update({}, readyService);
     QCOMPARE(symbol->grab().toImage(), processor);
 }
 
@@ -134,11 +142,11 @@ void WorkerCardViewTest::layout() {
 
 void WorkerCardViewTest::longTextsFit() {
     card_->update(
-        {{u"state"_s, u"busy"_s},
-         {u"stage"_s, u"precheck"_s},
-         {u"source_device"_s, QString(300, u'm')},
-         {u"model"_s, QString(300, u'x')}},
-        true, true);
+        {.state = u"busy"_s,
+         .stage = u"precheck"_s,
+         .model = QString(300, u'x'),
+         .sourceDevice = QString(300, u'm')},
+        readyService);
     lay(220);
     for (const auto* label : card_->findChildren<WrappedLabel*>()) {
         QVERIFY(label->height() >= label->heightForWidth(label->width()));
@@ -149,10 +157,10 @@ void WorkerCardViewTest::longTextsFit() {
 
 void WorkerCardViewTest::rewritesAll() {
     card_->update(
-        jsonObject(R"({"slot":2,"state":"busy","elapsed_ms":5000,"completed":7,"failed":1})"), true,
-        true);
-    card_->update({}, true, true);
-    QCOMPARE(texts(), textsOf(WorkerCard({}, true, true)));
+        {.slot = 2, .state = u"busy"_s, .elapsedMs = 5000, .completed = 7, .failed = 1},
+        readyService);
+    card_->update({}, readyService);
+    QCOMPARE(texts(), textsOf(WorkerCard({}, readyService)));
 }
 
 } // namespace vesk

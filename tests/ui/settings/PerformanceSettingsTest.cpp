@@ -1,6 +1,6 @@
 #include "ui/settings/PerformanceSettings.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/SegmentedControl.h"
 #include "ui/kit/Theme.h"
@@ -31,7 +31,7 @@ public:
 
     void answer(bool confirmed) { std::exchange(pending, nullptr)(confirmed); }
     void confirmMode(const QString& mode) {
-        document = {{u"activity_policy"_s, QJsonObject{{u"performance_mode"_s, mode}}}};
+        document = {.activityPolicy = {.performanceMode = mode}};
     }
 
     bool isOnline = true;
@@ -131,7 +131,7 @@ void PerformanceSettingsTest::texts() {
     for (const auto& name : {u"Automatic"_s, u"Cool & quiet"_s, u"Faster when idle"_s, u"Done"_s}) {
         QVERIFY2(buttonNamed(sheetWindow(), name) != nullptr, qPrintable(name));
     }
-    control_.document = jsonObject(R"({"activity_policy":{"thermal_state":"Fair",
+    control_.document = healthOf(R"({"activity_policy":{"thermal_state":"Fair",
         "reason":"<b>In use</b>","effective_duty_percent":15,"effective_workers":1}})");
     settings_->refresh();
     QCOMPARE(labelTexts(sheetWindow()).at(1), u"Mac temperature: Fair · protection on"_s);

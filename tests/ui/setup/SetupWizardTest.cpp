@@ -1,6 +1,6 @@
 #include "ui/setup/SetupWizard.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
 #include "tests/ui/setup/FakeSetupController.h"
 #include "ui/kit/SegmentedControl.h"
@@ -141,7 +141,7 @@ void SetupWizardTest::pages_data() {
 
 void SetupWizardTest::pages() {
     QFETCH(const bool, advanced);
-    control_->document = jsonObject(R"({"activity_policy":{"active_duty_percent":11}})");
+    control_->document = healthOf(R"({"activity_policy":{"active_duty_percent":11}})");
     open();
     if (advanced) {
         press(u"Advanced"_s);
@@ -154,11 +154,12 @@ void SetupWizardTest::pages() {
     const QStringList focus{
         advanced ? u"Advanced"_s : u"Basic"_s, u"Continue"_s, u"Continue"_s, controls.at(3)};
     const auto check = [&](int step) {
-        const SetupPage page = setupPage(step, advanced, control_->document, 45835);
+        const SetupPage page =
+            setupPage({.step = step, .advanced = advanced}, control_->document, 45835);
         QStringList texts{page.stepLabel, page.heading};
         for (const SetupItem& item : page.body) {
             if (item.kind == SetupItem::Kind::readiness) {
-                texts.append(readinessText(control_->document, true, std::nullopt));
+                texts.append(readinessText(control_->document, {.online = true}));
             } else if (item.kind == SetupItem::Kind::paragraph) {
                 texts.append(item.text);
             }
@@ -210,17 +211,18 @@ void SetupWizardTest::readinessFollows() {
     open();
     goTo(1);
     const auto readiness = [this] { return labelTexts(window()).at(2); };
-    QCOMPARE(readiness(), readinessText({}, false, std::nullopt));
+    QCOMPARE(readiness(), readinessText({}, {}));
     control_->isOnline = true;
-    control_->document = jsonObject(R"({"services":{"ocr":true}})");
+    control_->document = healthOf(R"({"services":{"ocr":true}})");
     control_->wizard->refreshReadiness();
-    QCOMPARE(readiness(), readinessText(control_->document, true, std::nullopt));
+    QCOMPARE(readiness(), readinessText(control_->document, {.online = true}));
     control_->backend = false;
     control_->wizard->refreshReadiness();
-    QCOMPARE(readiness(), readinessText(control_->document, true, false));
+    QCOMPARE(
+        readiness(), readinessText(control_->document, {.online = true, .backendReady = false}));
     control_->isOnline = false;
     control_->wizard->refreshReadiness();
-    QCOMPARE(readiness(), readinessText({}, false, std::nullopt));
+    QCOMPARE(readiness(), readinessText({}, {}));
 }
 
 void SetupWizardTest::readinessOnItsPageOnly() {
@@ -243,10 +245,10 @@ void SetupWizardTest::startAndCheck() {
     press(u"Start processing & check"_s);
     QCOMPARE(control_->asked, QStringList(u"start"_s));
     control_->isOnline = true;
-    control_->document = jsonObject(R"({"activity_policy":{"active_duty_percent":22}})");
+    control_->document = healthOf(R"({"activity_policy":{"active_duty_percent":22}})");
     control_->started();
     const auto texts = labelTexts(window());
-    QCOMPARE(texts.at(2), readinessText(control_->document, true, std::nullopt));
+    QCOMPARE(texts.at(2), readinessText(control_->document, {.online = true}));
     QVERIFY(texts.at(4).startsWith(u"Foreground or warm-Mac duty: 22% "_s));
     QCOMPARE(keyboard(), u"Start processing & check"_s);
 }

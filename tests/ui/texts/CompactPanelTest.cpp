@@ -1,4 +1,4 @@
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/texts/Described.h"
 
 #include <QLocale>
@@ -12,7 +12,7 @@ namespace {
 
 ServiceFacts factsOf(const QByteArray& document) {
     ServiceFacts facts;
-    facts.lastHealth = jsonObject(document);
+    facts.lastHealth = healthOf(document);
     facts.online = true;
     facts.accepting = true;
     facts.port = 45835;
@@ -30,7 +30,7 @@ CompactPanel offline(const QByteArray& document, bool starting = false) {
     ServiceFacts facts = factsOf(document);
     facts.online = false;
     facts.starting = starting;
-    return compactPanel(disconnectedDashboard(Dashboard(), starting), facts);
+    return compactPanel(disconnectedDashboard(Dashboard(), facts), facts);
 }
 
 } // namespace
@@ -179,7 +179,7 @@ void CompactPanelTest::rackLine() {
     facts.port = port;
     QCOMPARE(compactPanel(connectedDashboard(facts), facts).compactRack, line);
     facts.online = false;
-    QCOMPARE(compactPanel(disconnectedDashboard(Dashboard(), false), facts).compactRack, line);
+    QCOMPARE(compactPanel(disconnectedDashboard(Dashboard(), facts), facts).compactRack, line);
 }
 
 void CompactPanelTest::devicesLine_data() {

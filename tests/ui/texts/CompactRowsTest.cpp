@@ -1,4 +1,4 @@
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "ui/texts/CompactPanel.h"
 
 #include <QTest>
@@ -11,11 +11,11 @@ namespace {
 
 CompactPanel panelOf(const QByteArray& document, bool online = true, bool accepting = true) {
     ServiceFacts facts;
-    facts.lastHealth = jsonObject(document);
+    facts.lastHealth = healthOf(document);
     facts.online = online;
     facts.accepting = accepting;
     const Dashboard dashboard =
-        online ? connectedDashboard(facts) : disconnectedDashboard(Dashboard(), false);
+        online ? connectedDashboard(facts) : disconnectedDashboard(Dashboard(), facts);
     return compactPanel(dashboard, facts);
 }
 

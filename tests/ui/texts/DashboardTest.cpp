@@ -1,4 +1,4 @@
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/texts/Described.h"
 
 #include <QLocale>
@@ -12,7 +12,7 @@ namespace {
 
 ServiceFacts factsOf(const QByteArray& document, bool accepting = true) {
     ServiceFacts facts;
-    facts.lastHealth = jsonObject(document);
+    facts.lastHealth = healthOf(document);
     facts.online = true;
     facts.accepting = accepting;
     facts.port = 45835;
@@ -154,7 +154,8 @@ void DashboardTest::onlyTheDocumentAndTheFlagsMatter() {
     facts.hostName = u"studio.local"_s;
     QCOMPARE(described(connectedDashboard(facts)), expected);
     // The document's own flag is confirmed elsewhere and not read again.
-    facts.lastHealth.insert(u"deep_scan_enabled"_s, false);
+    facts.lastHealth = healthOf(
+        R"({"slots":[{"state":"busy","completed":3}],"model":"m","deep_scan_enabled":false})");
     QCOMPARE(described(connectedDashboard(facts)), expected);
 }
 

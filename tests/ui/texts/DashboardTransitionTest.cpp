@@ -81,24 +81,26 @@ void DashboardTransitionTest::disconnected() {
     expected.trayAction = {u"Start processing"_s, true};
     expected.trayTitle = QString();
     expected.trayToolTip = u"Corvala for Mac · processing stopped"_s;
-    QCOMPARE(described(disconnectedDashboard(markedDashboard(), false)), described(expected));
-    QVERIFY(disconnectedDashboard(markedDashboard(), false) == expected);
+    QCOMPARE(described(disconnectedDashboard(markedDashboard(), {})), described(expected));
+    QVERIFY(disconnectedDashboard(markedDashboard(), {}) == expected);
 }
 
 void DashboardTransitionTest::disconnectedWhileStarting() {
-    Dashboard expected = disconnectedDashboard(markedDashboard(), false);
+    Dashboard expected = disconnectedDashboard(markedDashboard(), {});
     expected.status = u"Starting processing…"_s;
     expected.startButton = {u"Starting…"_s, false};
     expected.trayAction = {u"Start processing"_s, false};
-    QCOMPARE(described(disconnectedDashboard(markedDashboard(), true)), described(expected));
+    QCOMPARE(
+        described(disconnectedDashboard(markedDashboard(), {.starting = true})),
+        described(expected));
 }
 
 void DashboardTransitionTest::disconnectedFollowsStarting() {
-    const Dashboard stopped = disconnectedDashboard(markedDashboard(), false);
-    const Dashboard starting = disconnectedDashboard(markedDashboard(), true);
-    QCOMPARE(described(disconnectedDashboard(stopped, false)), described(stopped));
-    QCOMPARE(described(disconnectedDashboard(stopped, true)), described(starting));
-    QCOMPARE(described(disconnectedDashboard(starting, false)), described(stopped));
+    const Dashboard stopped = disconnectedDashboard(markedDashboard(), {});
+    const Dashboard starting = disconnectedDashboard(markedDashboard(), {.starting = true});
+    QCOMPARE(described(disconnectedDashboard(stopped, {})), described(stopped));
+    QCOMPARE(described(disconnectedDashboard(stopped, {.starting = true})), described(starting));
+    QCOMPARE(described(disconnectedDashboard(starting, {})), described(stopped));
 }
 
 void DashboardTransitionTest::starting() {

@@ -1,4 +1,4 @@
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "ui/texts/CompactPanel.h"
 
 #include <QCoreApplication>
@@ -22,7 +22,7 @@ int show(const QByteArray& document) {
     const rlimit noCoreFile{0, 0};
     setrlimit(RLIMIT_CORE, &noCoreFile);
     ServiceFacts facts;
-    facts.lastHealth = jsonObject(document);
+    facts.lastHealth = healthOf(document);
     facts.online = true;
     const Dashboard dashboard = connectedDashboard(facts);
     const CompactPanel panel = compactPanel(dashboard, facts);

@@ -1,5 +1,6 @@
 #include "model/RackProgress.h"
 #include "model/SlotPresentation.h"
+#include "service/HealthReader.h"
 #include "tests/ui/texts/Described.h"
 #include "tests/ui/texts/MistypedDocument.h"
 #include "ui/texts/SettingsPresentation.h"
@@ -24,7 +25,7 @@ constexpr quint32 firstSeed = 20'240'613;
 
 ServiceFacts factsOf(const QJsonObject& document, bool online, quint32 flags) {
     ServiceFacts facts;
-    facts.lastHealth = document;
+    facts.lastHealth = healthDocument(document);
     facts.online = online;
     facts.accepting = (flags & 1U) != 0;
     facts.changingPolicy = (flags & 2U) != 0;
@@ -38,8 +39,7 @@ ServiceFacts factsOf(const QJsonObject& document, bool online, quint32 flags) {
 }
 
 Dashboard dashboardOf(const ServiceFacts& facts) {
-    return facts.online ? connectedDashboard(facts)
-                        : disconnectedDashboard(Dashboard(), facts.starting);
+    return facts.online ? connectedDashboard(facts) : disconnectedDashboard(Dashboard(), facts);
 }
 
 QJsonArray bays(const QJsonObject& document) {
@@ -96,16 +96,20 @@ QStringList described(const SetupPage& page) {
 QStringList everyText(const ServiceFacts& facts) {
     const Dashboard dashboard = dashboardOf(facts);
     QStringList lines = described(dashboard) + described(compactPanel(dashboard, facts));
-    lines += described(SettingsPresentation(facts.lastHealth, facts.online, facts.starting));
+    lines += described(SettingsPresentation(
+        facts.lastHealth, {.online = facts.online, .changing = facts.starting}));
     for (int step = 0; step <= lastSetupStep; ++step) {
-        lines += described(setupPage(step, true, facts.lastHealth, facts.port));
+        lines +=
+            described(setupPage({.step = step, .advanced = true}, facts.lastHealth, facts.port));
     }
-    lines += readinessText(facts.lastHealth, facts.online, facts.backendReady);
-    for (const SlotRecord& slot : slotRecords(facts.lastHealth)) {
-        lines += described(SlotPresentation(slot, facts.online, facts.accepting));
-        lines += described(WorkerCard(slot, facts.online, facts.accepting));
+    lines += readinessText(
+        facts.lastHealth, {.online = facts.online, .backendReady = facts.backendReady});
+    const ServiceState service{.online = facts.online, .accepting = facts.accepting};
+    for (const SlotRecord& slot : facts.lastHealth.bays.records()) {
+        lines += described(SlotPresentation(slot, service));
+        lines += described(WorkerCard(slot, service));
         for (const double cooldown : {-1.0, 0.0, 14.2, 1e18}) {
-            lines += described(RackProgress(slot, cooldown, 60));
+            lines += described(RackProgress(slot, {.left = cooldown, .whole = 60}));
         }
     }
     return lines;

@@ -1,6 +1,6 @@
 #include "ui/texts/SettingsPresentation.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
@@ -50,8 +50,10 @@ void SettingsPresentationTest::modes() {
     QFETCH(const QByteArray, document);
     QFETCH(const int, mode);
     for (const bool online : {false, true}) {
-        QCOMPARE(SettingsPresentation(jsonObject(document), online, false).mode, mode);
-        QCOMPARE(SettingsPresentation(jsonObject(document), online, true).mode, std::nullopt);
+        const HealthDocument health = healthOf(document);
+        QCOMPARE(SettingsPresentation(health, {.online = online}).mode, mode);
+        QCOMPARE(
+            SettingsPresentation(health, {.online = online, .changing = true}).mode, std::nullopt);
     }
 }
 
@@ -68,7 +70,7 @@ void SettingsPresentationTest::availability_data() {
 void SettingsPresentationTest::availability() {
     QFETCH(const bool, online);
     QFETCH(const bool, changing);
-    QTEST(SettingsPresentation(QJsonObject(), online, changing).enabled, "enabled");
+    QTEST(SettingsPresentation({}, {.online = online, .changing = changing}).enabled, "enabled");
 }
 
 void SettingsPresentationTest::texts_data() {
@@ -112,7 +114,8 @@ void SettingsPresentationTest::texts() {
     QFETCH(const QByteArray, document);
     QFETCH(const bool, online);
     for (const bool changing : {false, true}) {
-        const SettingsPresentation shown(jsonObject(document), online, changing);
+        const SettingsPresentation shown(
+            healthOf(document), {.online = online, .changing = changing});
         QTEST(shown.thermal, "thermal");
         QTEST(shown.performance, "performance");
     }
@@ -123,9 +126,9 @@ void SettingsPresentationTest::neverFails() {
         20, {u"activity_policy"_s, u"performance_mode"_s, u"thermal_state"_s, u"reason"_s,
              u"effective_duty_percent"_s, u"effective_workers"_s, u"configured_workers"_s});
     for (int round = 0; round < 10'000; ++round) {
-        const QJsonObject document = hostile.object();
+        const HealthDocument document = healthDocument(hostile.object());
         for (const bool online : {false, true}) {
-            const SettingsPresentation shown(document, online, false);
+            const SettingsPresentation shown(document, {.online = online});
             QVERIFY(shown.mode.has_value() && *shown.mode >= 0 && *shown.mode <= 2);
             QVERIFY(shown.thermal.startsWith(u"Mac temperature: "_s));
             QVERIFY(shown.thermal.endsWith(

@@ -1,6 +1,6 @@
 #include "ui/texts/SetupPages.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
@@ -27,7 +27,8 @@ SetupItem control(Kind kind) {
 }
 
 QString limitsOf(const QByteArray& policy) {
-    const auto page = setupPage(1, true, jsonObject("{\"activity_policy\":" + policy + "}"), 1);
+    const auto page = setupPage(
+        {.step = 1, .advanced = true}, healthOf("{\"activity_policy\":" + policy + "}"), 1);
     return page.body.last().text;
 }
 
@@ -119,7 +120,7 @@ void SetupPagesTest::pages() {
     QFETCH(const int, step);
     QFETCH(const bool, advanced);
     QFETCH(const SetupPage, page);
-    const SetupPage shown = setupPage(step, advanced, QJsonObject(), 45835);
+    const SetupPage shown = setupPage({.step = step, .advanced = advanced}, {}, 45835);
     QCOMPARE(shown.stepLabel, page.stepLabel);
     QCOMPARE(shown.heading, page.heading);
     QCOMPARE(shown.nextTitle, page.nextTitle);
@@ -133,7 +134,7 @@ void SetupPagesTest::pages() {
 
 void SetupPagesTest::port() {
     for (const qint64 port : {0LL, -1LL, 65536LL, 8765LL, 9223372036854775807LL}) {
-        QVERIFY(setupPage(2, true, QJsonObject(), port)
+        QVERIFY(setupPage({.step = 2, .advanced = true}, {}, port)
                     .body.last()
                     .text.startsWith(
                         u"Private-network HTTP port: "_s + QString::number(port)
@@ -176,7 +177,9 @@ void SetupPagesTest::limits() {
             + u"%. Capacity and duty recover gradually, but activity or heat downshifts immediately. These are rest-period targets, not operating-system CPU/GPU caps."_s);
     // What the document says outside of its policy does not count.
     QCOMPARE(
-        setupPage(1, true, jsonObject(R"({"duty_percent":7,"active_duty_percent":8})"), 1)
+        setupPage(
+            {.step = 1, .advanced = true},
+            healthOf(R"({"duty_percent":7,"active_duty_percent":8})"), 1)
             .body.last()
             .text,
         QString::fromUtf8(usualLimits));
@@ -216,18 +219,21 @@ void SetupPagesTest::readiness() {
     QFETCH(const QString, video);
     QFETCH(const QString, audio);
     QFETCH(const QString, ocr);
-    const QJsonObject health = jsonObject(document);
+    const HealthDocument health = healthOf(document);
     const QString rest = u"\nVideo visual model: "_s + video + u"\nAudio event model: "_s + audio
                          + u"\nOCR: "_s + ocr
                          + u"\nFace detection and identity: run on your phone"_s;
     const QString connected = u"Processing service: connected\nPhoto vision model: "_s;
-    QCOMPARE(readinessText(health, true, std::nullopt), connected + u"checking\u2026"_s + rest);
-    QCOMPARE(readinessText(health, true, true), connected + u"ready"_s + rest);
+    QCOMPARE(readinessText(health, {.online = true}), connected + u"checking\u2026"_s + rest);
     QCOMPARE(
-        readinessText(health, true, false), connected + u"Ollama/model needs attention"_s + rest);
+        readinessText(health, {.online = true, .backendReady = true}),
+        connected + u"ready"_s + rest);
+    QCOMPARE(
+        readinessText(health, {.online = true, .backendReady = false}),
+        connected + u"Ollama/model needs attention"_s + rest);
     for (const std::optional<bool> backend : {std::optional<bool>(), {true}, {false}}) {
         QCOMPARE(
-            readinessText(health, false, backend),
+            readinessText(health, {.online = false, .backendReady = backend}),
             u"Processing service: stopped\nStart the worker to check the installed scan engines."_s);
     }
 }
@@ -238,10 +244,10 @@ void SetupPagesTest::neverFails() {
              u"duty_percent"_s, u"idle_ceiling_percent"_s, u"video_backend"_s, u"audio_backend"_s,
              u"model_ready"_s, u"services"_s, u"ocr"_s});
     for (int round = 0; round < 10'000; ++round) {
-        const QJsonObject document = hostile.object();
-        QCOMPARE(readinessText(document, true, true).count(u'\n'), 5);
+        const HealthDocument document = healthDocument(hostile.object());
+        QCOMPARE(readinessText(document, {.online = true, .backendReady = true}).count(u'\n'), 5);
         for (int step = 0; step <= lastSetupStep; ++step) {
-            const SetupPage page = setupPage(step, true, document, 1);
+            const SetupPage page = setupPage({.step = step, .advanced = true}, document, 1);
             QVERIFY(!page.body.isEmpty());
             // None of the document's own words gets onto a page.
             QVERIFY(step != 1 || page.body.last().text.size() <= 360);

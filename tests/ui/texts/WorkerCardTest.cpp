@@ -1,7 +1,7 @@
 #include "ui/texts/WorkerCard.h"
 
 #include "model/SlotPresentation.h"
-#include "tests/model/JsonText.h"
+#include "tests/service/Documents.h"
 #include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
@@ -71,7 +71,9 @@ void WorkerCardTest::symbols() {
     QFETCH(const QByteArray, slot);
     for (const bool online : {false, true}) {
         for (const bool accepting : {false, true}) {
-            QTEST(WorkerCard(jsonObject(slot), online, accepting).symbol, "symbol");
+            QTEST(
+                WorkerCard(slotOf(slot), {.online = online, .accepting = accepting}).symbol,
+                "symbol");
         }
     }
 }
@@ -98,8 +100,10 @@ void WorkerCardTest::elapsed_data() {
 void WorkerCardTest::elapsed() {
     QFETCH(const QByteArray, slot);
     for (const bool accepting : {false, true}) {
-        QTEST(WorkerCard(jsonObject(slot), true, accepting).elapsed, "elapsed");
-        QCOMPARE(WorkerCard(jsonObject(slot), false, accepting).elapsed, QString());
+        QTEST(
+            WorkerCard(slotOf(slot), {.online = true, .accepting = accepting}).elapsed, "elapsed");
+        QCOMPARE(
+            WorkerCard(slotOf(slot), {.online = false, .accepting = accepting}).elapsed, QString());
     }
 }
 
@@ -121,10 +125,10 @@ void WorkerCardTest::counters_data() {
 void WorkerCardTest::counters() {
     QFETCH(const QByteArray, slot);
     for (const bool accepting : {false, true}) {
-        const WorkerCard online(jsonObject(slot), true, accepting);
+        const WorkerCard online(slotOf(slot), {.online = true, .accepting = accepting});
         QTEST(online.completed, "completed");
         QTEST(online.failed, "failed");
-        const WorkerCard offline(jsonObject(slot), false, accepting);
+        const WorkerCard offline(slotOf(slot), {.online = false, .accepting = accepting});
         QCOMPARE(offline.completed, u"\u2014"_s);
         QCOMPARE(offline.failed, u"\u2014"_s);
     }
@@ -132,19 +136,21 @@ void WorkerCardTest::counters() {
 
 void WorkerCardTest::badge() {
     for (const char* state : {"idle", "busy", "waiting"}) {
-        const SlotRecord slot{{u"state"_s, QString::fromLatin1(state)}};
+        const SlotRecord slot{.state = QString::fromLatin1(state)};
         for (const bool online : {false, true}) {
             for (const bool accepting : {false, true}) {
-                const WorkerCard card(slot, online, accepting);
+                const WorkerCard card(slot, {.online = online, .accepting = accepting});
                 QCOMPARE(card.badgeLive, online && accepting);
                 QCOMPARE(
-                    card.badge, u"\u25CF "_s + SlotPresentation(slot, online, accepting).state);
+                    card.badge,
+                    u"\u25CF "_s
+                        + SlotPresentation(slot, {.online = online, .accepting = accepting}).state);
             }
         }
     }
-    QCOMPARE(WorkerCard({}, true, true).badge, u"\u25CF Ready"_s);
-    QCOMPARE(WorkerCard({}, true, false).badge, u"\u25CF Paused"_s);
-    QCOMPARE(WorkerCard({}, false, true).badge, u"\u25CF Offline"_s);
+    QCOMPARE(WorkerCard({}, {.online = true, .accepting = true}).badge, u"\u25CF Ready"_s);
+    QCOMPARE(WorkerCard({}, {.online = true, .accepting = false}).badge, u"\u25CF Paused"_s);
+    QCOMPARE(WorkerCard({}, {.online = false, .accepting = true}).badge, u"\u25CF Offline"_s);
 }
 
 void WorkerCardTest::number_data() {
@@ -161,8 +167,8 @@ void WorkerCardTest::number_data() {
 
 void WorkerCardTest::number() {
     QFETCH(const QByteArray, slot);
-    QTEST(WorkerCard(jsonObject(slot), true, true).number, "number");
-    QTEST(WorkerCard(jsonObject(slot), false, false).number, "number");
+    QTEST(WorkerCard(slotOf(slot), {.online = true, .accepting = true}).number, "number");
+    QTEST(WorkerCard(slotOf(slot), {}).number, "number");
 }
 
 void WorkerCardTest::source_data() {
@@ -180,10 +186,10 @@ void WorkerCardTest::source_data() {
 
 void WorkerCardTest::source() {
     QFETCH(const QByteArray, source);
-    const SlotRecord slot = jsonObject(
+    const SlotRecord slot = slotOf(
         R"({"state":"busy","phase":"returning","stage":"describe","model":"m","source_device":)"
         + source + "}");
-    const WorkerCard card(slot, true, true);
+    const WorkerCard card(slot, {.online = true, .accepting = true});
     QTEST(card.detail, "detail");
     QCOMPARE(card.title, u"Photo \u00B7 deep description"_s);
     QCOMPARE(card.engine, u"m"_s);
@@ -198,9 +204,9 @@ void WorkerCardTest::neverFails() {
              u"position_ms"_s, u"elapsed_ms"_s, u"source_device"_s, u"completed"_s, u"failed"_s,
              u"last_stage"_s, u"last_finished_seconds_ago"_s});
     for (int round = 0; round < 10'000; ++round) {
-        const SlotRecord slot = hostile.object(1);
+        const SlotRecord slot = slotOf(hostile.object(1));
         for (const bool online : {false, true}) {
-            const WorkerCard card(slot, online, round % 2 == 0);
+            const WorkerCard card(slot, {.online = online, .accepting = round % 2 == 0});
             QVERIFY(drawings.contains(card.symbol));
             QVERIFY(card.number.startsWith(u"PROCESSOR "_s));
             QVERIFY(online || card.completed == u"\u2014"_s);

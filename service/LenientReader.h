@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QList>
 #include <QMap>
@@ -7,9 +8,12 @@
 
 #include <optional>
 
-/// Readers over a JSON dictionary. Each gives the value when the key is present and of the wanted
-/// type, and nothing in every other case; none of them fails.
+/// Readers of JSON. Each gives the value when it is there and of the wanted type, and nothing in
+/// every other case; none of them fails.
 namespace vesk::lenient {
+
+/// The dictionary that `text` is.
+[[nodiscard]] std::optional<QJsonObject> document(const QByteArray& text);
 
 /// A number without a fraction that fits 64 bits: 2 and 2.0, but not 2.5, true or "2".
 [[nodiscard]] std::optional<qint64> integer(const QJsonObject& object, QStringView key);

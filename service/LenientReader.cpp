@@ -1,8 +1,14 @@
-#include "model/LenientReader.h"
+#include "service/LenientReader.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 namespace vesk::lenient {
+
+std::optional<QJsonObject> document(const QByteArray& text) {
+    const QJsonDocument document = QJsonDocument::fromJson(text);
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
 
 std::optional<qint64> integer(const QJsonObject& object, QStringView key) {
     const QJsonValue value = object.value(key);

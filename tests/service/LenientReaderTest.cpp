@@ -1,6 +1,6 @@
-#include "model/LenientReader.h"
+#include "service/LenientReader.h"
 
-#include "tests/model/JsonText.h"
+#include "tests/service/JsonText.h"
 
 #include <QTest>
 
