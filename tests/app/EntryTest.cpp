@@ -28,8 +28,11 @@ struct Outcome {
     QByteArray error;
 };
 
-Outcome runProduct(const QString& home, const QStringList& arguments) {
+/// `output`: the file that is its standard output, if not the outcome.
+Outcome
+runProduct(const QString& home, const QStringList& arguments, const QString& output = QString()) {
     QProcess product;
+    product.setStandardOutputFile(output);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"HOME"_s, home);
     environment.remove(u"DISPLAY"_s);
@@ -148,6 +151,18 @@ private slots:
         QVERIFY(!outcome.crashed);
         QCOMPARE(outcome.status, 0);
         QCOMPARE(outcome.output, summary);
+        QCOMPARE(outcome.error, QByteArray());
+    }
+
+    void selfTestFailsWhereItsSummaryCannotBeWritten() {
+        const QString full = u"/dev/full"_s;
+        if (!QFile::exists(full)) {
+            QSKIP("no device that is always full");
+        }
+        const QTemporaryDir home;
+        const Outcome outcome = runProduct(home.path(), {u"--self-test"_s}, full);
+        QVERIFY(!outcome.crashed);
+        QCOMPARE(outcome.status, 1);
         QCOMPARE(outcome.error, QByteArray());
     }
 
