@@ -19,14 +19,19 @@ std::optional<Pipe> openPipe() {
     if (pipe(ends.data()) != 0) {
         return std::nullopt;
     }
-    fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-    fcntl(ends[1], F_SETFD, FD_CLOEXEC);
+    Pipe opened{Descriptor(ends[0]), Descriptor(ends[1])};
+    for (const int end : ends) {
+        if (fcntl(end, F_SETFD, FD_CLOEXEC) != 0) {
+            return std::nullopt;
+        }
+    }
+    return opened;
 #else
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return std::nullopt;
     }
-#endif
     return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
+#endif
 }
 
 } // namespace vesk

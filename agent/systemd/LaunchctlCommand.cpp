@@ -81,7 +81,6 @@ QString unusablePlace(const LaunchAgent& agent, int failure) {
 /// is asked what is in its way.
 std::optional<ServiceError>
 start(const LaunchAgent& agent, const QString& unit, const UserManager& manager) {
-    makeLogFolders(agent);
     auto failure = manager.restart(unit);
     if (!failure) {
         return std::nullopt;
@@ -101,8 +100,13 @@ ToolResult kickstart(const QString& target, const UserManager& manager) {
         target, manager,
         [&](const QString& unit, const UserManager::UnitState& state) -> ToolResult {
             const auto loaded = loadLaunchAgent(state.source);
-            const auto* agent = std::get_if<LaunchAgent>(&loaded);
-            auto failure = agent != nullptr ? start(*agent, unit, manager) : manager.restart(unit);
+            std::optional<ServiceError> failure;
+            if (const auto* agent = std::get_if<LaunchAgent>(&loaded)) {
+                makeLogFolders(*agent);
+                failure = start(*agent, unit, manager);
+            } else {
+                failure = manager.restart(unit);
+            }
             if (failure) {
                 return *std::move(failure);
             }

@@ -181,8 +181,7 @@ void LaunchctlTest::toolsThatCannotStart() {
 }
 
 void LaunchctlTest::outputEndsBeforeTheExitCounts() {
-    const ScriptedTool tool(
-        "(while [ ! -e ended ]; do sleep 0.01; done; echo late) &\n echo $$ > process; echo early");
+    const ScriptedTool tool("(await ended; echo late) &\n echo $$ > process; echo early");
     Launchctl launchctl(tool.path());
     std::optional<ToolResult> result;
     launchctl.run({}, this, [&](const ToolResult& value) { result = value; });
@@ -242,7 +241,7 @@ void LaunchctlTest::continuationMayDestroyTheRunner() {
 }
 
 void LaunchctlTest::continuationOfAGoneReceiver() {
-    const ScriptedTool tool("while [ ! -e $1 ]; do sleep 0.01; done");
+    const ScriptedTool tool("await $1");
     Launchctl launchctl(tool.path());
     auto receiver = std::make_unique<QObject>();
     bool dropped = true;
@@ -257,7 +256,7 @@ void LaunchctlTest::continuationOfAGoneReceiver() {
 }
 
 void LaunchctlTest::hungToolHoldsNoOtherUp() {
-    const ScriptedTool tool("[ $1 = pass ] || while [ -e calls ]; do sleep 0.05; done; echo quick");
+    const ScriptedTool tool("[ $1 = pass ] || await never; echo quick");
     Launchctl launchctl(tool.path());
     bool hungReturned = false;
     std::optional<ToolResult> quick;
@@ -280,8 +279,7 @@ void LaunchctlTest::quitLeavesTheToolToItsWork_data() {
 
 void LaunchctlTest::quitLeavesTheToolToItsWork() {
     QFETCH(const QByteArray, work);
-    const ScriptedTool tool(
-        "while [ ! -e go ]; do sleep 0.01; done\n" + work + "\necho done > end");
+    const ScriptedTool tool("await go\n" + work + "\necho done > end");
     auto launchctl = std::make_unique<Launchctl>(tool.path());
     bool continued = false;
     launchctl->run({}, this, [&](const ToolResult&) { continued = true; });
@@ -294,7 +292,7 @@ void LaunchctlTest::quitLeavesTheToolToItsWork() {
 
 void LaunchctlTest::quitDoesNotWaitForAHungTool() {
     const ScriptedTool tool("echo $$ > $1; [ $1 = writing ] && exec yes; trap '' TERM;"
-                            " while [ -e calls ]; do sleep 0.05; done");
+                            " await never");
     auto launchctl = std::make_unique<Launchctl>(tool.path());
     const QStringList names{u"waiting"_s, u"too"_s, u"writing"_s};
     for (const QString& name : names) {

@@ -109,8 +109,7 @@ void ListenerRecoveryTest::nothingIsAsked() {
 }
 
 void ListenerRecoveryTest::restarts() {
-    Scene scene("[ $1 = print ] && echo ' state = running ' && exit; while [ ! -e go ]; do sleep "
-                "0.01; done");
+    Scene scene("[ $1 = print ] && echo ' state = running ' && exit; await go");
     scene.recovery.recoverStaleListenerIfNeeded(3);
     QVERIFY(scene.recovery.recoveryInFlight());
     QVERIFY(!scene.recovery.lastRecoveryAttempt());
@@ -176,7 +175,7 @@ void ListenerRecoveryTest::cooldown() {
 }
 
 void ListenerRecoveryTest::startBegunMeanwhile() {
-    Scene scene("while [ ! -e go ]; do sleep 0.01; done; echo state = running");
+    Scene scene("await go; echo state = running");
     scene.recovery.recoverStaleListenerIfNeeded(3);
     scene.starting = true;
     scene.tool.touch(u"go"_s);
@@ -198,7 +197,7 @@ void ListenerRecoveryTest::callsWhileUnderWay() {
 }
 
 void ListenerRecoveryTest::missesAreThoseOfTheCall() {
-    Scene scene("while [ ! -e go ]; do sleep 0.01; done; echo state = running");
+    Scene scene("await go; echo state = running");
     scene.recovery.recoverStaleListenerIfNeeded(3);
     scene.recovery.recoverStaleListenerIfNeeded(1);
     scene.tool.touch(u"go"_s);
@@ -242,7 +241,7 @@ void ListenerRecoveryTest::failedRestart() {
 }
 
 void ListenerRecoveryTest::goneWhileUnderWay() {
-    const ScriptedTool tool("while [ ! -e go ]; do sleep 0.01; done; echo state = running");
+    const ScriptedTool tool("await go; echo state = running");
     Launchctl launchctl(tool.path());
     auto recovery = std::make_unique<ListenerRecovery>(
         launchctl, [] { return false; }, [] { return TimePoint(); });

@@ -14,6 +14,8 @@ public:
         QFile script(path());
         if (script.open(QIODevice::WriteOnly)) {
             script.write("#!/bin/sh\ncd '" + QFile::encodeName(folder_.path()) + "'\n");
+            script.write(
+                "await() { while [ -e calls ] && [ ! -e \"$1\" ]; do sleep 0.01; done; }\n");
             script.write("echo \"$*\" >> calls\n" + body + "\n");
         }
         script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
@@ -34,7 +36,7 @@ public:
         return text.split(u'\n', Qt::SkipEmptyParts);
     }
 
-    /// Lets a script go on that waits in `while [ ! -e NAME ]; do sleep 0.01; done`.
+    /// Lets a script go on that waits in `await NAME`. All go on when the folder is gone.
     void touch(const QString& name) const {
         QFile mark(file(name));
         if (!mark.open(QIODevice::WriteOnly)) {

@@ -134,7 +134,7 @@ void ServiceStartTest::missingToolIsShown() {
 }
 
 void ServiceStartTest::secondStartIsIgnored() {
-    Scene scene("while [ ! -e go ]; do sleep 0.01; done");
+    Scene scene("await go");
     int first = 0;
     int second = 0;
     scene.start.startService([&](const auto&) { ++first; });
@@ -151,7 +151,7 @@ void ServiceStartTest::secondStartIsIgnored() {
 }
 
 void ServiceStartTest::agentFileCountsAfterPrint() {
-    Scene scene("[ $1 = print ] || exit 0; while [ ! -e go ]; do sleep 0.01; done; exit 1");
+    Scene scene("[ $1 = print ] || exit 0; await go; exit 1");
     bool ended = false;
     scene.start.startService([&](const auto&) { ended = true; });
     QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 1, patience);
@@ -177,7 +177,7 @@ void ServiceStartTest::quitWhileStarting_data() {
     QTest::addColumn<QByteArray>("print");
     QTest::addColumn<bool>("agentFile");
     QTest::addColumn<QString>("second");
-    const QByteArray hold = "while [ ! -e go ]; do sleep 0.01; done";
+    const QByteArray hold = "await go";
     const QByteArray duringPrint = "[ $1 != print ] || " + hold;
     const QByteArray duringStart = "[ $1 = print ] || " + hold;
     for (const auto& [name, when] :
@@ -219,7 +219,7 @@ void ServiceStartTest::quitWhileStarting() {
 }
 
 void ServiceStartTest::hungToolKeepsStarting() {
-    Scene scene("[ $1 = print ] || while [ -e calls ]; do sleep 0.05; done");
+    Scene scene("[ $1 = print ] || await never");
     bool ended = false;
     scene.start.startService([&](const auto&) { ended = true; });
     QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls().size(), 2, patience);
