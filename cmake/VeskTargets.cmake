@@ -23,7 +23,7 @@ function(vesk_configure_qt target)
         QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 endfunction()
 
-# A floor of the product: vesk_library(name SOURCES ... LINK ...)
+# A room of the product: vesk_library(name SOURCES ... LINK ...)
 function(vesk_library target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_library(${target} STATIC ${arg_SOURCES})

@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 #include <sys/socket.h>
@@ -75,6 +76,27 @@ private slots:
         QCOMPARE(answer->value(u"n").toInteger(), 9007199254740993);
         QCOMPARE(peer.requests().size(), 1);
         QVERIFY(peer.requests().constFirst().head.startsWith("GET /v1/health HTTP/1.1\r\n"));
+    }
+
+    void answersAreReadOffTheMainThread() {
+        static const QThread* readOn = nullptr; // the exchange is over before it is looked at
+        HttpPeer peer;
+        peer.answerWithJson("{}");
+        HttpSession session;
+        bool told = false;
+        session.send(
+            request(peer.serverPort(), "/"), this,
+            +[](const QByteArray& body) {
+                readOn = QThread::currentThread();
+                return std::optional(body);
+            },
+            [&](const std::optional<QByteArray>& body) {
+                QCOMPARE(QThread::currentThread(), thread());
+                QCOMPARE(body, std::optional("{}"_ba));
+                told = true;
+            });
+        QTRY_VERIFY(told);
+        QVERIFY(readOn != nullptr && readOn != thread());
     }
 
     void failures_data() {

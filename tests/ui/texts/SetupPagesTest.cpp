@@ -40,6 +40,7 @@ class SetupPagesTest : public QObject {
 private slots:
     void pages_data();
     void pages();
+    void applying();
     void port();
     void limits_data();
     void limits();
@@ -129,6 +130,16 @@ void SetupPagesTest::pages() {
     for (qsizetype item = 0; item < page.body.size(); ++item) {
         QCOMPARE(shown.body.at(item).text, page.body.at(item).text);
         QCOMPARE(shown.body.at(item).kind, page.body.at(item).kind);
+    }
+}
+
+void SetupPagesTest::applying() {
+    for (int step = 0; step <= lastSetupStep; ++step) {
+        const SetupPlace place{.step = step, .applying = true};
+        QCOMPARE(setupNextTitle(place), u"Applying…"_s);
+        SetupPage expected = setupPage({.step = step}, {}, 1);
+        expected.nextTitle = u"Applying…"_s;
+        QVERIFY(setupPage(place, {}, 1) == expected);
     }
 }
 
