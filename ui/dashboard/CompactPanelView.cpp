@@ -19,12 +19,6 @@ namespace {
 
 constexpr int smallText = 11;
 
-void setAvailable(QWidget& control, bool enabled, KeyboardKeeper& keyboard) {
-    if (keyboard.setEnabled(control, enabled)) {
-        control.setFocus();
-    }
-}
-
 void showState(QCheckBox& box, const ToggleFace& face) {
     const QSignalBlocker byProgram(box);
     if (box.checkState() != face.state) {
@@ -60,9 +54,15 @@ void CompactPanelView::show(const CompactPanel& panel) {
         compactMeters_.at(bay)->setLive(row.live);
     }
     compactStart_->setText(verbatim(panel.compactStart.title));
-    setAvailable(*compactStart_, panel.compactStart.enabled, startKeyboard_);
+    setAvailable(*compactStart_, panel.compactStart.enabled);
     showState(*compactToggle_, panel.compactToggle);
-    setAvailable(*compactToggle_, panel.compactToggle.enabled, toggleKeyboard_);
+    setAvailable(*compactToggle_, panel.compactToggle.enabled);
+}
+
+void CompactPanelView::setAvailable(QWidget& control, bool available) {
+    if (keyboard_.setEnabled(control, available)) {
+        control.setFocus();
+    }
 }
 
 QWidget* CompactPanelView::makeHeader() {

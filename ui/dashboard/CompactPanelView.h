@@ -34,6 +34,7 @@ signals:
     void settingsPressed();
 
 private:
+    void setAvailable(QWidget& control, bool available);
     [[nodiscard]] QWidget* makeHeader();
     [[nodiscard]] QWidget* makeStatusBlock();
     [[nodiscard]] QWidget* makeRackBox();
@@ -48,8 +49,7 @@ private:
     std::array<Meter*, CompactPanel::bays> compactMeters_{};
     QPushButton* compactStart_ = nullptr;
     QCheckBox* compactToggle_ = nullptr;
-    KeyboardKeeper startKeyboard_;
-    KeyboardKeeper toggleKeyboard_;
+    KeyboardKeeper keyboard_;
 };
 
 } // namespace vesk

@@ -1,22 +1,22 @@
 #include "ui/kit/KeyboardKeeper.h"
 
-#include <QWidget>
-
 namespace vesk {
 
 bool KeyboardKeeper::setEnabled(QWidget& view, bool enabled) {
-    if (enabled == view.isEnabled()) {
-        return false;
-    }
-    if (!enabled) {
-        QWidget* holder = view.window()->focusWidget();
-        owed_ = holder == &view || view.isAncestorOf(holder);
-        if (owed_) {
-            holder->clearFocus();
-        }
+    QWidget& window = *view.window();
+    const QWidget* holder = window.focusWidget();
+    if (!enabled && (holder == &view || view.isAncestorOf(holder))) {
+        owedTo_ = &view;
+        // A window that nothing in has the keyboard would give it to its first control as soon as
+        // it becomes active again.
+        window.setFocus();
     }
     view.setEnabled(enabled);
-    return enabled && owed_ && view.window()->focusWidget() == nullptr;
+    if (!enabled || owedTo_ != &view) {
+        return false;
+    }
+    owedTo_.clear();
+    return window.focusWidget() == &window;
 }
 
 } // namespace vesk

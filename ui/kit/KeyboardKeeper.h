@@ -1,19 +1,21 @@
 #pragma once
 
-class QWidget;
+#include <QPointer>
+#include <QWidget>
 
 namespace vesk {
 
-/// Remembers that a control had the keyboard when it was disabled for a moment, where the toolkit
-/// would hand it to the next control for good.
+/// Disables controls for a while, one keeper a window. The toolkit would hand the keyboard of a
+/// disabled control to the next one, where a key meant for the first does something else; here
+/// nobody has it until a person moves it or the control is enabled again.
 class KeyboardKeeper {
 public:
     /// Enables or disables `view`. True when `view`, enabled again, is to take the keyboard back:
-    /// it went nowhere else meanwhile.
+    /// it was the last to give it up, and it went nowhere else meanwhile.
     [[nodiscard]] bool setEnabled(QWidget& view, bool enabled);
 
 private:
-    bool owed_ = false;
+    QPointer<QWidget> owedTo_;
 };
 
 } // namespace vesk

@@ -11,6 +11,7 @@
 #include <QLabel>
 
 #include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 namespace vesk {
@@ -198,6 +199,7 @@ void SetupWizard::apply() {
         control_.showError(*failure);
         return;
     }
+    chosenDeep_ = deep_->isChecked();
     setWaitingForApply(true);
     if (control_.online()) {
         finish();
@@ -222,7 +224,7 @@ void SetupWizard::tick() {
 }
 
 void SetupWizard::finish() {
-    control_.setDeep(deep_->isChecked(), [wizard = QPointer(this)](bool confirmed) {
+    control_.setDeep(chosenDeep_, [wizard = QPointer(this)](bool confirmed) {
         if (wizard) {
             wizard->finished(confirmed);
         }
@@ -241,9 +243,11 @@ void SetupWizard::finished(bool confirmed) {
 void SetupWizard::setWaitingForApply(bool waiting) {
     waitingForApply_ = waiting;
     next_->setText(verbatim(setupNextTitle(place())));
-    next_->setEnabled(!waiting);
-    back_->setEnabled(!waiting);
-    if (!waiting) {
+    bool keyboardComesBack = false;
+    for (QWidget* control : std::initializer_list<QWidget*>{deep_, login_, skip_, back_, next_}) {
+        keyboardComesBack |= keyboard_.setEnabled(*control, !waiting);
+    }
+    if (keyboardComesBack) {
         next_->setFocus();
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/kit/KeyboardKeeper.h"
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -86,6 +88,8 @@ private:
     QTimer waitTimer_;
     int ticks_ = 0;
     bool waitingForApply_ = false;
+    bool chosenDeep_ = false; // when the person applied
+    KeyboardKeeper keyboard_;
 };
 
 } // namespace vesk

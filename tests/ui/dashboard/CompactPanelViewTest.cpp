@@ -81,6 +81,7 @@ private slots:
     void personsToggleIsToldOnce();
     void programsToggleIsNotTold();
     void buttonsTellWhatWasPressed();
+    void startingLeavesTheKeyboardToNobody();
     void unchangedPanelRepaintsNothing();
     void eachPartRepaintsWhenItChanges();
 
@@ -366,6 +367,24 @@ void CompactPanelViewTest::buttonsTellWhatWasPressed() {
     view_->show(panel);
     QTest::mouseClick(button(u"Pause deep jobs"_s), Qt::LeftButton);
     QCOMPARE(starts.size(), 2);
+}
+
+void CompactPanelViewTest::startingLeavesTheKeyboardToNobody() {
+    view_->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(view_.get()));
+    view_->show(filledPanel());
+    CompactPanel busy = filledPanel();
+    busy.compactStart.enabled = false;
+    busy.compactToggle.enabled = false;
+    for (auto* control : {button(u"Pause deep jobs"_s), static_cast<QAbstractButton*>(toggle())}) {
+        control->setFocus();
+        view_->show(busy);
+        QCOMPARE(QApplication::focusWidget(), view_.get());
+        QTest::keyClick(view_.get(), Qt::Key_Space);
+        QCOMPARE(toggle()->checkState(), Qt::Checked);
+        view_->show(filledPanel());
+        QCOMPARE(QApplication::focusWidget(), control);
+    }
 }
 
 void CompactPanelViewTest::unchangedPanelRepaintsNothing() {

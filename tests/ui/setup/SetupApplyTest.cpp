@@ -5,6 +5,7 @@
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
+#include <QCheckBox>
 #include <QDialog>
 #include <QPointer>
 #include <QTest>
@@ -19,6 +20,9 @@ namespace {
 
 const QString notReady =
     u"The worker did not become ready. Check the existing Python runtime and launch configuration, then retry."_s;
+
+const QString deepTitle = u"Allow detailed photo, video and audio analysis"_s;
+const QString loginTitle = u"Start processing automatically when I log in"_s;
 
 constexpr auto tick = 5ms;
 
@@ -54,7 +58,12 @@ private slots:
     void theStartsOwnEndSettlesNothing();
     void serviceNeverComes();
     void retryCountsAfresh();
-    void choiceIsReadWhenTheServiceIsThere();
+    void whatWasChosenAtThePressIsPosted_data();
+    void whatWasChosenAtThePressIsPosted();
+    void nothingCanBeChangedWhileApplying();
+    void aSecondSpaceChangesNothing();
+    void noControlTakesTheKeyboardWhileApplying();
+    void keyboardComesBackToTheButton();
     void answerAfterTheEnd();
     void endsWhileWaiting();
     void lateRenderKeepsTheTitle();
@@ -124,10 +133,10 @@ void SetupApplyTest::sendsBothChoices() {
     QFETCH(const bool, login);
     openOnLastPage(true);
     if (!deep) {
-        press(u"Allow detailed photo, video and audio analysis"_s);
+        press(deepTitle);
     }
     if (login) {
-        press(u"Start processing automatically when I log in"_s);
+        press(loginTitle);
     }
     press(u"Apply & finish"_s);
     QCOMPARE(
@@ -289,12 +298,84 @@ void SetupApplyTest::retryCountsAfresh() {
     expectReady();
 }
 
-void SetupApplyTest::choiceIsReadWhenTheServiceIsThere() {
+void SetupApplyTest::whatWasChosenAtThePressIsPosted_data() {
+    QTest::addColumn<bool>("deep");
+    QTest::newRow("allowed") << true;
+    QTest::newRow("not allowed") << false;
+}
+
+void SetupApplyTest::whatWasChosenAtThePressIsPosted() {
+    QFETCH(const bool, deep);
+    openOnLastPage(false);
+    auto& box = static_cast<QCheckBox&>(button(deepTitle));
+    box.setChecked(deep);
+    press(u"Apply & finish"_s);
+    // Whatever gets at the box meanwhile.
+    box.setChecked(!deep);
+    control_->isOnline = true;
+    QTRY_COMPARE(
+        control_->asked,
+        QStringList({u"login off"_s, u"start"_s, deep ? u"deep on"_s : u"deep off"_s}));
+}
+
+void SetupApplyTest::nothingCanBeChangedWhileApplying() {
     openOnLastPage(false);
     press(u"Apply & finish"_s);
-    toggleAccessibly(button(u"Allow detailed photo, video and audio analysis"_s));
+    for (const QString& title : {deepTitle, loginTitle, u"Skip setup"_s, u"Back"_s}) {
+        QVERIFY2(!button(title).isEnabled(), qPrintable(title));
+    }
+    toggleAccessibly(button(deepTitle));
+    press(deepTitle);
+    press(loginTitle);
+    QVERIFY(button(deepTitle).isChecked());
+    QVERIFY(!button(loginTitle).isChecked());
+    QTRY_COMPARE(control_->errors, QStringList(notReady));
+    for (const QString& title : {deepTitle, loginTitle, u"Skip setup"_s, u"Back"_s}) {
+        QVERIFY2(button(title).isEnabled(), qPrintable(title));
+    }
+}
+
+void SetupApplyTest::aSecondSpaceChangesNothing() {
+    openOnLastPage(false);
+    button(u"Apply & finish"_s).setFocus();
+    for (int times = 0; times < 2; ++times) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    }
+    QVERIFY(applying());
+    QVERIFY(button(deepTitle).isChecked());
     control_->isOnline = true;
-    QTRY_COMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s, u"deep off"_s}));
+    QTRY_COMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s, u"deep on"_s}));
+}
+
+void SetupApplyTest::noControlTakesTheKeyboardWhileApplying() {
+    openOnLastPage(false);
+    press(u"Apply & finish"_s);
+    QCOMPARE(QApplication::focusWidget(), &window());
+    QTest::keyClick(&window(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), &window());
+    // Nor when a person comes back from another window.
+    parent_->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(parent_.get()));
+    window().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window()));
+    QCOMPARE(QApplication::focusWidget(), &window());
+}
+
+void SetupApplyTest::keyboardComesBackToTheButton() {
+    openOnLastPage(true);
+    // The return key presses the button from anywhere on the page.
+    button(loginTitle).setFocus();
+    QTest::keyClick(&button(loginTitle), Qt::Key_Return);
+    QVERIFY(applying());
+    control_->answerDeep(false);
+    expectReady();
+    // It does not leave a control that never had to give it up.
+    button(loginTitle).clearFocus();
+    window().setFocus();
+    QTest::keyClick(&window(), Qt::Key_Return);
+    QVERIFY(applying());
+    control_->answerDeep(false);
+    QCOMPARE(window().focusWidget(), &window());
 }
 
 void SetupApplyTest::answerAfterTheEnd() {
