@@ -38,11 +38,8 @@ QWidget* messageView(const QString& message) {
 
 } // namespace
 
-Alert::Alert(const QString& message, QWidget* parent) : QDialog(parent) {
+Alert::Alert(const QString& message, QWidget* parent) : ModalDialog(u"Corvala for Mac"_s, parent) {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowModality(Qt::WindowModal);
-    setWindowTitle(u"Corvala for Mac"_s);
-
     auto* heading = paragraph(u"Corvala for Mac needs attention"_s, 14);
     QFont bold = heading->font();
     bold.setWeight(QFont::Bold);
@@ -56,10 +53,15 @@ Alert::Alert(const QString& message, QWidget* parent) : QDialog(parent) {
     setAccessibleName(heading->text());
     setAccessibleDescription(shown);
 
-    auto* symbol = new GlyphView(u"mark"_s, 36, Theme::stopped, u"Attention"_s);
-    auto* row = stack({symbol, stack({heading, messageView(shown)}, true, 6)}, false, 16);
+    QList<QWidget*> texts{heading};
+    if (!shown.isEmpty()) {
+        texts.append(messageView(shown));
+    }
+    auto* symbol = new GlyphView(u"warning"_s, 36, Theme::stopped, u"Attention"_s);
+    auto* row = stack({symbol, stack(texts, true, 6)}, false, 16);
     row->layout()->setAlignment(symbol, Qt::AlignTop);
     pin(stack({row, stack({flexibleSpace(), ok}, false)}, true, 16), this);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
     ok->setFocus();
 }
 

@@ -7,9 +7,8 @@
 
 namespace vesk {
 
-Sheet::Sheet(const QString& title, QSize size, QWidget* parent) : QDialog(parent), size_(size) {
-    setWindowTitle(title);
-    setWindowModality(Qt::WindowModal);
+Sheet::Sheet(const QString& title, QSize size, QWidget* parent)
+    : ModalDialog(title, parent), size_(size) {
     setMinimumSize(size);
     resize(size);
 }
@@ -23,7 +22,7 @@ void Sheet::reject() {
 }
 
 bool Sheet::event(QEvent* event) {
-    const bool handled = QDialog::event(event);
+    const bool handled = ModalDialog::event(event);
     if (event->type() == QEvent::LayoutRequest) {
         growToFit();
     }
@@ -37,7 +36,7 @@ void Sheet::closeEvent(QCloseEvent* event) {
 
 void Sheet::showEvent(QShowEvent* event) {
     growToFit();
-    QDialog::showEvent(event);
+    ModalDialog::showEvent(event);
 }
 
 void Sheet::growToFit() {

@@ -1,12 +1,14 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/kit/ModalDialog.h"
+
+#include <QSize>
 
 namespace vesk {
 
 /// A window-modal dialog over another window: a sheet where the system has such. It never closes by
 /// itself: Escape and the window manager's close button only ask for it.
-class Sheet final : public QDialog {
+class Sheet final : public ModalDialog {
     Q_OBJECT
 
 public:

@@ -54,7 +54,7 @@ SetupWizard::SetupWizard(
 SetupWizard::~SetupWizard() {
     if (window_) {
         // Perhaps one of its own buttons is on the stack.
-        window_->hide();
+        window_->end();
         window_->deleteLater();
     }
 }

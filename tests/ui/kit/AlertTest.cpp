@@ -1,8 +1,10 @@
 #include "ui/kit/Alert.h"
+#include "ui/kit/GlyphView.h"
 
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -44,6 +46,41 @@ private slots:
         texts.sort();
         QCOMPARE(
             texts, (QStringList{u"<b>No</b> & \"no\""_s, u"Corvala for Mac needs attention"_s}));
+    }
+
+    void anEmptyMessageIsAHeadingWithoutComplaint() {
+        QTest::failOnWarning(QRegularExpression(u"^Q"_s));
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(QString(), parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        const auto labels = alert->findChildren<QLabel*>();
+        QCOMPARE(labels.size(), 1);
+        QCOMPARE(labels.first()->text(), u"Corvala for Mac needs attention"_s);
+        QCOMPARE(alert->accessibleDescription(), QString());
+        QVERIFY(alert->findChild<QPushButton*>()->hasFocus());
+    }
+
+    void itShowsAWarningSign() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"x"_s, parent);
+        const auto signs = alert->findChildren<GlyphView*>();
+        QCOMPARE(signs.size(), 1);
+        QCOMPARE(signs.first()->name(), u"warning"_s);
+        QCOMPARE(signs.first()->accessibleName(), u"Attention"_s);
+    }
+
+    void itsWindowOffersNeitherMinimisingNorMaximising() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"x"_s, parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        QCOMPARE(alert->windowType(), Qt::Dialog);
+        QVERIFY(!(alert->windowFlags() & Qt::WindowMinMaxButtonsHint));
+        // Window managers that ignore this do not maximise what has one size only.
+        QCOMPARE(alert->minimumSize(), alert->size());
+        QCOMPARE(alert->maximumSize(), alert->size());
     }
 
     void returnAndEscapeCloseItForGood_data() {

@@ -106,7 +106,8 @@ void AppIconTest::trayIconTellsTheCount() {
 
 void AppIconTest::glyphs_data() {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"mark", "cpu", "waveform", "text.viewfinder", "film", "photo"}) {
+    for (const char* name :
+         {"mark", "cpu", "waveform", "text.viewfinder", "film", "photo", "warning"}) {
         QTest::newRow(name) << QString::fromLatin1(name);
     }
 }

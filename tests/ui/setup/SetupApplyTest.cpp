@@ -2,6 +2,7 @@
 
 #include "tests/ui/kit/Widgets.h"
 #include "tests/ui/setup/FakeSetupController.h"
+#include "ui/kit/Alert.h"
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
@@ -10,6 +11,7 @@
 #include <QPointer>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 namespace vesk {
 
@@ -64,6 +66,9 @@ private slots:
     void aSecondSpaceChangesNothing();
     void noControlTakesTheKeyboardWhileApplying();
     void keyboardComesBackToTheButton();
+    void anAlertOverTheSheetOutlivesIt_data();
+    void anAlertOverTheSheetOutlivesIt();
+    void twoAlertsOverTheSheetAreDismissedOneByOne();
     void answerAfterTheEnd();
     void endsWhileWaiting();
     void lateRenderKeepsTheTitle();
@@ -75,6 +80,14 @@ private:
         return *buttonNamed(window(), name);
     }
     void press(const QString& name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
+    /// On the sheet, with the keyboard.
+    [[nodiscard]] Alert* openAlert(const QString& message) const {
+        auto* alert = new Alert(message, &window());
+        alert->open();
+        const bool active =
+            QTest::qWaitFor([alert] { return QApplication::activeWindow() == alert; });
+        return active ? alert : nullptr;
+    }
     [[nodiscard]] bool applying() const { return buttonNamed(window(), u"Applying…"_s) != nullptr; }
     void expectReady();
 
@@ -376,6 +389,52 @@ void SetupApplyTest::keyboardComesBackToTheButton() {
     QVERIFY(applying());
     control_->answerDeep(false);
     QCOMPARE(window().focusWidget(), &window());
+}
+
+void SetupApplyTest::anAlertOverTheSheetOutlivesIt_data() {
+    QTest::addColumn<bool>("deletedAtOnce");
+    QTest::newRow("wizard deleted later") << false;
+    QTest::newRow("wizard deleted at once") << true;
+}
+
+void SetupApplyTest::anAlertOverTheSheetOutlivesIt() {
+    QFETCH(const bool, deletedAtOnce);
+    control_->keepUntilLater = !deletedAtOnce;
+    openOnLastPage(true);
+    press(u"Apply & finish"_s);
+    const QPointer<QWidget> sheet(&window());
+    const QPointer<Alert> alert(openAlert(u"Not read yet"_s));
+    control_->answerDeep(true);
+    QTRY_VERIFY(!sheet);
+    QVERIFY(alert);
+    QVERIFY(alert->isVisible());
+    QCOMPARE(alert->accessibleDescription(), u"Not read yet"_s);
+    QCOMPARE(alert->parentWidget(), parent_.get());
+    QCOMPARE(alert->windowHandle()->transientParent(), parent_->windowHandle());
+    QCOMPARE(QApplication::activeModalWidget(), alert.data());
+    QTRY_COMPARE(QApplication::activeWindow(), alert.data());
+    QCOMPARE(QApplication::focusWidget(), buttonNamed(*alert, u"OK"_s));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QTRY_VERIFY(!alert);
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+}
+
+void SetupApplyTest::twoAlertsOverTheSheetAreDismissedOneByOne() {
+    openOnLastPage(true);
+    press(u"Apply & finish"_s);
+    const QPointer<Alert> first(openAlert(u"First"_s));
+    const QPointer<Alert> second(openAlert(u"Second"_s));
+    const QPointer<QWidget> sheet(&window());
+    control_->answerDeep(true);
+    QTRY_VERIFY(!sheet);
+    QVERIFY(first && second);
+    for (const auto& alert : {second, first}) {
+        QCOMPARE(QApplication::activeModalWidget(), alert.data());
+        QTRY_COMPARE(QApplication::activeWindow(), alert.data());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTRY_VERIFY(!alert);
+    }
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
 }
 
 void SetupApplyTest::answerAfterTheEnd() {

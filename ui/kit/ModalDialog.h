@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QDialog>
+
+namespace vesk {
+
+/// What sheets and alerts have in common: a dialog that hangs on a window and blocks it.
+class ModalDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    ModalDialog(const QString& title, QWidget* parent);
+
+    /// Hides the dialog. What hangs on it stays, on the window behind; the dialog that is in front
+    /// then has the keyboard.
+    void done(int result) override;
+
+private:
+    void hangOn(QWidget& window);
+};
+
+} // namespace vesk
