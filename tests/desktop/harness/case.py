@@ -54,6 +54,8 @@ class DesktopCase(unittest.TestCase):
 
     def dashboard(self, *arguments, **options):
         dashboard = Dashboard(self.desktop, *arguments, **options)
+        # Only at its end all is said.
+        self.addCleanup(lambda: self.assertEqual(dashboard.complaints, []))
         self.addCleanup(dashboard.stop)
         self._dashboards.append(dashboard)
         return dashboard

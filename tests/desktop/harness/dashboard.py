@@ -2,6 +2,7 @@
 
 import itertools
 import os
+import re
 
 from .accessible import Accessible
 from .desktop import DASHBOARD
@@ -9,6 +10,12 @@ from .process import Process
 from .waiting import wait_for
 
 ALERT = "Corvala for Mac needs attention"
+
+# All that the program may ever say on standard error.
+DOCUMENTED = re.compile(
+    r"Corvala for Mac is already open\.|Corvala worker listener recovery failed: .*"
+    r"|Presentation test failed"
+)
 
 _numbers = itertools.count(1)
 
@@ -57,6 +64,11 @@ class Dashboard:
     @property
     def err(self):
         return self._process.err
+
+    @property
+    def complaints(self):
+        """What standard error says besides the documented lines."""
+        return [line for line in self.err.splitlines() if not DOCUMENTED.fullmatch(line)]
 
     def is_running(self):
         return self._process.is_running()
@@ -107,6 +119,7 @@ class Dashboard:
 
     def wait_until_gone(self, title):
         wait_for(f"the end of {title!r}", lambda: title not in self.sheets())
+
     def hosts(self):
         """Of each window the title, with the title of the one that it hangs on or None."""
         windows = self.desktop.windows

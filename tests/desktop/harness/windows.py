@@ -58,6 +58,11 @@ class Windows:
         hints = window.get_wm_normal_hints()
         return (hints.min_width, hints.min_height) if hints.flags & Xutil.PMinSize else None
 
+    def allows(self, window, action):
+        """Whether the window manager offers `action`, as in "MAXIMIZE_VERT"."""
+        allowed = self._property(window, "_NET_WM_ALLOWED_ACTIONS")
+        return self._atom("_NET_WM_ACTION_" + action) in allowed
+
     def _tell(self, window, kind, *values):
         data = list(values) + [0] * (5 - len(values))
         message = xevent.ClientMessage(
