@@ -79,6 +79,7 @@ QWidget* CompactPanelView::makeStatusBlock() {
     compactRack_ = label(QString(), smallText, QFont::Medium, Theme::muted);
     compactRack_->setFont(monospaced(smallText, QFont::Medium));
     compactDevices_ = label(QString(), smallText, QFont::Medium, Theme::muted);
+    compactDevices_->setFont(monospaced(smallText, QFont::Medium));
     compactSummary_ = label(QString(), smallText, QFont::Normal, Theme::muted);
     auto* headline = stack({lamp_, compactStatus_}, false, 8);
     headline->layout()->setAlignment(compactStatus_, Qt::Alignment());

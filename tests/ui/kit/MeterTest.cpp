@@ -1,4 +1,5 @@
 #include "ui/kit/Meter.h"
+#include "tests/ui/kit/Contrast.h"
 #include "tests/ui/kit/PaintCounter.h"
 #include "ui/kit/Theme.h"
 
@@ -34,6 +35,7 @@ private slots:
     void accessibleRoleAndName();
     void assistiveTechnologyCannotSetIt();
     void drawsItsValue();
+    void aStoppedMeterRecedes();
     void firstStepIsSeen();
     void sameValueRepaintsNothing();
 };
@@ -90,7 +92,8 @@ void MeterTest::assistiveTechnologyCannotSetIt() {
 void MeterTest::drawsItsValue() {
     Meter meter;
     meter.setValue(0.5);
-    QCOMPARE(colorAt(meter, 25), Theme::muted.rgb());
+    const QRgb resting = colorAt(meter, 25);
+    QVERIFY(resting != Theme::line.rgb() && resting != Theme::accent.rgb());
     QCOMPARE(colorAt(meter, 75), Theme::line.rgb());
     meter.setLive(true);
     QCOMPARE(colorAt(meter, 25), Theme::accent.rgb());
@@ -99,6 +102,17 @@ void MeterTest::drawsItsValue() {
     QCOMPARE(colorAt(meter, 5), Theme::line.rgb());
     meter.setValue(7);
     QCOMPARE(colorAt(meter, 95), Theme::accent.rgb());
+}
+
+void MeterTest::aStoppedMeterRecedes() {
+    Meter meter;
+    meter.setValue(0.75);
+    const QColor resting = colorAt(meter, 25);
+    // Nearer to its track than to a text beside it, and still told from the track.
+    QVERIFY(contrast(resting, Theme::line) < contrast(resting, Theme::muted));
+    QVERIFY(contrast(resting, Theme::line) > 1.5);
+    meter.setLive(true);
+    QVERIFY(contrast(QColor(colorAt(meter, 25)), Theme::line) > 4.5);
 }
 
 void MeterTest::firstStepIsSeen() {

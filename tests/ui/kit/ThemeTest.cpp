@@ -62,6 +62,7 @@ private slots:
     void primaryButtonIsTinted();
     void buttonsAreLarge();
     void checkBoxStatesLookDifferent();
+    void focusRingOfACheckBoxGoesAroundBoxAndWords();
     void nothingIsAnimated();
 };
 
@@ -178,6 +179,38 @@ void ThemeTest::checkBoxStatesLookDifferent() {
             QCOMPARE(tinted(image) > 20, enabled && state != Qt::Unchecked);
         }
     }
+}
+
+void ThemeTest::focusRingOfACheckBoxGoesAroundBoxAndWords() {
+    QCheckBox box(u"Detailed analysis"_s);
+    box.setChecked(true);
+    QStyleOptionButton option;
+    option.rect = QRect(QPoint(), box.sizeHint());
+    option.text = box.text();
+    option.fontMetrics = box.fontMetrics();
+    const auto picture = [&](QStyle::State more) {
+        option.state = QStyle::State_Enabled | QStyle::State_On | more;
+        QImage image(option.rect.size(), QImage::Format_RGB32);
+        image.fill(Theme::background);
+        QPainter painter(&image);
+        box.style()->drawControl(QStyle::CE_CheckBox, &option, &painter, &box);
+        return image;
+    };
+    const QImage plain = picture(QStyle::State_None);
+    const QImage ringed = picture(QStyle::State_HasFocus);
+    QRect drawn;
+    QRect ring;
+    for (int y = 0; y < plain.height(); ++y) {
+        for (int x = 0; x < plain.width(); ++x) {
+            const QRect here(x, y, 1, 1);
+            drawn |= plain.pixel(x, y) != Theme::background.rgb() ? here : QRect();
+            ring |= plain.pixel(x, y) != ringed.pixel(x, y) ? here : QRect();
+        }
+    }
+    constexpr int margin = 4; // of ring and the space inside it
+    QVERIFY(ring.adjusted(margin, margin - 1, 1 - margin, 1 - margin).contains(drawn));
+    const QRect inner = drawn.adjusted(-1, -1, 1, 1);
+    QCOMPARE(ringed.copy(inner), plain.copy(inner));
 }
 
 void ThemeTest::nothingIsAnimated() {
