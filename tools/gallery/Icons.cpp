@@ -1,6 +1,7 @@
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
 #include "ui/kit/AppIcon.h"
+#include "ui/tray/TrayIcon.h"
 
 #include <QPainter>
 
@@ -32,14 +33,15 @@ void addIcon(
 } // namespace
 
 void addIcons(Gallery& gallery) {
-    const QColor light(0xf2, 0xf2, 0xf2);
-    const QColor dark(0x20, 0x22, 0x24);
+    const QColor light(0xf0, 0xf0, 0xf0);
+    const QColor dark(0x2e, 0x2e, 0x2e);
     const QList<int> traySizes{16, 22, 24, 32, 48};
     for (const char* count : {"", "1", "3", "12"}) {
         const QString text = QString::fromLatin1(count);
         const QString name = text.isEmpty() ? u"tray-"_s : u"tray-%1-"_s.arg(text);
-        addIcon(gallery, name + u"light"_s, trayIcon(text), traySizes, light);
-        addIcon(gallery, name + u"dark"_s, trayIcon(text), traySizes, dark);
+        addIcon(gallery, name + u"light"_s, trayIcon(text, false), traySizes, light);
+        addIcon(gallery, name + u"dark"_s, trayIcon(text, false), traySizes, dark);
+        addIcon(gallery, name + u"tinted"_s, trayIcon(text, true), traySizes, light);
     }
     const QList<int> iconSizes{16, 32, 48, 64, 128, 256};
     addIcon(gallery, u"icon-light"_s, applicationIcon(), iconSizes, light);

@@ -24,26 +24,6 @@ void drawTile(QPainter& painter, const QRectF& glyph) {
     drawGlyph(painter, u"mark"_s, glyph, Theme::accent);
 }
 
-/// Count and glyph share the square that tray hosts give an icon.
-void drawTray(QPainter& painter, const QString& count, qreal edge) {
-    // As far from white as from the dark of a panel.
-    const QColor grey(0x7f, 0x89, 0x8e);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (count.isEmpty()) {
-        drawGlyph(painter, u"mark"_s, QRectF(0, 0, edge, edge), grey);
-        return;
-    }
-    const qreal glyph = edge * (count.size() > 1 ? 0.48 : 0.56);
-    drawGlyph(painter, u"mark"_s, QRectF(0, (edge - glyph) / 2, glyph, glyph), grey);
-    QFont font;
-    font.setPixelSize(static_cast<int>(edge * (count.size() > 1 ? 0.44 : 0.68)));
-    font.setWeight(QFont::Bold);
-    painter.setFont(font);
-    painter.setPen(grey);
-    painter.drawText(
-        QRectF(glyph, 0, edge - glyph, edge), Qt::AlignCenter | Qt::TextDontClip, count);
-}
-
 } // namespace
 
 QIcon applicationIcon() {
@@ -57,19 +37,6 @@ QIcon applicationIcon() {
         drawTile(painter, edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208));
         icon.addPixmap(pixmap);
     }
-    return icon;
-}
-
-QIcon trayIcon(const QString& count) {
-    QIcon icon;
-    for (const int edge : {16, 22, 24, 32, 44, 48, 64}) {
-        QPixmap pixmap(edge, edge);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        drawTray(painter, count, edge);
-        icon.addPixmap(pixmap);
-    }
-    icon.setIsMask(true);
     return icon;
 }
 

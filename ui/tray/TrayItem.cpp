@@ -1,8 +1,8 @@
 #include "ui/tray/TrayItem.h"
 
-#include "ui/kit/AppIcon.h"
 #include "ui/kit/ViewKit.h"
 #include "ui/tray/TrayHost.h"
+#include "ui/tray/TrayIcon.h"
 
 #include <QSystemTrayIcon>
 

@@ -34,8 +34,6 @@ class AppIconTest final : public QObject {
 private slots:
     void applicationIconIsATile();
     void applicationIconHasEverySize();
-    void trayIconIsATemplate();
-    void trayIconTellsTheCount();
     void glyphs_data();
     void glyphs();
 };
@@ -66,41 +64,6 @@ void AppIconTest::applicationIconHasEverySize() {
     for (const int edge : {16, 32, 48, 128, 256, 512}) {
         QVERIFY2(sizes.contains(QSize(edge, edge)), qPrintable(QString::number(edge)));
         QVERIFY(countOf(pictured(applicationIcon(), edge), Theme::background.rgb()) > edge);
-    }
-}
-
-void AppIconTest::trayIconIsATemplate() {
-    for (const QString& count : {QString(), u"2"_s}) {
-        const QIcon icon = trayIcon(count);
-        QVERIFY(icon.isMask());
-        const QImage image = pictured(icon, 64);
-        QCOMPARE(image.size(), QSize(64, 64));
-        // One colour all over, and nothing behind it.
-        QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
-        int solid = 0;
-        QSet<QRgb> colours;
-        for (int y = 0; y < 64; ++y) {
-            for (int x = 0; x < 64; ++x) {
-                if (qAlpha(image.pixel(x, y)) == 255) {
-                    ++solid;
-                    colours += image.pixel(x, y);
-                }
-            }
-        }
-        QVERIFY(solid > 200);
-        QCOMPARE(colours.size(), 1);
-    }
-}
-
-void AppIconTest::trayIconTellsTheCount() {
-    for (const int edge : {16, 22, 24, 32, 48, 64}) {
-        QList<QImage> seen;
-        for (const QString& count : {QString(), u"1"_s, u"2"_s, u"3"_s, u"12"_s}) {
-            const QImage image = pictured(trayIcon(count), edge);
-            QVERIFY2(!seen.contains(image), qPrintable(count));
-            seen += image;
-        }
-        QCOMPARE(pictured(trayIcon(u"2"_s), edge), seen.at(2));
     }
 }
 

@@ -1,0 +1,166 @@
+#include "ui/tray/TrayIcon.h"
+
+#include "tests/ui/kit/Contrast.h"
+#include "ui/kit/Theme.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QSet>
+#include <QTest>
+
+#include <array>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array edges{16, 22, 24, 32, 48, 64};
+const QColor lightPanel(0xf0, 0xf0, 0xf0);
+const QColor darkPanel(0x2e, 0x2e, 0x2e);
+
+QImage pictured(const QIcon& icon, int edge) {
+    return icon.pixmap(edge, edge).toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+QImage onPanel(const QIcon& icon, int edge, const QColor& panel) {
+    QImage image(edge, edge, QImage::Format_RGB32);
+    image.fill(panel);
+    QPainter painter(&image);
+    painter.drawPixmap(0, 0, icon.pixmap(edge, edge));
+    return image;
+}
+
+/// How many pixels of `image` stand out from `ground` at least so much.
+int readable(const QImage& image, const QColor& ground, double least) {
+    int found = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            found += contrast(image.pixelColor(x, y), ground) >= least ? 1 : 0;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class TrayIconTest final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aCountReadsOnEveryPanel_data();
+    void aCountReadsOnEveryPanel();
+    void theBadgeStandsOutFromEveryPanel();
+    void aCountStaysInItsBadge();
+    void theMarkIsSeenOnEveryPanel();
+    void aTintedIconIsOneColour();
+    void everyCountLooksDifferent();
+};
+
+void TrayIconTest::aCountReadsOnEveryPanel_data() {
+    QTest::addColumn<int>("edge");
+    QTest::addColumn<QString>("count");
+    for (const int edge : edges) {
+        for (const QString& count : {u"1"_s, u"3"_s, u"12"_s}) {
+            QTest::addRow("%s at %d", qPrintable(count), edge) << edge << count;
+        }
+    }
+}
+
+void TrayIconTest::aCountReadsOnEveryPanel() {
+    QFETCH(const int, edge);
+    QFETCH(const QString, count);
+    const QIcon icon = trayIcon(count, false);
+    // What is around the digits is drawn too, so that the panel does not matter.
+    const int rim = edge / 8 + 1;
+    const QRect inside = QRect(0, 0, edge, edge).adjusted(rim, rim, -rim, -rim);
+    const QImage digits = onPanel(icon, edge, lightPanel).copy(inside);
+    QCOMPARE(onPanel(icon, edge, darkPanel).copy(inside), digits);
+    const QColor ground = digits.pixelColor(0, digits.height() / 2);
+    QVERIFY(readable(digits, ground, 4.5) >= edge * edge / 16);
+}
+
+void TrayIconTest::theBadgeStandsOutFromEveryPanel() {
+    for (const int edge : edges) {
+        for (const QColor& panel : {lightPanel, darkPanel}) {
+            const QImage shown = onPanel(trayIcon(u"3"_s, false), edge, panel);
+            // Its rim, along each side.
+            for (const QRect& side :
+                 {QRect(edge / 2, 0, 1, 2), QRect(edge / 2, edge - 2, 1, 2),
+                  QRect(0, edge / 2, 2, 1), QRect(edge - 2, edge / 2, 2, 1)}) {
+                QVERIFY(readable(shown.copy(side), panel, 3) > 0);
+            }
+        }
+    }
+}
+
+void TrayIconTest::aCountStaysInItsBadge() {
+    for (const int edge : edges) {
+        for (const QString& count : {u"8"_s, u"28"_s, u"888"_s}) {
+            const QImage image = pictured(trayIcon(count, false), edge);
+            const QRgb ground = Theme::background.rgb();
+            const int rim = std::max(1, edge / 16);
+            for (int at = edge / 3; at < edge - edge / 3; ++at) {
+                QCOMPARE(image.pixel(at, rim), ground);
+                QCOMPARE(image.pixel(at, edge - 1 - rim), ground);
+                QCOMPARE(image.pixel(rim, at), ground);
+                QCOMPARE(image.pixel(edge - 1 - rim, at), ground);
+            }
+        }
+    }
+}
+
+void TrayIconTest::theMarkIsSeenOnEveryPanel() {
+    for (const bool tinted : {false, true}) {
+        for (const int edge : edges) {
+            for (const QColor& panel : {lightPanel, darkPanel}) {
+                const QImage shown = onPanel(trayIcon(QString(), tinted), edge, panel);
+                QVERIFY(readable(shown, panel, 2) > edge);
+            }
+        }
+    }
+}
+
+void TrayIconTest::aTintedIconIsOneColour() {
+    QVERIFY(!trayIcon(u"2"_s, false).isMask());
+    for (const QString& count : {QString(), u"2"_s}) {
+        const QIcon icon = trayIcon(count, true);
+        QVERIFY(icon.isMask());
+        const QImage image = pictured(icon, 64);
+        QCOMPARE(image.size(), QSize(64, 64));
+        // And nothing behind it.
+        QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
+        int solid = 0;
+        QSet<QRgb> colours;
+        for (int y = 0; y < 64; ++y) {
+            for (int x = 0; x < 64; ++x) {
+                if (qAlpha(image.pixel(x, y)) == 255) {
+                    ++solid;
+                    colours += image.pixel(x, y);
+                }
+            }
+        }
+        QVERIFY(solid > 200);
+        QCOMPARE(colours.size(), 1);
+    }
+}
+
+void TrayIconTest::everyCountLooksDifferent() {
+    for (const bool tinted : {false, true}) {
+        for (const int edge : edges) {
+            QList<QImage> seen;
+            for (const QString& count : {QString(), u"1"_s, u"2"_s, u"3"_s, u"12"_s}) {
+                const QImage image = pictured(trayIcon(count, tinted), edge);
+                QVERIFY2(!seen.contains(image), qPrintable(count));
+                seen += image;
+            }
+            QCOMPARE(pictured(trayIcon(u"2"_s, tinted), edge), seen.at(2));
+        }
+    }
+}
+
+} // namespace vesk
+
+QTEST_MAIN(vesk::TrayIconTest)
+#include "TrayIconTest.moc"

@@ -1,0 +1,9 @@
+#include "ui/tray/TrayIcon.h"
+
+namespace vesk {
+
+bool traysAreTinted() {
+    return false;
+}
+
+} // namespace vesk
