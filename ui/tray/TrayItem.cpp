@@ -1,10 +1,9 @@
 #include "ui/tray/TrayItem.h"
 
 #include "ui/kit/ViewKit.h"
+#include "ui/tray/HostedItem.h"
 #include "ui/tray/TrayHost.h"
 #include "ui/tray/TrayIcon.h"
-
-#include <QSystemTrayIcon>
 
 #include <utility>
 
@@ -12,9 +11,24 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+const QString productName = u"Corvala for Mac"_s;
+
+QIcon iconOf(const Dashboard& dashboard) {
+    return trayIcon(dashboard.trayTitle.trimmed());
+}
+
+/// Never empty: before the first answer it tells at least whose item it is.
+QString toolTipOf(const Dashboard& dashboard) {
+    return dashboard.trayToolTip.isEmpty() ? productName : dashboard.trayToolTip;
+}
+
+} // namespace
+
 TrayItem::TrayItem(std::unique_ptr<TrayHost> host) : host_(std::move(host)) {
     makeMenu();
-    connect(host_.get(), &TrayHost::presenceChanged, this, &TrayItem::followHost);
+    connect(host_.get(), &TrayHost::placeChanged, this, &TrayItem::followHost);
     followHost();
 }
 
@@ -25,19 +39,19 @@ void TrayItem::show(const Dashboard& dashboard) {
     trayState_->setText(verbatim(dashboard.trayState));
     trayAction_->setText(verbatim(dashboard.trayAction.title));
     trayAction_->setEnabled(dashboard.trayAction.enabled);
-    if (!tray_) {
+    if (!item_) {
         return;
     }
     if (before.trayTitle != dashboard.trayTitle) {
-        showIcon();
+        item_->setIcon(iconOf(dashboard));
     }
     if (before.trayToolTip != dashboard.trayToolTip) {
-        tray_->setToolTip(dashboard.trayToolTip);
+        item_->setToolTip(toolTipOf(dashboard));
     }
 }
 
 bool TrayItem::isPresent() const {
-    return tray_ != nullptr;
+    return item_ != nullptr;
 }
 
 void TrayItem::makeMenu() {
@@ -54,31 +68,20 @@ void TrayItem::makeMenu() {
 }
 
 void TrayItem::followHost() {
-    if (host_->isPresent() == (tray_ != nullptr)) {
-        return;
-    }
-    if (!host_->isPresent()) {
-        tray_.reset();
-        // A host that went away does not tell that its menu is closed.
+    const bool wasPresent = isPresent();
+    item_.reset();
+    if (!menu_.isVisible()) {
+        // A place that went away does not tell that its menu is closed.
         noteMenu(false);
-        emit presenceChanged();
-        return;
     }
-    tray_ = std::make_unique<QSystemTrayIcon>();
-    tray_->setContextMenu(&menu_);
-    tray_->setToolTip(shown_.trayToolTip);
-    connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](auto reason) {
-        if (reason == QSystemTrayIcon::Trigger) {
-            emit openPressed();
-        }
-    });
-    showIcon();
-    tray_->show();
-    emit presenceChanged();
-}
-
-void TrayItem::showIcon() {
-    tray_->setIcon(trayIcon(shown_.trayTitle.trimmed()));
+    item_ = host_->makeItem(
+        {.title = productName, .icon = iconOf(shown_), .toolTip = toolTipOf(shown_)}, menu_);
+    if (item_) {
+        connect(item_.get(), &HostedItem::activated, this, &TrayItem::openPressed);
+    }
+    if (isPresent() != wasPresent) {
+        emit presenceChanged();
+    }
 }
 
 void TrayItem::noteMenu(bool open) {

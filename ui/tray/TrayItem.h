@@ -8,10 +8,10 @@
 #include <memory>
 
 class QAction;
-class QSystemTrayIcon;
 
 namespace vesk {
 
+class HostedItem;
 class TrayHost;
 
 /// The tray item with its menu: there while the desktop has a place for it.
@@ -26,6 +26,9 @@ public:
 
     /// Touches only what differs from what is shown.
     void show(const Dashboard& dashboard);
+
+    /// Can pop up elsewhere too, with or without a place for the item.
+    [[nodiscard]] QMenu& menu() noexcept { return menu_; }
 
     [[nodiscard]] bool menuOpen() const noexcept { return menuOpen_; }
 
@@ -47,7 +50,6 @@ signals:
 private:
     void makeMenu();
     void followHost();
-    void showIcon();
     void noteMenu(bool open);
 
     std::unique_ptr<TrayHost> host_;
@@ -56,7 +58,7 @@ private:
     QAction* trayAction_ = nullptr;
     Dashboard shown_;
     bool menuOpen_ = false;
-    std::unique_ptr<QSystemTrayIcon> tray_;
+    std::unique_ptr<HostedItem> item_;
 };
 
 } // namespace vesk

@@ -3,9 +3,9 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QIcon>
 #include <QMenu>
 #include <QSignalSpy>
-#include <QSystemTrayIcon>
 #include <QTest>
 
 #include <utility>
@@ -16,45 +16,66 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// What the item's place was given, beyond the life of the item in it.
+struct Shown {
+    QList<QSize> iconSizes;
+    QString title;
+    QStringList toolTips;
+    int icons = 0;
+    HostedItem* item = nullptr;
+};
+
+class FakeItem final : public HostedItem {
+public:
+    FakeItem(Shown& shown, const Face& face) : shown_(shown) {
+        shown_ = {};
+        shown_.title = face.title;
+        shown_.item = this;
+        setIcon(face.icon);
+        setToolTip(face.toolTip);
+    }
+
+    void setIcon(const QIcon& icon) override {
+        shown_.iconSizes = icon.availableSizes();
+        ++shown_.icons;
+    }
+
+    void setToolTip(const QString& toolTip) override { shown_.toolTips += toolTip; }
+
+private:
+    Shown& shown_;
+};
+
 class FakeHost final : public TrayHost {
 public:
     explicit FakeHost(bool present) : present_(present) {}
 
-    [[nodiscard]] bool isPresent() const override { return present_; }
+    [[nodiscard]] std::unique_ptr<HostedItem>
+    makeItem(const HostedItem::Face& face, QMenu& /*menu*/) override {
+        return present_ ? std::make_unique<FakeItem>(shown, face) : nullptr;
+    }
 
     void set(bool present) {
         present_ = present;
-        emit presenceChanged();
+        emit placeChanged();
     }
+
+    Shown shown;
 
 private:
     bool present_;
 };
 
-/// The menu of the one tray item that a test holds.
-QMenu* theMenu() {
-    QMenu* found = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (auto* menu = qobject_cast<QMenu*>(widget)) {
-            if (found != nullptr) {
-                qFatal("more than one menu");
-            }
-            found = menu;
-        }
-    }
-    return found;
-}
-
-QStringList menuTexts() {
+QStringList textsOf(const QMenu& menu) {
     QStringList texts;
-    for (const QAction* action : theMenu()->actions()) {
+    for (const QAction* action : menu.actions()) {
         texts += action->isSeparator() ? u"-"_s : action->text();
     }
     return texts;
 }
 
-QAction* entry(int index) {
-    return theMenu()->actions().at(index);
+QAction* entry(TrayItem& item, int index) {
+    return item.menu().actions().at(index);
 }
 
 Dashboard dashboardOf(const QString& state, const ButtonFace& action, const QString& title) {
@@ -82,7 +103,11 @@ private slots:
     void hostComesAndGoes();
     void hostThatGoesClosesItsMenu();
     void hostThatSaysTheSameAgain();
+    void hostThatGoesLeavesAMenuOfOurOwn();
     void shownWithoutAHostIsKept();
+    void placeGetsOnlyWhatDiffers();
+    void saysWhoseItIsBeforeTheFirstAnswer();
+    void clickOpens();
 
 private:
     static std::pair<std::unique_ptr<TrayItem>, FakeHost*> itemOn(bool present) {
@@ -96,15 +121,15 @@ void TrayItemTest::menuBeforeTheFirstAnswer() {
     for (const bool present : {true, false}) {
         const auto [item, host] = itemOn(present);
         QCOMPARE(
-            menuTexts(),
+            textsOf(item->menu()),
             (QStringList{
                 u"Checking processing…"_s, u"-"_s, u"Open Corvala for Mac"_s, u"Start processing"_s,
                 u"Setup…"_s, u"-"_s, u"Quit dashboard (worker keeps running)"_s}));
-        QVERIFY(!entry(0)->isEnabled());
+        QVERIFY(!entry(*item, 0)->isEnabled());
         for (const int index : {2, 3, 4, 6}) {
-            QVERIFY(entry(index)->isEnabled());
+            QVERIFY(entry(*item, index)->isEnabled());
         }
-        for (const QAction* action : theMenu()->actions()) {
+        for (const QAction* action : item->menu().actions()) {
             QVERIFY(action->shortcut().isEmpty());
             QVERIFY(action->isVisible());
         }
@@ -113,25 +138,25 @@ void TrayItemTest::menuBeforeTheFirstAnswer() {
 
 void TrayItemTest::menuFollowsTheDashboard() {
     const auto [item, host] = itemOn(true);
-    const QStringList fixed = menuTexts();
+    const QStringList fixed = textsOf(item->menu());
     const auto showsAs = [&](const Dashboard& dashboard) {
         item->show(dashboard);
         QStringList expected = fixed;
         expected[0] = dashboard.trayState;
         expected[3] = dashboard.trayAction.title;
-        QCOMPARE(menuTexts(), expected);
-        QCOMPARE(entry(3)->isEnabled(), dashboard.trayAction.enabled);
-        QVERIFY(!entry(0)->isEnabled());
+        QCOMPARE(textsOf(item->menu()), expected);
+        QCOMPARE(entry(*item, 3)->isEnabled(), dashboard.trayAction.enabled);
+        QVERIFY(!entry(*item, 0)->isEnabled());
         for (const int index : {2, 4, 6}) {
-            QVERIFY(entry(index)->isEnabled());
+            QVERIFY(entry(*item, index)->isEnabled());
         }
     };
     showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, true}, u" 2"_s));
     showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, false}, u" 2"_s));
     showsAs(dashboardOf(u"Processing service stopped"_s, {u"Start processing"_s, true}, u""_s));
     item->show(dashboardOf(u"Tom & Jerry"_s, {u"This & that"_s, true}, u""_s));
-    QCOMPARE(entry(0)->text(), u"Tom && Jerry"_s);
-    QCOMPARE(entry(3)->text(), u"This && that"_s);
+    QCOMPARE(entry(*item, 0)->text(), u"Tom && Jerry"_s);
+    QCOMPARE(entry(*item, 3)->text(), u"This && that"_s);
 }
 
 void TrayItemTest::stateIsOnlyTold() {
@@ -141,7 +166,7 @@ void TrayItemTest::stateIsOnlyTold() {
     QSignalSpy setUp(item.get(), &TrayItem::setupPressed);
     QSignalSpy quit(item.get(), &TrayItem::quitPressed);
     for (const int index : {0, 1, 5}) {
-        entry(index)->trigger();
+        entry(*item, index)->trigger();
     }
     QCOMPARE(opened.size() + started.size() + setUp.size() + quit.size(), 0);
 }
@@ -161,7 +186,7 @@ void TrayItemTest::entriesTellWhatWasPressed() {
     QSignalSpy started(item.get(), &TrayItem::startPressed);
     QSignalSpy setUp(item.get(), &TrayItem::setupPressed);
     QSignalSpy quit(item.get(), &TrayItem::quitPressed);
-    entry(index)->trigger();
+    entry(*item, index)->trigger();
     QCOMPARE(opened.size(), index == 2 ? 1 : 0);
     QCOMPARE(started.size(), index == 3 ? 1 : 0);
     QCOMPARE(setUp.size(), index == 4 ? 1 : 0);
@@ -170,7 +195,7 @@ void TrayItemTest::entriesTellWhatWasPressed() {
     Dashboard busy;
     busy.trayAction.enabled = false;
     item->show(busy);
-    entry(index)->trigger();
+    entry(*item, index)->trigger();
     QCOMPARE(started.size(), index == 3 ? 1 : 0); // and not once more
 }
 
@@ -180,21 +205,21 @@ void TrayItemTest::openAndCloseAreTold() {
     QSignalSpy didClose(item.get(), &TrayItem::menuDidClose);
     QVERIFY(!item->menuOpen());
     for (int times = 1; times <= 2; ++times) {
-        theMenu()->popup(QPoint(10, 10));
+        item->menu().popup(QPoint(10, 10));
         QCOMPARE(willOpen.size(), times);
         QCOMPARE(didClose.size(), times - 1);
         QVERIFY(item->menuOpen());
-        theMenu()->close();
+        item->menu().close();
         QCOMPARE(willOpen.size(), times);
         QCOMPARE(didClose.size(), times);
         QVERIFY(!item->menuOpen());
     }
     // A host that shows the menu itself may say the same thing twice.
-    emit theMenu()->aboutToShow();
-    emit theMenu()->aboutToShow();
+    emit item->menu().aboutToShow();
+    emit item->menu().aboutToShow();
     QCOMPARE(willOpen.size(), 3);
-    emit theMenu()->aboutToHide();
-    emit theMenu()->aboutToHide();
+    emit item->menu().aboutToHide();
+    emit item->menu().aboutToHide();
     QCOMPARE(didClose.size(), 3);
 }
 
@@ -210,13 +235,13 @@ void TrayItemTest::hostComesAndGoes() {
         QVERIFY(!item->isPresent());
         QCOMPARE(presence.size(), 2 * times + 2);
     }
-    QCOMPARE(menuTexts().size(), 7);
+    QCOMPARE(textsOf(item->menu()).size(), 7);
 }
 
 void TrayItemTest::hostThatGoesClosesItsMenu() {
     const auto [item, host] = itemOn(true);
     QSignalSpy didClose(item.get(), &TrayItem::menuDidClose);
-    emit theMenu()->aboutToShow();
+    emit item->menu().aboutToShow();
     QVERIFY(item->menuOpen());
     host->set(false);
     QVERIFY(!item->menuOpen());
@@ -241,9 +266,56 @@ void TrayItemTest::shownWithoutAHostIsKept() {
     item->show(dashboardOf(u"1 processor working"_s, {u"Pause deep jobs"_s, false}, u" 1"_s));
     host->set(true);
     QVERIFY(item->isPresent());
-    QCOMPARE(entry(0)->text(), u"1 processor working"_s);
-    QCOMPARE(entry(3)->text(), u"Pause deep jobs"_s);
-    QVERIFY(!entry(3)->isEnabled());
+    QCOMPARE(entry(*item, 0)->text(), u"1 processor working"_s);
+    QCOMPARE(entry(*item, 3)->text(), u"Pause deep jobs"_s);
+    QVERIFY(!entry(*item, 3)->isEnabled());
+}
+
+void TrayItemTest::hostThatGoesLeavesAMenuOfOurOwn() {
+    const auto [item, host] = itemOn(true);
+    item->menu().popup(QPoint(10, 10));
+    host->set(false);
+    QVERIFY(item->menu().isVisible());
+    QVERIFY(item->menuOpen());
+    item->menu().close();
+    QVERIFY(!item->menuOpen());
+}
+
+void TrayItemTest::placeGetsOnlyWhatDiffers() {
+    const auto [item, host] = itemOn(true);
+    QCOMPARE(host->shown.icons, 1);
+    QVERIFY(!host->shown.iconSizes.isEmpty());
+    const Dashboard one = dashboardOf(u"1 processor working"_s, {u"Pause"_s, true}, u" 1"_s);
+    item->show(one);
+    QCOMPARE(host->shown.icons, 2);
+    QCOMPARE(host->shown.toolTips.size(), 2);
+    QCOMPARE(host->shown.toolTips.last(), one.trayToolTip);
+    item->show(one);
+    QCOMPARE(host->shown.icons, 2);
+    QCOMPARE(host->shown.toolTips.size(), 2);
+
+    host->set(false);
+    host->set(true);
+    QCOMPARE(host->shown.icons, 1);
+    QCOMPARE(host->shown.toolTips, QStringList{one.trayToolTip});
+}
+
+void TrayItemTest::saysWhoseItIsBeforeTheFirstAnswer() {
+    const auto [item, host] = itemOn(true);
+    QCOMPARE(host->shown.title, u"Corvala for Mac"_s);
+    QCOMPARE(host->shown.toolTips, QStringList{u"Corvala for Mac"_s});
+    Dashboard silent = dashboardOf(u"1 processor working"_s, {u"Pause"_s, true}, u" 1"_s);
+    item->show(silent);
+    silent.trayToolTip.clear();
+    item->show(silent);
+    QCOMPARE(host->shown.toolTips.last(), u"Corvala for Mac"_s);
+}
+
+void TrayItemTest::clickOpens() {
+    const auto [item, host] = itemOn(true);
+    QSignalSpy opened(item.get(), &TrayItem::openPressed);
+    emit host->shown.item->activated();
+    QCOMPARE(opened.size(), 1);
 }
 
 } // namespace vesk
