@@ -23,6 +23,7 @@ screen_packages=(dbus-daemon openbox scrot xvfb)
 # shellcheck disable=SC2034
 test_packages=(
     at-spi2-core clang-format gir1.2-atspi-2.0 python3 python3-gi python3-xlib systemd
+    trayer
 )
 
 # install_packages NAME... installs those that are missing, and does nothing without any.

@@ -1,6 +1,7 @@
 """The tray item, and the window with and without a desktop that has a tray."""
 
 from harness.case import DesktopCase
+from harness.dashboard import visited_home
 from harness.tray import TrayHost, TrayWatcher
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
@@ -69,9 +70,60 @@ class TrayTest(DesktopCase):
         worker = self.worker()
         worker.fault(late=3.5, count=1)
         self.dashboard(worker.port)
-        titles = host.item().menu.titles()
+        item = host.item()
+        self.assertEqual(item.read("Title"), "Corvala for Mac")
+        self.assertEqual(item.read("Id"), "VeskWorkerControl")
+        self.assertEqual(item.tool_tip, "Corvala for Mac")
+        titles = item.menu.titles()
         self.assertEqual(titles[0], "Checking processing…")
         self.assertEqual(titles[3], "Start processing")
+
+    def test_tells_its_host_only_what_changed(self):
+        host = self.tray_host()
+        worker = self.worker()
+        worker.show_slots(BUSY)
+        self.live_dashboard(worker)
+        item = host.item()
+        self.wait_for_titles(item, "1 processor working", *ENTRIES)
+        heard = item.listen()
+        for _fetch in range(3):
+            worker.wait_for_fetch()
+        self.assertEqual(heard.names(), [])
+        # The next fetch shows that the last answer of those came in.
+        worker.show_slots(BUSY, bay(2, state="waiting"))
+        changes = ["ItemsPropertiesUpdated", "NewIcon", "NewToolTip"]
+        wait_for("the changes told", lambda: len(heard.names()) >= len(changes))
+        worker.wait_for_fetch()
+        worker.wait_for_fetch()
+        self.assertEqual(heard.names(), changes)
+
+    def test_menu_without_a_person_at_it(self):
+        host = self.tray_host()
+        worker = self.worker()
+        self.live_dashboard(worker)
+        menu = host.item().menu
+        worker.wait_for_fetch()
+        fetches = len(worker.arrivals())
+        menu.prepare()
+        self.assertEqual(len(menu.titles()), 7)
+        self.assertEqual(len(worker.arrivals()), fetches, "asked as if the menu were open")
+        menu.open()
+        wait_for("a fetch for the open menu", lambda: len(worker.arrivals()) > fetches, 1.0)
+        menu.shut()
+
+    def test_without_a_session_bus(self):
+        worker = self.worker()
+        dashboard = self.dashboard(
+            worker.port,
+            home={**visited_home(self.desktop), "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"},
+        )
+        windows = self.desktop.windows
+        window = dashboard.window()
+        worker.wait_for_fetch()
+        windows.press_close(window)
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        self.assertTrue(dashboard.is_running())
+        self.assertEqual((dashboard.out, dashboard.err), ("", ""))
 
     def test_closing_hides_and_the_menu_opens_again(self):
         host = self.tray_host()

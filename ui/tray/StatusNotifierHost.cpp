@@ -12,6 +12,10 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 StatusNotifierHost::StatusNotifierHost(const QDBusConnection& bus) : bus_(bus) {
+    if (!bus_.isConnected()) {
+        watcher_ = QString();
+        return;
+    }
     auto* owner =
         new QDBusServiceWatcher(watcherName, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(

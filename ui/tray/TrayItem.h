@@ -27,13 +27,10 @@ public:
     /// Touches only what differs from what is shown.
     void show(const Dashboard& dashboard);
 
-    /// Can pop up elsewhere too, with or without a place for the item.
+    /// There with or without a place for the item; its entries serve elsewhere too.
     [[nodiscard]] QMenu& menu() noexcept { return menu_; }
 
     [[nodiscard]] bool menuOpen() const noexcept { return menuOpen_; }
-
-    /// The item's menu, to be shown elsewhere as well.
-    [[nodiscard]] QMenu& menu() noexcept { return menu_; }
 
     /// Whether a person has the item to click on.
     [[nodiscard]] bool isPresent() const;

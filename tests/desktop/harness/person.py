@@ -6,6 +6,7 @@ from Xlib.ext import xtest
 from .waiting import wait_for
 
 LEFT_BUTTON = 1
+RIGHT_BUTTON = 3
 
 
 class Person:

@@ -121,9 +121,32 @@ class TrayItem:
             GLib.Variant("(ii)", (10, 10)),
         )
 
+    def listen(self):
+        """What the program tells of the item and its menu from now on."""
+        return Heard(self._connection, self._service)
+
     @property
     def menu(self):
         return TrayMenu(self._connection, self._service, self.read("Menu"))
+
+
+class Heard:
+    def __init__(self, connection, service):
+        self._signals = []
+        for interface in (ITEM, MENU):
+            connection.signal_subscribe(
+                service, interface, None, None, None, Gio.DBusSignalFlags.NONE,
+                lambda *signal: self._signals.append(signal[4]),
+            )
+        # The bus serves a connection in order: after its answer the subscriptions hold.
+        _call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+              "org.freedesktop.DBus", "GetId", None)
+
+    def names(self):
+        """The names of all signals so far."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return sorted(self._signals)
 
 
 class MenuEntry:
@@ -172,9 +195,12 @@ class TrayMenu:
         self._connection.send_message(message, Gio.DBusSendMessageFlags.NONE)
         self._connection.flush_sync(None)
 
-    def open(self):
-        """As a panel does before it shows the menu."""
+    def prepare(self):
+        """As a panel does before it shows the menu, and at other times."""
         self._call("AboutToShow", "(i)", 0)
+
+    def open(self):
+        self.prepare()
         self._event(0, "opened")
 
     def shut(self):

@@ -41,16 +41,21 @@ class Watcher:
 
     def _called(self, _connection, sender, _path, _interface, method, arguments, invocation):
         service = arguments.unpack()[0]
+        owner = sender
         if method == "RegisterStatusNotifierHost":
             self._hosts.add(sender)
             self._tell("StatusNotifierHostRegistered")
         else:
             # An item names its service, or only the path of an object of its own.
-            item = sender + service if service.startswith("/") else service + "/StatusNotifierItem"
-            self._items[item] = sender
+            if service.startswith("/"):
+                item = sender + service
+            else:
+                item = service + "/StatusNotifierItem"
+                owner = service
+            self._items[item] = owner
             self._tell("StatusNotifierItemRegistered", item)
         Gio.bus_watch_name_on_connection(
-            self._connection, sender, Gio.BusNameWatcherFlags.NONE, None, self._vanished
+            self._connection, owner, Gio.BusNameWatcherFlags.NONE, None, self._vanished
         )
         invocation.return_value(None)
 

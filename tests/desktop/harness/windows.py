@@ -1,6 +1,6 @@
 """Windows as the window manager and the person see them."""
 
-from Xlib import X, Xatom, Xutil, display as xdisplay
+from Xlib import X, Xatom, Xutil, display as xdisplay, error
 from Xlib.protocol import event as xevent
 
 
@@ -17,7 +17,10 @@ class Windows:
         return self._display.intern_atom(name)
 
     def _property(self, window, name, kind=X.AnyPropertyType):
-        found = window.get_full_property(self._atom(name), kind)
+        try:
+            found = window.get_full_property(self._atom(name), kind)
+        except error.BadWindow:
+            return None  # it goes as we look
         return found.value if found else None
 
     def is_managed(self):
@@ -32,6 +35,23 @@ class Windows:
             if owner is not None and owner[0] == pid:
                 windows.append(window)
         return windows
+
+    def menus(self, pid):
+        """The open menus of a process, which the window manager leaves alone."""
+        return [
+            window
+            for window in self._root.query_tree().children
+            if list(self._property(window, "_NET_WM_PID") or []) == [pid]
+            and self._is_open_menu(window)
+        ]
+
+    @staticmethod
+    def _is_open_menu(window):
+        try:
+            attributes = window.get_attributes()
+        except error.BadWindow:
+            return False
+        return attributes.override_redirect and attributes.map_state == X.IsViewable
 
     def title(self, window):
         name = self._property(window, "_NET_WM_NAME")
