@@ -82,6 +82,7 @@ private slots:
     void failedRestart_data();
     void failedRestart();
     void goneWhileUnderWay();
+    void quitWhileRestarting();
 };
 
 void ListenerRecoveryTest::nothingIsAsked_data() {
@@ -253,6 +254,20 @@ void ListenerRecoveryTest::goneWhileUnderWay() {
     launchctl.run({u"last"_s}, this, [&](const auto&) { reached = true; });
     QTRY_VERIFY_WITH_TIMEOUT(reached, patience);
     QCOMPARE(tool.calls().size(), 2);
+}
+
+void ListenerRecoveryTest::quitWhileRestarting() {
+    const ScriptedTool tool("[ $1 = print ] && echo state = running && exit; await go;"
+                            " head -c 300000 /dev/zero || exit 1; echo done > end");
+    auto launchctl = std::make_unique<Launchctl>(tool.path());
+    auto recovery = std::make_unique<ListenerRecovery>(
+        *launchctl, [] { return false; }, [] { return TimePoint(); });
+    recovery->recoverStaleListenerIfNeeded(3);
+    QTRY_COMPARE_WITH_TIMEOUT(tool.calls(), recoveryCommands(), patience);
+    recovery.reset();
+    launchctl.reset();
+    tool.touch(u"go"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(tool.content(u"end"_s), "done\n", patience);
 }
 
 } // namespace vesk
