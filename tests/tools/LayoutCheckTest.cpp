@@ -54,7 +54,7 @@ void LayoutCheckTest::soundWindow() {
             {label(u"A heading"_s, 23), paragraph(u"Some words, "_s.repeated(20)),
              button(
                  u"Done & gone"_s, &window, [] {}, true)})),
-        &window);
+        window);
     QCOMPARE(faults(window), QStringList());
 }
 

@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    sim::Simulation simulation_{{}, 1, 1};
+    sim::Simulation simulation_{1, {}, 1};
     sim::Service service_;
     int port_;
 };

@@ -26,7 +26,7 @@ void addCard(
     if (slot) {
         card->update(*slot, service);
     }
-    pin(card, &window);
+    pin(card, window);
     window.resize(cardWidth, window.layout()->totalHeightForWidth(cardWidth));
     window.show();
     gallery.add(u"card-"_s + name, window);

@@ -99,7 +99,7 @@ void addSetup(Gallery& gallery, QWidget& parent, const QString& name, SetupCase 
     gallery.add(u"setup-4-"_s + name + u"-applying"_s, *wizard.window());
 }
 
-void addAlert(Gallery& gallery, QWidget& parent, const QString& name, const QString& message) {
+void addAlert(Gallery& gallery, const QString& name, QWidget& parent, const QString& message) {
     auto* alert = new Alert(message, &parent);
     alert->open();
     gallery.add(u"alert-"_s + name, *alert);
@@ -120,9 +120,9 @@ void addSheets(Gallery& gallery) {
     addSetup(gallery, parent, u"basic"_s, {});
     addSetup(gallery, parent, u"advanced"_s, {.advanced = true});
     addSetup(gallery, parent, u"offline"_s, {.online = false});
-    addAlert(gallery, parent, u"short"_s, u"Could not save processing mode. Please try again."_s);
+    addAlert(gallery, u"short"_s, parent, u"Could not save processing mode. Please try again."_s);
     addAlert(
-        gallery, parent, u"long"_s,
+        gallery, u"long"_s, parent,
         u"Could not find service \"integration.worker105\" in domain for user gui: 501\n"
         "Bootstrap failed: 5: Input/output error\n"
         "Try re-running the command as root for richer errors: "

@@ -34,8 +34,14 @@ bool assign(Number& into, std::string_view text, Number least, Number most) {
     return number.has_value();
 }
 
+struct Option {
+    std::string_view name;
+    std::string_view value;
+};
+
 /// Takes one option over; gives what its value must be when it is not that.
-std::string take(Options& options, std::string_view name, std::string_view value) {
+std::string take(const Option& option, Options& options) {
+    const auto& [name, value] = option;
     if (name == "--port") {
         return assign(options.port, value, 0, 65535) ? "" : "a port from 0 to 65535";
     }
@@ -79,7 +85,8 @@ std::variant<Options, std::string> parseOptions(std::span<const std::string_view
         } else {
             return std::string(name) + " needs a value";
         }
-        if (const std::string wanted = take(options, name, value); !wanted.empty()) {
+        if (const std::string wanted = take({.name = name, .value = value}, options);
+            !wanted.empty()) {
             return std::string(name) + " must be " + wanted;
         }
     }

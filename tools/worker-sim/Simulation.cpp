@@ -6,7 +6,7 @@
 
 namespace vesk::sim {
 
-Simulation::Simulation(RackSize size, std::uint64_t seed, double speed)
+Simulation::Simulation(std::uint64_t seed, RackSize size, double speed)
     : rack_(size, seed), speed_(speed) {}
 
 std::optional<Fault> Simulation::receive(LoggedRequest request, std::string_view path) {

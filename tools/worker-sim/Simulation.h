@@ -18,7 +18,7 @@ namespace vesk::sim {
 /// time here, `speed` times as fast.
 class Simulation {
 public:
-    Simulation(RackSize size, std::uint64_t seed, double speed);
+    Simulation(std::uint64_t seed, RackSize size, double speed);
 
     /// Enters a request to `path` into the log and gives the fault that it meets.
     [[nodiscard]] std::optional<Fault> receive(LoggedRequest request, std::string_view path);

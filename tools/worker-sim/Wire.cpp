@@ -65,7 +65,7 @@ std::vector<std::pair<std::string, std::string>> Wire::headers() const {
 }
 
 bool Wire::deliver(const std::optional<Fault>& fault) {
-    const bool open = fault ? deliverFaulty(*fault) : send(0, output_.size());
+    const bool open = fault ? deliverFaulty(*fault) : send(output_);
     output_.clear();
     return open;
 }
@@ -82,34 +82,37 @@ bool Wire::deliverFaulty(const Fault& fault) {
     if (fault.hangUp) {
         return false;
     }
-    const auto head = output_.find(endOfHead);
-    const auto bodyBegin = head == std::string::npos ? output_.size() : head + endOfHead.size();
-    const auto bodySize = output_.size() - bodyBegin;
-    const auto end = bodyBegin + (fault.truncate ? bodySize / 2 : bodySize);
-    const bool sent = send(0, bodyBegin)
-                      && (fault.drip ? drip(bodyBegin, end, *fault.drip) : send(bodyBegin, end));
+    const std::string_view answer = output_;
+    const auto head = answer.find(endOfHead);
+    const auto bodyBegin = head == std::string_view::npos ? answer.size() : head + endOfHead.size();
+    std::string_view body = answer.substr(bodyBegin);
+    if (fault.truncate) {
+        body = body.substr(0, body.size() / 2);
+    }
+    const bool sent =
+        send(answer.substr(0, bodyBegin)) && (fault.drip ? drip(body, *fault.drip) : send(body));
     return sent && !fault.truncate;
 }
 
-bool Wire::drip(std::size_t from, std::size_t to, Seconds interval) {
-    for (auto position = from; position < to; ++position) {
-        if (!gate_.wait(interval) || !send(position, position + 1)) {
+bool Wire::drip(std::string_view bytes, Seconds interval) {
+    for (std::size_t position = 0; position < bytes.size(); ++position) {
+        if (!gate_.wait(interval) || !send(bytes.substr(position, 1))) {
             return false;
         }
     }
     return true;
 }
 
-bool Wire::send(std::size_t from, std::size_t to) {
-    while (from < to) {
-        const auto sent = ::send(socket_, output_.data() + from, to - from, 0);
+bool Wire::send(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto sent = ::send(socket_, bytes.data(), bytes.size(), 0);
         if (sent < 0 && errno == EINTR) {
             continue;
         }
         if (sent <= 0) {
             return false;
         }
-        from += static_cast<std::size_t>(sent);
+        bytes.remove_prefix(static_cast<std::size_t>(sent));
     }
     return true;
 }

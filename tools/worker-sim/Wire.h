@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -44,8 +45,8 @@ public:
 
 private:
     bool deliverFaulty(const Fault& fault);
-    bool drip(std::size_t from, std::size_t to, Seconds interval);
-    bool send(std::size_t from, std::size_t to);
+    bool drip(std::string_view bytes, Seconds interval);
+    bool send(std::string_view bytes);
     void remember(const char* data, std::size_t size);
 
     int socket_;

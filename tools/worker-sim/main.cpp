@@ -33,7 +33,7 @@ sigset_t blockEndingSignals() {
 
 int serve(const vesk::sim::Options& options) {
     const sigset_t ending = blockEndingSignals();
-    vesk::sim::Simulation simulation(options.size, options.seed, options.speed);
+    vesk::sim::Simulation simulation(options.seed, options.size, options.speed);
     vesk::sim::Service service(simulation, tokenFromEnvironment());
     const auto port = service.start(options.port);
     if (!port) {

@@ -45,7 +45,7 @@ WorkerCardView::WorkerCardView(QWidget* parent)
     pin(stack(
             {header, symbol_, title_, detail_, engine_, elapsed_, flexibleSpace(true), metrics},
             true, 14),
-        this, 22);
+        *this, 22);
     setMinimumHeight(leastHeight);
     present(WorkerCard());
 }

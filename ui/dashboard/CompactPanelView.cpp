@@ -35,7 +35,7 @@ CompactPanelView::CompactPanelView(QWidget* parent) : QWidget(parent) {
     QWidget* root = stack({makeHeader(), makeStatusBlock(), rackBox, makeControls()}, true, 10);
     // What a taller window brings goes to the bays.
     static_cast<QBoxLayout*>(root->layout())->setStretchFactor(rackBox, 1);
-    pin(root, this, 0);
+    pin(root, *this, 0);
     show(compactPanel(Dashboard(), ServiceFacts()));
 }
 
@@ -98,7 +98,7 @@ QWidget* CompactPanelView::makeRackBox() {
         cells.append(stack({row, meter}, true, 5));
     }
     auto* box = new Panel(8);
-    pin(stack(cells, true, 10), box, 12);
+    pin(stack(cells, true, 10), *box, 12);
     return box;
 }
 

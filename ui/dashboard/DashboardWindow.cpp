@@ -76,7 +76,7 @@ DashboardWindow::DashboardWindow()
     // The toolkit keeps each factory once, however often it is installed.
     QAccessible::installFactory(makeInterface);
     setWindowTitle(u"Corvala for Mac · Halvex"_s);
-    pin(panel_, this);
+    pin(panel_, *this);
     // A system font with tall lines must not be cut off below.
     setMinimumSize(smallestSize.expandedTo(minimumSizeHint()));
     resize(usualSize);

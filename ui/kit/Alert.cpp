@@ -60,7 +60,7 @@ Alert::Alert(const QString& message, QWidget* parent) : ModalDialog(u"Corvala fo
     auto* symbol = new GlyphView(u"warning"_s, 36, Theme::stopped, u"Attention"_s);
     auto* row = stack({symbol, stack(texts, true, 6)}, false, 16);
     row->layout()->setAlignment(symbol, Qt::AlignTop);
-    pin(stack({row, stack({flexibleSpace(), ok}, false)}, true, 16), this);
+    pin(stack({row, stack({flexibleSpace(), ok}, false)}, true, 16), *this);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     ok->setFocus();
 }

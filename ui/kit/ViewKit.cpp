@@ -62,15 +62,15 @@ void addToStack(QBoxLayout& stack, QWidget* view) {
     stack.addWidget(view, 0, alignment);
 }
 
-void pin(QWidget* view, QWidget* container, int inset) {
-    auto* layout = new QVBoxLayout(container);
+void pin(QWidget* view, QWidget& container, int inset) {
+    auto* layout = new QVBoxLayout(&container);
     layout->setContentsMargins(inset, inset, inset, inset);
     layout->addWidget(view);
 }
 
 QWidget* cardPanel(QWidget* content) {
     auto* panel = new Panel(16);
-    pin(content, panel);
+    pin(content, *panel);
     return panel;
 }
 

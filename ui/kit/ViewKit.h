@@ -32,7 +32,7 @@ namespace vesk {
 void addToStack(QBoxLayout& stack, QWidget* view);
 
 /// Puts `view` into `container`, with the same margin on all four sides.
-void pin(QWidget* view, QWidget* container, int inset = 20);
+void pin(QWidget* view, QWidget& container, int inset = 20);
 
 /// A rounded panel around `content`.
 [[nodiscard]] QWidget* cardPanel(QWidget* content);

@@ -30,7 +30,7 @@ PerformanceSettings::PerformanceSettings(SettingsController& control, QWidget* p
     auto* choice = stack({label(u"Processing settings"_s, 23, QFont::DemiBold), mode_}, true, 17);
     auto* report = stack({thermal_, performance_}, true, 10);
     auto* actions = stack({flexibleSpace(true), stack({flexibleSpace(), done_}, false)}, true, 0);
-    pin(cardPanel(stack({choice, report, explanation_, actions}, true, 17)), window_, 24);
+    pin(cardPanel(stack({choice, report, explanation_, actions}, true, 17)), *window_, 24);
     done_->setDefault(true);
     connect(mode_, &SegmentedControl::picked, this, &PerformanceSettings::changeMode);
     connect(window_, &Sheet::dismissed, this, &PerformanceSettings::close);

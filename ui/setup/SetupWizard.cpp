@@ -82,7 +82,7 @@ void SetupWizard::layOut() {
     body_ = static_cast<QBoxLayout*>(body->layout());
     auto* actions = stack({skip_, flexibleSpace(), back_, next_}, false);
     auto* bottom = stack({flexibleSpace(true), actions}, true, 0);
-    pin(stack({stepLabel_, title_, body, bottom}, true, 18), window_, 28);
+    pin(stack({stepLabel_, title_, body, bottom}, true, 18), *window_, 28);
     for (QPushButton* action : {startCheck_, skip_, back_, next_}) {
         // The return key presses the button that has the keyboard, else "Continue".
         action->setAutoDefault(true);

@@ -156,9 +156,9 @@ void ViewKitTest::pinnedViews() {
     auto* view = new QWidget;
     if (inset < 0) {
         inset = 20;
-        pin(view, &container);
+        pin(view, container);
     } else {
-        pin(view, &container, inset);
+        pin(view, container, inset);
     }
     QCOMPARE(view->parentWidget(), &container);
     for (const QSize& size : {QSize(200, 120), QSize(333, 77)}) {
