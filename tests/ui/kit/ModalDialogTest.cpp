@@ -30,7 +30,7 @@ private slots:
 private:
     [[nodiscard]] Sheet* openSheet() {
         auto* sheet = new Sheet(u"Sheet"_s, {300, 200}, window_.get());
-        pin(button(u"Done"_s, sheet, [] {}), sheet);
+        pin(button(u"Done"_s, sheet, [] {}), *sheet);
         return opened(sheet);
     }
     [[nodiscard]] static Alert* openAlert(QWidget* host) {
