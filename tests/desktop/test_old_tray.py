@@ -23,7 +23,7 @@ class OldTrayTest(DesktopCase):
         wait_for("the window in front", lambda: windows.is_active(window))
 
     def choose(self, dashboard, item, key):
-        """Opens the item's menu, goes there with the key and chooses."""
+        """Opens the item's menu, goes to the entry with the key and chooses it."""
         menus = self.desktop.windows.menus
         self.person.click(item, RIGHT_BUTTON)
         wait_for("the menu", lambda: menus(dashboard.pid))
@@ -62,16 +62,6 @@ class OldTrayTest(DesktopCase):
         self.choose(dashboard, item, "Down")
         self.wait_until_in_front(dashboard)
         self.assert_silent(dashboard)
-
-    def test_quit_leaves_the_worker_running(self):
-        tray = self.old_tray()
-        worker = self.worker()
-        dashboard = self.live_dashboard(worker)
-        self.choose(dashboard, tray.item(), "Up")
-        self.assertEqual(dashboard.wait(), 0)
-        self.assertEqual((dashboard.out, dashboard.err), ("", ""))
-        self.assertTrue(worker.is_running())
-        wait_for("the item gone", lambda: not tray.items())
 
     def test_tray_that_starts_late_and_again(self):
         dashboard = self.live_dashboard(self.worker())

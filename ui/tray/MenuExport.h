@@ -68,7 +68,6 @@ public:
 
     // What a host calls. The menu itself is entry 0; a list of property names that is empty means
     // all of them.
-public slots:
     Q_SCRIPTABLE uint GetLayout(
         int parentId, int recursionDepth, const QStringList& propertyNames,
         vesk::BusMenuLayout& layout);

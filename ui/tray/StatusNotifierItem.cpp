@@ -38,14 +38,8 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Face face, QM
     qDBusRegisterMetaType<BusPixmap>();
     qDBusRegisterMetaType<QList<BusPixmap>>();
     qDBusRegisterMetaType<BusToolTip>();
-    bus_.registerObject(
-        itemPath, this,
-        QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportScriptableSignals
-            | QDBusConnection::ExportScriptableProperties);
-    bus_.registerObject(
-        menuPath, &menuExport_,
-        QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportScriptableSignals
-            | QDBusConnection::ExportScriptableProperties);
+    bus_.registerObject(itemPath, this, QDBusConnection::ExportScriptableContents);
+    bus_.registerObject(menuPath, &menuExport_, QDBusConnection::ExportScriptableContents);
 
     // The bus keeps the order, so nobody has to wait: the name is ours when the watcher hears it.
     QDBusMessage request = toTheBus(u"RequestName"_s);

@@ -34,8 +34,8 @@ struct BusToolTip {
 };
 
 /// The item on the session bus, after freedesktop's StatusNotifierItem protocol. The toolkit has
-/// one of its own, but looks for a host once in the life of the process, and names the item by the
-/// program's file.
+/// one of its own, but looks for a host once in the life of the process, and its title is always
+/// its id.
 class StatusNotifierItem final : public HostedItem {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -71,7 +71,6 @@ public:
     [[nodiscard]] static QDBusObjectPath menu();
 
     // What a host calls.
-public slots:
     Q_SCRIPTABLE void Activate(int x, int y);
     Q_SCRIPTABLE void SecondaryActivate(int x, int y);
     Q_SCRIPTABLE void ContextMenu(int x, int y);

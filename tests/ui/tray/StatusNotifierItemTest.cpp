@@ -15,6 +15,7 @@
 #include <QTest>
 
 #include <memory>
+#include <utility>
 
 namespace vesk {
 
@@ -27,11 +28,8 @@ class FakeWatcher final : public QObject {
     Q_PROPERTY(bool IsStatusNotifierHostRegistered MEMBER hosted_)
 
 public:
-    FakeWatcher(const QDBusConnection& bus, bool hosted) : bus_(bus), hosted_(hosted) {
-        bus_.registerObject(
-            watcherPath, this,
-            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals
-                | QDBusConnection::ExportAllProperties);
+    FakeWatcher(QDBusConnection bus, bool hosted) : bus_(std::move(bus)), hosted_(hosted) {
+        bus_.registerObject(watcherPath, this, QDBusConnection::ExportAllContents);
         bus_.interface()->registerService(
             watcherName, QDBusConnectionInterface::ReplaceExistingService,
             QDBusConnectionInterface::AllowReplacement);
@@ -54,8 +52,7 @@ public:
 
     [[nodiscard]] QStringList items() const { return items_; }
 
-public slots:
-    void RegisterStatusNotifierItem(const QString& service) { items_ += service; }
+    Q_INVOKABLE void RegisterStatusNotifierItem(const QString& service) { items_ += service; }
 
 signals:
     void StatusNotifierHostRegistered();
