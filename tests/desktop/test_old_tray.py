@@ -63,6 +63,16 @@ class OldTrayTest(DesktopCase):
         self.wait_until_in_front(dashboard)
         self.assert_silent(dashboard)
 
+    def test_quit_leaves_the_worker_running(self):
+        tray = self.old_tray()
+        worker = self.worker()
+        dashboard = self.live_dashboard(worker)
+        self.choose(dashboard, tray.item(), "Up")
+        self.assertEqual(dashboard.wait(), 0)
+        self.assertEqual((dashboard.out, dashboard.err), ("", ""))
+        self.assertTrue(worker.is_running())
+        wait_for("the item gone", lambda: not tray.items())
+
     def test_tray_that_starts_late_and_again(self):
         dashboard = self.live_dashboard(self.worker())
         for _time in range(3):
