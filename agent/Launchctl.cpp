@@ -1,5 +1,7 @@
 #include "agent/Launchctl.h"
 
+#include "agent/ToolRun.h"
+
 #include <QFile>
 #include <QSocketNotifier>
 #include <QTimer>

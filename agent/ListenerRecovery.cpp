@@ -15,20 +15,17 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 ListenerRecovery::ListenerRecovery(
-    Launchctl& launchctl, std::function<bool()> starting, Clock clock, QObject* parent)
-    : QObject(parent),
-      launchctl_(launchctl),
-      starting_(std::move(starting)),
-      clock_(std::move(clock)) {}
+    Tool& tool, std::function<bool()> starting, Clock clock, QObject* parent)
+    : QObject(parent), tool_(tool), starting_(std::move(starting)), clock_(std::move(clock)) {}
 
 void ListenerRecovery::recoverStaleListenerIfNeeded(qint64 misses) {
     if (misses < ListenerRecoveryPolicy::missesBeforeRecovery || starting_() || recoveryInFlight_) {
         return;
     }
     recoveryInFlight_ = true;
-    launchctl_.run(
-        {u"print"_s, serviceTarget()}, this,
-        [this, misses](const ToolResult& description) { decide(description, misses); });
+    tool_.run({u"print"_s, serviceTarget()}, this, [this, misses](const ToolResult& description) {
+        decide(description, misses);
+    });
 }
 
 void ListenerRecovery::decide(const ToolResult& description, qint64 misses) {
@@ -49,19 +46,17 @@ void ListenerRecovery::decide(const ToolResult& description, qint64 misses) {
 void ListenerRecovery::restart() {
     lastRecoveryAttempt_ = clock_();
     emit restarting();
-    launchctl_.run(
-        {u"kickstart"_s, u"-k"_s, serviceTarget()}, this, [this](const ToolResult& result) {
-            if (const auto* failure = std::get_if<ServiceError>(&result)) {
-                writeErrorLine(
-                    u"Corvala worker listener recovery failed: "_s + failure->description);
-                recoveryInFlight_ = false;
-                return;
-            }
-            QTimer::singleShot(1s, Qt::PreciseTimer, this, [this] {
-                recoveryInFlight_ = false;
-                emit restarted();
-            });
+    tool_.run({u"kickstart"_s, u"-k"_s, serviceTarget()}, this, [this](const ToolResult& result) {
+        if (const auto* failure = std::get_if<ServiceError>(&result)) {
+            writeErrorLine(u"Corvala worker listener recovery failed: "_s + failure->description);
+            recoveryInFlight_ = false;
+            return;
+        }
+        QTimer::singleShot(1s, Qt::PreciseTimer, this, [this] {
+            recoveryInFlight_ = false;
+            emit restarted();
         });
+    });
 }
 
 } // namespace vesk

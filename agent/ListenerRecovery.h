@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agent/Launchctl.h"
+#include "agent/Tool.h"
 #include "model/Timing.h"
 
 #include <QObject>
@@ -15,11 +15,10 @@ class ListenerRecovery final : public QObject {
     Q_OBJECT
 
 public:
-    /// `launchctl` must outlive this. `starting` tells whether a start is under way; it is asked on
+    /// `tool` must outlive this. `starting` tells whether a start is under way; it is asked on
     /// the main thread, before the service manager is and again after.
     ListenerRecovery(
-        Launchctl& launchctl, std::function<bool()> starting, Clock clock,
-        QObject* parent = nullptr);
+        Tool& tool, std::function<bool()> starting, Clock clock, QObject* parent = nullptr);
 
     /// Whether a check or a restart is under way.
     [[nodiscard]] bool recoveryInFlight() const noexcept { return recoveryInFlight_; }
@@ -44,7 +43,7 @@ private:
     void decide(const ToolResult& description, qint64 misses);
     void restart();
 
-    Launchctl& launchctl_;
+    Tool& tool_;
     std::function<bool()> starting_;
     Clock clock_;
     bool recoveryInFlight_ = false;

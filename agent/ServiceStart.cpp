@@ -25,15 +25,15 @@ exec "$0" bootstrap "$1" "$4"
 
 } // namespace
 
-ServiceStart::ServiceStart(Launchctl& launchctl, ServiceLocations locations, QObject* parent)
-    : QObject(parent), launchctl_(launchctl), locations_(std::move(locations)) {}
+ServiceStart::ServiceStart(Tool& tool, ServiceLocations locations, QObject* parent)
+    : QObject(parent), tool_(tool), locations_(std::move(locations)) {}
 
 void ServiceStart::startService(Done done) {
     if (starting_) {
         return;
     }
     starting_ = true;
-    launchctl_.runScript(
+    tool_.runScript(
         startScript,
         {domainTarget(), serviceTarget(), locations_.agentURL(), locations_.templateURL()}, this,
         [this, done = std::move(done)](const ToolResult& result) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "agent/Launchctl.h"
 #include "agent/ServiceLocations.h"
+#include "agent/Tool.h"
 
 #include <QObject>
 
@@ -20,8 +20,8 @@ public:
     /// Gets how the start failed, nothing when it succeeded.
     using Done = std::function<void(const std::optional<ServiceError>&)>;
 
-    /// `launchctl` must outlive this.
-    ServiceStart(Launchctl& launchctl, ServiceLocations locations, QObject* parent = nullptr);
+    /// `tool` must outlive this.
+    ServiceStart(Tool& tool, ServiceLocations locations, QObject* parent = nullptr);
 
     /// Whether a start is under way. A tool that hangs keeps it so.
     [[nodiscard]] bool starting() const noexcept { return starting_; }
@@ -30,7 +30,7 @@ public:
     void startService(Done done);
 
 private:
-    Launchctl& launchctl_;
+    Tool& tool_;
     ServiceLocations locations_;
     bool starting_ = false;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "agent/Descriptor.h"
-#include "agent/ServiceError.h"
+#include "agent/ToolResult.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -12,9 +12,6 @@
 #include <sys/types.h>
 
 namespace vesk {
-
-/// What a tool wrote when it succeeded, or how it failed.
-using ToolResult = std::variant<QString, ServiceError>;
 
 /// A tool that has been started. It is never stopped from here: destroying this leaves it to its
 /// work, and whatever it writes from then on is dropped.

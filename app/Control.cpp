@@ -25,15 +25,14 @@ constexpr auto setupCompleteKey = "setupCompleteV2"_L1;
 Control::Control(Surroundings surroundings)
     : surroundings_(std::move(surroundings)),
       locations_(surroundings_.home),
-      client_(surroundings_.port),
+      client_(surroundings_.exchange, surroundings_.port),
       loop_(
-          client_, [this] { return situation(); }, this),
+          client_, [this] { return situation(); }, surroundings_.clock, this),
       backend_(client_, surroundings_.clock),
       deepJobs_(client_),
-      launchctl_(surroundings_.toolPath),
-      start_(launchctl_, locations_),
+      start_(surroundings_.tool, locations_),
       recovery_(
-          launchctl_, [this] { return start_.starting(); }, surroundings_.clock),
+          surroundings_.tool, [this] { return start_.starting(); }, surroundings_.clock),
       screens_(*this, *this) {
     connectService();
     connectScreens();
@@ -186,8 +185,7 @@ void Control::render(const ConfirmedHealth& health) {
     lastHealth_ = health.document;
     online_ = true;
     accepting_ = health.deep;
-    show(connectedDashboard(facts()));
-    screens_.refreshSheets();
+    showConnected();
 }
 
 void Control::noteHealthMiss() {
@@ -205,9 +203,18 @@ void Control::noteBackendAnswer() {
     // While the service is late the answer must not be taken for a sign of life: the next good
     // fetch shows it.
     if (online_ && consecutiveHealthMisses_ == 0) {
-        show(connectedDashboard(facts()));
-        screens_.refreshSheets();
+        showConnected();
     }
+}
+
+void Control::showConnected() {
+    ServiceFacts now = facts();
+    if (now == connectedFacts_) {
+        return;
+    }
+    show(connectedDashboard(now));
+    connectedFacts_ = std::move(now);
+    screens_.refreshSheets();
 }
 
 void Control::showDisconnected() {
@@ -219,6 +226,7 @@ void Control::showDisconnected() {
 
 void Control::show(Dashboard next) {
     dashboard_ = std::move(next);
+    connectedFacts_.reset();
     screens_.show(dashboard_, facts());
 }
 

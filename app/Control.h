@@ -1,6 +1,5 @@
 #pragma once
 
-#include "agent/Launchctl.h"
 #include "agent/ListenerRecovery.h"
 #include "agent/ServiceLocations.h"
 #include "agent/ServiceStart.h"
@@ -24,6 +23,9 @@ class QSettings;
 
 namespace vesk {
 
+class Exchange;
+class Tool;
+
 /// The conductor: holds the facts, decides when something happens, and hands the computed values
 /// to the screens. Main thread only.
 class Control final : public QObject, public SettingsController, public SetupController {
@@ -34,10 +36,11 @@ public:
     struct Surroundings {
         qint64 port = 0;
         QString home;
-        QString toolPath; ///< the service manager's tool
         QString hostName;
         Clock clock;
-        QSettings& defaults; ///< outlives the controller
+        Exchange& exchange; ///< with the service; this and what follows outlives the controller
+        Tool& tool;         ///< the service manager's
+        QSettings& defaults;
         bool setupRequested = false;
     };
 
@@ -80,6 +83,7 @@ private:
     void render(const ConfirmedHealth& health);
     void noteHealthMiss();
     void noteBackendAnswer();
+    void showConnected();
     void showDisconnected();
     void show(Dashboard next);
     void change(bool deep);
@@ -96,12 +100,12 @@ private:
     HealthDocument lastHealth_;
     qint64 consecutiveHealthMisses_ = 0;
     Dashboard dashboard_;
+    std::optional<ServiceFacts> connectedFacts_; ///< what is on screen says just these
 
     ServiceClient client_;
     RefreshLoop loop_;
     BackendCheck backend_;
     DeepJobSwitch deepJobs_;
-    Launchctl launchctl_;
     ServiceStart start_;
     ListenerRecovery recovery_;
 

@@ -1,3 +1,4 @@
+#include "agent/Launchctl.h"
 #include "agent/LaunchctlTool.h"
 #include "agent/ServicePort.h"
 #include "app/CommandLine.h"
@@ -8,6 +9,7 @@
 #include "app/InstanceLock.h"
 #include "app/PromptQuit.h"
 #include "app/SelfTest.h"
+#include "service/HttpSession.h"
 #include "ui/kit/AppIcon.h"
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
@@ -84,12 +86,15 @@ int main(int argc, char* argv[]) {
         QApplication::applicationName());
     defaults.setFallbacksEnabled(false);
 
+    HttpSession session;
+    Launchctl launchctl(launchctlTool(QApplication::applicationDirPath()));
     Control control(
         {.port = servicePort(commandLine.arguments()),
          .home = *home,
-         .toolPath = launchctlTool(QApplication::applicationDirPath()),
          .hostName = hostName(),
-         .clock = [] { return std::chrono::system_clock::now(); },
+         .clock = [] { return std::chrono::steady_clock::now(); },
+         .exchange = session,
+         .tool = launchctl,
          .defaults = defaults,
          .setupRequested = commandLine.setup()});
     control.applicationDidFinishLaunching();

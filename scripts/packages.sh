@@ -4,7 +4,7 @@
 # shellcheck disable=SC2034 # used by those that source this file
 build_packages=(
     cmake g++ ninja-build pkgconf
-    libcpp-httplib-dev libcurl4-openssl-dev libxcb1-dev
+    libcpp-httplib-dev libboost1.81-dev libxcb1-dev
     nlohmann-json3-dev qt6-base-dev qt6-svg-dev
 )
 

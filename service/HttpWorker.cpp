@@ -1,95 +1,55 @@
 #include "service/HttpWorker.h"
 
-#include <limits>
-#include <new>
+#include "service/HttpExchange.h"
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+
 #include <utility>
 
 namespace vesk {
 
-HttpWorker::HttpWorker(std::function<void()> resultsWaiting)
-    : resultsWaiting_(std::move(resultsWaiting)), multi_(curl_multi_init()) {
-    if (!multi_) {
-        throw std::bad_alloc();
+namespace asio = boost::asio;
+
+/// One thread runs it.
+class HttpWorker::Loop {
+public:
+    asio::io_context context{1};
+    asio::executor_work_guard<asio::io_context::executor_type> stays{context.get_executor()};
+
+    static asio::awaitable<void> carry(HttpWorker& worker, Order order) {
+        order.read(co_await httpBody(std::move(order.request)));
+        worker.putDown(order.id);
     }
-    thread_ = std::thread(&HttpWorker::run, this);
-}
+};
+
+HttpWorker::HttpWorker(std::function<void()> exchangesEnded)
+    : exchangesEnded_(std::move(exchangesEnded)),
+      loop_(std::make_unique<Loop>()),
+      thread_([this] { loop_->context.run(); }) {}
 
 HttpWorker::~HttpWorker() {
-    {
-        const std::lock_guard lock(mutex_);
-        stopping_ = true;
-    }
-    curl_multi_wakeup(multi_.get());
+    loop_->context.stop();
     thread_.join();
 }
 
 void HttpWorker::send(Order order) {
-    {
-        const std::lock_guard lock(mutex_);
-        orders_.push_back(std::move(order));
-    }
-    curl_multi_wakeup(multi_.get());
+    asio::co_spawn(loop_->context, Loop::carry(*this, std::move(order)), asio::detached);
 }
 
-std::vector<HttpWorker::Result> HttpWorker::takeResults() {
+std::vector<quint64> HttpWorker::takeEnded() {
     const std::lock_guard lock(mutex_);
-    return std::exchange(results_, {});
+    return std::exchange(ended_, {});
 }
 
-void HttpWorker::run() {
-    for (;;) {
-        std::vector<Order> orders;
-        {
-            const std::lock_guard lock(mutex_);
-            if (stopping_) {
-                break;
-            }
-            orders.swap(orders_);
-        }
-        for (Order& order : orders) {
-            begin(std::move(order));
-        }
-        int running = 0;
-        curl_multi_perform(multi_.get(), &running);
-        finishDone();
-        curl_multi_poll(multi_.get(), nullptr, 0, std::numeric_limits<int>::max(), nullptr);
-    }
-    for (const auto& [handle, exchange] : exchanges_) {
-        curl_multi_remove_handle(multi_.get(), handle);
-    }
-    exchanges_.clear();
-}
-
-void HttpWorker::begin(Order order) {
-    auto transfer = std::make_unique<HttpTransfer>(std::move(order.request));
-    CURL* handle = transfer->handle();
-    if (handle == nullptr || curl_multi_add_handle(multi_.get(), handle) != CURLM_OK) {
-        putDown({order.id, order.read({})});
-        return;
-    }
-    exchanges_.emplace(handle, Exchange{order.id, std::move(order.read), std::move(transfer)});
-}
-
-void HttpWorker::finishDone() {
-    int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
-        if (message->msg != CURLMSG_DONE) {
-            continue;
-        }
-        CURL* handle = message->easy_handle;
-        const CURLcode result = message->data.result;
-        curl_multi_remove_handle(multi_.get(), handle);
-        const Exchange exchange = std::move(exchanges_.extract(handle).mapped());
-        putDown({exchange.id, exchange.read(exchange.transfer->body(result))});
-    }
-}
-
-void HttpWorker::putDown(Result result) {
+void HttpWorker::putDown(quint64 id) {
     {
         const std::lock_guard lock(mutex_);
-        results_.push_back(std::move(result));
+        ended_.push_back(id);
     }
-    resultsWaiting_();
+    exchangesEnded_();
 }
 
 } // namespace vesk

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "service/HttpTransfer.h"
+#include "service/ServiceRequest.h"
 
-#include <any>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,23 +15,15 @@ namespace vesk {
 /// nothing to carry.
 class HttpWorker {
 public:
-    /// Called on the worker's thread with the body of a good answer, or with nothing for every kind
-    /// of failure.
-    using Reader = std::function<std::any(const std::optional<QByteArray>&)>;
-
     struct Order {
         quint64 id = 0; ///< names the exchange for whoever asked for it
         ServiceRequest request;
-        Reader read;
+        /// Gets the body of a good answer, nothing for a failure; on the worker's thread.
+        std::function<void(const std::optional<QByteArray>&)> read;
     };
 
-    struct Result {
-        quint64 id = 0;
-        std::any answer; ///< what the reader made
-    };
-
-    /// `resultsWaiting` is called on the worker's thread after results were put down.
-    explicit HttpWorker(std::function<void()> resultsWaiting);
+    /// `exchangesEnded` is called on the worker's thread after exchanges have ended.
+    explicit HttpWorker(std::function<void()> exchangesEnded);
     HttpWorker(const HttpWorker&) = delete;
     HttpWorker& operator=(const HttpWorker&) = delete;
 
@@ -42,33 +32,18 @@ public:
 
     void send(Order order);
 
-    /// The results since the last call, in the order in which they came.
-    [[nodiscard]] std::vector<Result> takeResults();
+    /// The exchanges that have ended and were read since the last call, in that order.
+    [[nodiscard]] std::vector<quint64> takeEnded();
 
 private:
-    struct Exchange {
-        quint64 id = 0;
-        Reader read;
-        std::unique_ptr<HttpTransfer> transfer;
-    };
-    struct MultiCloser {
-        void operator()(CURLM* multi) const noexcept { curl_multi_cleanup(multi); }
-    };
+    class Loop;
 
-    void run();
-    void begin(Order order);
-    void finishDone();
-    void putDown(Result result);
+    void putDown(quint64 id);
 
-    std::function<void()> resultsWaiting_;
-    std::unique_ptr<CURLM, MultiCloser> multi_;
-
-    std::mutex mutex_; // guards the three below
-    std::vector<Order> orders_;
-    std::vector<Result> results_;
-    bool stopping_ = false;
-
-    std::map<CURL*, Exchange> exchanges_; // the worker's thread only
+    std::function<void()> exchangesEnded_;
+    std::mutex mutex_; // guards the one below
+    std::vector<quint64> ended_;
+    std::unique_ptr<Loop> loop_;
     std::thread thread_;
 };
 

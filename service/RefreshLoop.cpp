@@ -9,8 +9,8 @@ namespace vesk {
 using std::chrono::milliseconds;
 
 RefreshLoop::RefreshLoop(
-    ServiceClient& client, std::function<Situation()> situation, QObject* parent)
-    : QObject(parent), client_(client), situation_(std::move(situation)) {
+    ServiceClient& client, std::function<Situation()> situation, Clock clock, QObject* parent)
+    : QObject(parent), client_(client), situation_(std::move(situation)), clock_(std::move(clock)) {
     timer_.setSingleShot(true);
     // The coarse timers of the toolkit may fire early.
     timer_.setTimerType(Qt::PreciseTimer);
@@ -25,7 +25,7 @@ void RefreshLoop::reload() {
 void RefreshLoop::scheduleRefresh() {
     const Situation now = situation_();
     interval_ = RefreshPolicy::health(now.attention, now.active);
-    const auto clock = std::chrono::steady_clock::now().time_since_epoch();
+    const auto clock = clock_().time_since_epoch();
     timer_.start(sharedWakeUp(
         {.now = std::chrono::ceil<milliseconds>(clock),
          .interval = std::chrono::ceil<milliseconds>(interval_),

@@ -28,7 +28,8 @@ public:
     };
 
     RefreshLoop(
-        ServiceClient& client, std::function<Situation()> situation, QObject* parent = nullptr);
+        ServiceClient& client, std::function<Situation()> situation, Clock clock,
+        QObject* parent = nullptr);
 
     /// Fetches at once; while a fetch or a policy change is under way it only arms the timer.
     void reload();
@@ -51,6 +52,7 @@ private:
 
     ServiceClient& client_;
     std::function<Situation()> situation_;
+    Clock clock_;
     QTimer timer_;
     Seconds interval_{0};
     bool refreshing_ = false;

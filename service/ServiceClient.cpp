@@ -1,5 +1,6 @@
 #include "service/ServiceClient.h"
 
+#include "service/Exchange.h"
 #include "service/HealthReader.h"
 
 #include <utility>
@@ -8,14 +9,14 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
-ServiceClient::ServiceClient(qint64 port) : port_(port) {}
+ServiceClient::ServiceClient(Exchange& exchange, qint64 port) : exchange_(exchange), port_(port) {}
 
 void ServiceClient::fetchHealth(QObject* receiver, HealthHandler handler) {
     send(request(port_, "/v1/health"), receiver, std::move(handler));
 }
 
 void ServiceClient::fetchBackendReady(QObject* receiver, std::function<void(bool)> handler) {
-    session_.send(
+    exchange_.send(
         request(port_, "/v1/diagnostics"), receiver, readBackendReady,
         [handler = std::move(handler)](const auto& ready) { handler(ready.value_or(false)); });
 }
@@ -34,7 +35,7 @@ void ServiceClient::postPerformanceMode(
 }
 
 void ServiceClient::send(const ServiceRequest& request, QObject* receiver, HealthHandler handler) {
-    session_.send(request, receiver, readHealth, std::move(handler));
+    exchange_.send(request, receiver, readHealth, std::move(handler));
 }
 
 } // namespace vesk

@@ -1,14 +1,18 @@
 #pragma once
 
 #include "model/HealthDocument.h"
-#include "service/HttpSession.h"
 
 #include <QString>
 
 #include <functional>
 #include <optional>
 
+class QObject;
+
 namespace vesk {
+
+class Exchange;
+struct ServiceRequest;
 
 /// The four exchanges with the local service. Main thread only; a handler runs once, later, unless
 /// its receiver is gone by then.
@@ -17,8 +21,9 @@ public:
     /// Absent for every kind of failure, an answer without `deep_scan_enabled` included.
     using HealthHandler = std::function<void(const std::optional<ConfirmedHealth>&)>;
 
-    /// `port` is not checked; one outside 1..65535 makes every exchange fail.
-    explicit ServiceClient(qint64 port);
+    /// `exchange` outlives this. `port` is not checked; one outside 1..65535 makes every exchange
+    /// fail.
+    ServiceClient(Exchange& exchange, qint64 port);
 
     void fetchHealth(QObject* receiver, HealthHandler handler);
 
@@ -33,8 +38,8 @@ public:
 private:
     void send(const ServiceRequest& request, QObject* receiver, HealthHandler handler);
 
+    Exchange& exchange_;
     qint64 port_;
-    HttpSession session_;
 };
 
 } // namespace vesk

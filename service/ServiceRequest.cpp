@@ -6,9 +6,11 @@ namespace vesk {
 
 ServiceRequest request(qint64 port, const QByteArray& path) {
     ServiceRequest request;
-    request.url = "http://127.0.0.1:" + QByteArray::number(port) + path;
+    request.port = port;
+    request.path = path;
     if (const QByteArray token = qgetenv("TESSALURE_WORKER_TOKEN"); !token.isEmpty()) {
-        request.headers.append("Authorization: Bearer " + token);
+        request.headers.append(
+            ServiceRequest::Header{.name = "Authorization", .value = "Bearer " + token});
     }
     return request;
 }
@@ -16,7 +18,8 @@ ServiceRequest request(qint64 port, const QByteArray& path) {
 ServiceRequest postRequest(qint64 port, const QByteArray& path, const QJsonObject& body) {
     ServiceRequest post = request(port, path);
     post.method = "POST";
-    post.headers.append("Content-Type: application/json");
+    post.headers.append(
+        ServiceRequest::Header{.name = "Content-Type", .value = "application/json"});
     post.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
     return post;
 }

@@ -1,4 +1,5 @@
 #include "agent/ServiceStart.h"
+#include "agent/Launchctl.h"
 #include "agent/ServiceTarget.h"
 #include "tests/agent/ScriptedTool.h"
 

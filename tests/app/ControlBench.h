@@ -2,7 +2,9 @@
 
 #include "tests/service/HttpPeer.h"
 
+#include "agent/Launchctl.h"
 #include "app/Control.h"
+#include "service/HttpSession.h"
 #include "service/RefreshLoop.h"
 #include "ui/dashboard/DashboardWindow.h"
 #include "ui/kit/Alert.h"
@@ -27,7 +29,9 @@ namespace vesk {
 /// scripts, in a home folder of its own.
 class ControlBench {
 public:
-    ControlBench() : defaults(home.filePath(QStringLiteral("defaults.ini")), QSettings::IniFormat) {
+    ControlBench()
+        : launchctl(home.filePath(QStringLiteral("tool"))),
+          defaults(home.filePath(QStringLiteral("defaults.ini")), QSettings::IniFormat) {
         defaults.setValue("setupVisitedV2", true);
         setHealth(R"({"deep_scan_enabled": true})");
         setTool("exit 113");
@@ -40,9 +44,10 @@ public:
         control = std::make_unique<Control>(Control::Surroundings{
             .port = peer.serverPort(),
             .home = home.path(),
-            .toolPath = home.filePath(QStringLiteral("tool")),
             .hostName = QStringLiteral("bench"),
             .clock = [this] { return now; },
+            .exchange = session,
+            .tool = launchctl,
             .defaults = defaults,
             .setupRequested = setupRequested});
     }
@@ -168,6 +173,8 @@ public:
 
     HttpPeer peer;
     QTemporaryDir home;
+    HttpSession session;
+    Launchctl launchctl;
     QSettings defaults;
     TimePoint now{std::chrono::seconds(1'000'000)};
     QByteArray health;

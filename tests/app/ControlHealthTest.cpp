@@ -15,6 +15,30 @@ constexpr auto working = R"({"deep_scan_enabled": true, "device_id": "rack.local
     "slots": [{"slot": 1, "state": "busy", "stage": "ocr", "completed": 4}]})";
 constexpr auto backendGood = R"({"backend": {"reachable": true, "model_ready": true}})";
 
+/// Counts what the toolkit does for the screen.
+class ScreenWork : public QObject {
+public:
+    ScreenWork() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        switch (event->type()) {
+        case QEvent::Paint:
+        case QEvent::UpdateRequest:
+        case QEvent::LayoutRequest:
+        case QEvent::PaletteChange:
+        case QEvent::FontChange:
+        case QEvent::ToolTipChange:
+            ++steps;
+            break;
+        default:
+            break;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+    int steps = 0;
+};
+
 } // namespace
 
 /// What the dashboard says as the service comes, is late, goes and returns.
@@ -42,6 +66,35 @@ private slots:
         QVERIFY(bench.toggle().isEnabled());
         QVERIFY(bench.control->online());
         QVERIFY(bench.control->accepting());
+    }
+
+    void anUnchangedDocumentTouchesNothing() {
+        ControlBench bench;
+        bench.other["/v1/diagnostics"] = backendGood;
+        bench.setHealth(working);
+        bench.control->applicationDidFinishLaunching();
+        QTRY_VERIFY(bench.shows(u"1 processor working"_s));
+        QTRY_VERIFY(bench.control->backendReady());
+        QTRY_VERIFY(bench.window().isVisibleToUser());
+        bench.poll();
+        QCoreApplication::processEvents();
+        ScreenWork work;
+        for (int poll = 0; poll < 3; ++poll) {
+            bench.poll();
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(work.steps, 0);
+
+        bench.setHealth(QByteArray(working).replace("\"completed\": 4", "\"completed\": 5"));
+        bench.poll();
+        QTRY_VERIFY(work.steps > 0);
+        // What was on screen meanwhile was not the connected state: the same document is news.
+        bench.setHealth("");
+        bench.poll();
+        QCOMPARE(bench.connection(), u"● RECONNECTING"_s);
+        bench.setHealth(QByteArray(working).replace("\"completed\": 4", "\"completed\": 5"));
+        bench.poll();
+        QCOMPARE(bench.connection(), u"● CONNECTED"_s);
     }
 
     void firstMissWhileNotConnectedIsStopped() {

@@ -53,6 +53,8 @@ private:
     const quint16 port_ = freePort();
     QSettings defaults_{home_.filePath(u"defaults.ini"_s), QSettings::IniFormat};
     TimePoint now_{1'000'000s};
+    HttpSession session_;
+    Launchctl tool_{QStringLiteral(VESK_COMPANION)};
     std::unique_ptr<Control> control_;
 
     static QByteArray property(const QString& name) {
@@ -92,9 +94,8 @@ private:
 
     /// The worker's process lives on without a listener, until it is restarted.
     void closeListener() {
-        HttpSession session;
         bool done = false;
-        session.send(
+        session_.send(
             postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this,
             lenient::document, [&](const auto& /*answer*/) { done = true; });
         QVERIFY(QTest::qWaitFor([&] { return done; }));
@@ -119,9 +120,10 @@ private slots:
         control_ = std::make_unique<Control>(Control::Surroundings{
             .port = port_,
             .home = home_.path(),
-            .toolPath = QStringLiteral(VESK_COMPANION),
             .hostName = u"bench"_s,
             .clock = [this] { return now_; },
+            .exchange = session_,
+            .tool = tool_,
             .defaults = defaults_});
         control_->applicationDidFinishLaunching();
         poll();

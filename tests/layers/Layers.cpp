@@ -158,7 +158,7 @@ QString whyNot(const QString& path, const QString& include, const ToolkitHeaders
         return room + u" reads no JSON"_s;
     }
     const bool reachesOut = isToolkitPart(include, networkParts, toolkit.network)
-                            || include.startsWith(u"curl/") || include == u"QProcess"
+                            || include.startsWith(u"boost/") || include == u"QProcess"
                             || include == u"QtCore/QProcess";
     if (isInward(room) && reachesOut) {
         return room + u" reaches neither network nor processes"_s;

@@ -144,7 +144,7 @@ void LayersTest::synthetic_data() {
         }
         row("tools/gallery/Documents.cpp", QByteArray("#include ") + header, true);
     }
-    for (const char* header : {"<curl/curl.h>", "<QProcess>", "<QtNetwork/QTcpSocket>"}) {
+    for (const char* header : {"<boost/asio/ip/tcp.hpp>", "<QProcess>", "<QtNetwork/QTcpSocket>"}) {
         const QByteArray include = QByteArray("#include ") + header;
         row("ui/settings/File.cpp", include, false);
         row("model/File.cpp", include, false);

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// One exchange and its outcome.
-struct Exchange {
+struct Attempt {
     bool ended = false;
     int calls = 0;
     std::optional<QJsonObject> answer;
@@ -46,7 +46,7 @@ class HttpSessionTest : public QObject {
 private:
     std::optional<QJsonObject> fetch(const ServiceRequest& request) {
         HttpSession session;
-        Exchange exchange;
+        Attempt exchange;
         exchange.send(session, request, this);
         if (!QTest::qWaitFor([&] { return exchange.ended; }, 10000)) {
             QTest::qFail("the exchange did not end", __FILE__, __LINE__);
@@ -221,7 +221,7 @@ private slots:
         // A good exchange first, on a connection that the peer would keep.
         peer.answerWith(
             [](QTcpSocket& socket) { socket.write(HttpPeer::response("200 OK", "{}")); });
-        Exchange first;
+        Attempt first;
         first.send(session, request(peer.serverPort(), "/v1/health"), this);
         QTRY_VERIFY(first.ended);
         QVERIFY(first.answer);
@@ -233,7 +233,7 @@ private slots:
                 socket.disconnectFromHost();
             }
         });
-        Exchange second;
+        Attempt second;
         second.send(
             session,
             post ? postRequest(peer.serverPort(), "/v1/local/services", {{u"a"_s, true}})
@@ -250,7 +250,7 @@ private slots:
         peer.answerWithJson("{}");
         HttpSession session;
         for (int poll = 0; poll < 5; ++poll) {
-            Exchange exchange;
+            Attempt exchange;
             exchange.send(session, request(peer.serverPort(), "/v1/health"), this);
             QTRY_VERIFY(exchange.ended);
             QVERIFY(exchange.answer);
@@ -278,7 +278,7 @@ private slots:
         });
         HttpSession session;
         for (int turn = 0; turn < 2; ++turn) {
-            Exchange exchange;
+            Attempt exchange;
             exchange.send(session, request(peer.serverPort(), "/v1/health"), this);
             QTRY_VERIFY(exchange.ended);
         }
@@ -338,8 +338,8 @@ private slots:
         HttpPeer fast;
         fast.answerWithJson("{}");
         HttpSession session;
-        Exchange first;
-        Exchange second;
+        Attempt first;
+        Attempt second;
         first.send(session, quick(request(slow.serverPort(), "/"), 1500ms), this);
         second.send(session, request(fast.serverPort(), "/"), this);
         QTRY_VERIFY(second.ended);
@@ -352,11 +352,11 @@ private slots:
         HttpPeer peer;
         peer.answerWithJson("{}");
         HttpSession session;
-        Exchange gone;
+        Attempt gone;
         auto receiver = std::make_unique<QObject>();
         gone.send(session, request(peer.serverPort(), "/"), receiver.get());
         receiver.reset();
-        Exchange later;
+        Attempt later;
         later.send(session, quick(request(peer.serverPort(), "/")), this);
         QTRY_VERIFY(later.ended);
         QTRY_COMPARE(peer.requests().size(), 2);
@@ -365,7 +365,7 @@ private slots:
 
     void endOfTheSessionGivesUpAtOnce() {
         HttpPeer peer;
-        Exchange exchange;
+        Attempt exchange;
         QElapsedTimer clock;
         {
             HttpSession session;

@@ -2,6 +2,7 @@
 
 #include "service/BackendCheck.h"
 #include "service/DeepJobSwitch.h"
+#include "service/HttpSession.h"
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
 
@@ -11,6 +12,14 @@
 using namespace vesk;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+namespace {
+
+TimePoint steady() {
+    return std::chrono::steady_clock::now();
+}
+
+} // namespace
 
 /// The loop, the readiness check and the deep-job switch against a real peer.
 class SupervisionTest : public QObject {
@@ -34,8 +43,14 @@ private slots:
         QFETCH(const bool, active);
         QFETCH(const bool, setup);
         QFETCH(const double, seconds);
-        ServiceClient client(1);
-        RefreshLoop loop(client, [=] { return RefreshLoop::Situation{{visible, setup}, active}; });
+        HttpSession session;
+        ServiceClient client(session, 1);
+        RefreshLoop loop(
+            client,
+            [=] {
+                return RefreshLoop::Situation{{visible, setup}, active};
+            },
+            steady);
         QVERIFY(!loop.pendingInterval());
         loop.scheduleRefresh();
         QCOMPARE(loop.pendingInterval()->count(), seconds);
@@ -44,8 +59,10 @@ private slots:
     void goodAnswerIsTold() {
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": false, "workers": 1})");
-        ServiceClient client(peer.serverPort());
-        RefreshLoop loop(client, [] { return RefreshLoop::Situation{}; });
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
+        RefreshLoop loop(
+            client, [] { return RefreshLoop::Situation{}; }, steady);
         std::optional<ConfirmedHealth> got;
         connect(&loop, &RefreshLoop::healthReceived, this, [&](const ConfirmedHealth& health) {
             QVERIFY(!loop.refreshing());
@@ -64,8 +81,10 @@ private slots:
     void answerWithoutDeepScanIsAMiss() {
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": "true"})");
-        ServiceClient client(peer.serverPort());
-        RefreshLoop loop(client, [] { return RefreshLoop::Situation{}; });
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
+        RefreshLoop loop(
+            client, [] { return RefreshLoop::Situation{}; }, steady);
         const QSignalSpy misses(&loop, &RefreshLoop::healthMissed);
         loop.reload();
         QTRY_COMPARE(misses.size(), 1);
@@ -74,8 +93,10 @@ private slots:
 
     void twoReloadsSendOneRequest() {
         HttpPeer peer;
-        ServiceClient client(peer.serverPort());
-        RefreshLoop loop(client, [] { return RefreshLoop::Situation{}; });
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
+        RefreshLoop loop(
+            client, [] { return RefreshLoop::Situation{}; }, steady);
         loop.reload();
         loop.reload();
         QVERIFY(loop.refreshing());
@@ -87,11 +108,13 @@ private slots:
     void noFetchDuringAPolicyChange() {
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         DeepJobSwitch deepJobs(client);
-        RefreshLoop loop(client, [&] {
-            return RefreshLoop::Situation{.changingPolicy = deepJobs.changingPolicy()};
-        });
+        RefreshLoop loop(
+            client,
+            [&] { return RefreshLoop::Situation{.changingPolicy = deepJobs.changingPolicy()}; },
+            steady);
         const QSignalSpy answers(&loop, &RefreshLoop::healthReceived);
         bool confirmed = false;
         deepJobs.send(false, [&](const auto& answer) {
@@ -112,9 +135,10 @@ private slots:
     void theTimerGoesOnByItself() {
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         RefreshLoop loop(
-            client, [] { return RefreshLoop::Situation{.attention = {.setup = true}}; });
+            client, [] { return RefreshLoop::Situation{.attention = {.setup = true}}; }, steady);
         QElapsedTimer clock;
         QList<qint64> at;
         connect(&peer, &HttpPeer::requestCame, this, [&] { at.append(clock.elapsed()); });
@@ -155,7 +179,8 @@ private slots:
     void readinessHasItsOwnCadence() {
         HttpPeer peer;
         peer.answerWithJson(R"({"backend": {"reachable": true, "model_ready": true}})");
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         TimePoint now(1000s);
         BackendCheck check(client, [&] { return now; });
         const QSignalSpy answers(&check, &BackendCheck::answered);
@@ -183,7 +208,8 @@ private slots:
     void failedReadinessCheckReadsFalse() {
         HttpPeer peer;
         peer.answerWithJson(R"({"backend": {"reachable": true}})");
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         BackendCheck check(client, [] { return TimePoint(1s); });
         const QSignalSpy answers(&check, &BackendCheck::answered);
         check.checkIfDue({.visible = true});
@@ -195,7 +221,8 @@ private slots:
         HttpPeer peer;
         QTcpSocket* held = nullptr;
         peer.answerWith([&](QTcpSocket& socket) { held = &socket; });
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         BackendCheck check(client, [] { return TimePoint(1s); });
         const QSignalSpy answers(&check, &BackendCheck::answered);
         check.checkIfDue({.visible = true});
@@ -213,7 +240,8 @@ private slots:
     void modeRequest() {
         HttpPeer peer;
         peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        ServiceClient client(peer.serverPort());
+        HttpSession session;
+        ServiceClient client(session, peer.serverPort());
         bool good = false;
         client.postPerformanceMode(
             u"faster"_s, this, [&](const auto& answer) { good = answer.has_value(); });

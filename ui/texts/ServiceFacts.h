@@ -19,6 +19,8 @@ struct ServiceFacts {
     std::optional<bool> backendReady; ///< photo engine usable; unknown until checked
     qint64 port = 0;
     QString hostName; ///< name of this machine, empty where it has none
+
+    bool operator==(const ServiceFacts&) const = default;
 };
 
 } // namespace vesk

@@ -1,0 +1,99 @@
+#include "service/HttpExchange.h"
+
+#include "service/HttpSession.h"
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/this_coro.hpp>
+#include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <string>
+
+namespace vesk {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = beast::http;
+
+namespace {
+
+/// Far above what an answer's headers take, far below what would matter.
+constexpr std::uint32_t maxHeaderBytes = 64 * 1024;
+
+/// A line break inside a header would start a header of the token's choosing.
+bool isOneLine(const ServiceRequest::Header& header) {
+    return std::none_of(header.value.begin(), header.value.end(), [](char sign) {
+        return sign == '\r' || sign == '\n' || sign == '\0';
+    });
+}
+
+bool isSendable(const ServiceRequest& request) {
+    return request.port > 0 && request.port <= std::numeric_limits<std::uint16_t>::max()
+           && std::all_of(request.headers.begin(), request.headers.end(), isOneLine);
+}
+
+http::request<http::string_body> message(const ServiceRequest& request) {
+    constexpr unsigned http11 = 11;
+    http::request<http::string_body> message(
+        http::string_to_verb(request.method.toStdString()), request.path.toStdString(), http11);
+    message.set(http::field::host, "127.0.0.1:" + std::to_string(request.port));
+    message.set(http::field::connection, "close");
+    message.set(http::field::accept, "application/json");
+    for (const ServiceRequest::Header& header : request.headers) {
+        message.set(header.name.toStdString(), header.value.toStdString());
+    }
+    if (!request.body.isEmpty()) {
+        message.body() = request.body.toStdString();
+        message.prepare_payload();
+    }
+    return message;
+}
+
+/// The body of the answer; an exception for whatever goes wrong.
+asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& request) {
+    const asio::ip::tcp::endpoint service(
+        asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(request.port));
+    beast::tcp_stream stream(co_await asio::this_coro::executor);
+    // Once: a deadline over all that follows, whatever trickles in meanwhile.
+    stream.expires_after(request.timeout);
+    co_await stream.async_connect(service, asio::use_awaitable);
+    co_await http::async_write(stream, message(request), asio::use_awaitable);
+
+    beast::flat_buffer buffer;
+    while (true) {
+        http::response_parser<http::string_body> parser;
+        parser.header_limit(maxHeaderBytes);
+        parser.body_limit(static_cast<std::uint64_t>(HttpSession::maxAnswerBytes));
+        co_await http::async_read(stream, buffer, parser, asio::use_awaitable);
+        const auto status = parser.get().result();
+        if (status == http::status::ok) {
+            co_return QByteArray::fromStdString(parser.get().body());
+        }
+        // An interim answer announces the real one; none of ours changes the protocol.
+        if (http::to_status_class(status) != http::status_class::informational
+            || status == http::status::switching_protocols) {
+            co_return std::nullopt;
+        }
+    }
+}
+
+} // namespace
+
+asio::awaitable<std::optional<QByteArray>> httpBody(ServiceRequest request) {
+    if (!isSendable(request)) {
+        co_return std::nullopt;
+    }
+    try {
+        co_return co_await exchange(request);
+    } catch (const std::exception&) {
+        // Refused, late, cut off, too long, no HTTP, no memory: all the same to the caller.
+    }
+    co_return std::nullopt;
+}
+
+} // namespace vesk
