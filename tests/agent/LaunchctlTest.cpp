@@ -1,4 +1,5 @@
 #include "agent/Launchctl.h"
+#include "agent/ToolRun.h"
 #include "tests/agent/ScriptedTool.h"
 
 #include <QDir>
