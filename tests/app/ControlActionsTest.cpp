@@ -1,6 +1,7 @@
 #include "ControlBench.h"
 
 #include "app/PromptQuit.h"
+#include "tests/ui/kit/Widgets.h"
 #include "ui/dashboard/CompactPanelView.h"
 
 #include <QAccessible>
@@ -302,10 +303,7 @@ private slots:
         bench.poll();
         bench.poll();
         const auto says = [](const QString& text) {
-            const auto labels = settingsSheet()->findChildren<QLabel*>();
-            return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
-                return label->text() == text;
-            });
+            return labelTexts(*settingsSheet()).contains(text);
         };
         QVERIFY(says(u"Mac temperature: Checking · protection waiting for service"_s));
         bench.health = accepting;

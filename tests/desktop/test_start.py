@@ -3,6 +3,7 @@
 import re
 import time
 
+from harness.accessible import Announcements
 from harness.case import DesktopCase
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
@@ -103,6 +104,19 @@ class StartTest(DesktopCase):
         self.assertTrue(toggle.has("enabled"))
         for title in ("Settings", "Setup…"):
             self.assertIsNotNone(dashboard.accessible.find("push button", title), title)
+
+    def test_a_text_that_changes_is_announced(self):
+        worker = self.worker(devices=0)
+        dashboard = self.live_dashboard(worker)
+        announcements = Announcements()
+        self.addCleanup(announcements.end)
+        worker.show_slots(bay(1, state="busy", stage="describe"), connected_devices=[])
+        expected = ("label", "1 processor working")
+        wait_for("the announcement", lambda: expected in announcements.names())
+        worker.clear_requests()
+        wait_for("more fetches", lambda: len(worker.arrivals()) >= 2)
+        self.assertEqual(announcements.names().count(expected), 1)
+        self.assertIn(expected[1], dashboard.texts())
 
     def test_before_the_first_answer(self):
         worker = self.worker()

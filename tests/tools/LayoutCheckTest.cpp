@@ -88,12 +88,9 @@ void LayoutCheckTest::elidedLabel() {
     QWidget window;
     auto* line = put(window, label(u"a text that is wider than forty pixels"_s), {0, 0, 40, 30});
     QCOMPARE(faults(window), QStringList());
-    line->setToolTip(QString());
-    QCOMPARE(faults(window).size(), 1);
-    QVERIFY(faults(window).first().contains(u"told nowhere else"_s));
-    line->setText(line->text());
     line->setAccessibleName(u"something else"_s);
     QCOMPARE(faults(window).size(), 1);
+    QVERIFY(faults(window).first().contains(u"told nowhere else"_s));
 }
 
 void LayoutCheckTest::lowElidedLabel() {
@@ -108,8 +105,9 @@ void LayoutCheckTest::shortenedWrappedLabel() {
     text->setText(u"words that need many lines "_s.repeated(10));
     put(window, text, {0, 0, 150, text->heightForWidth(150)});
     QCOMPARE(faults(window), QStringList());
-    text->setToolTip(QString());
+    text->setAccessibleName(QString());
     QCOMPARE(faults(window).size(), 1);
+    QVERIFY(faults(window).first().contains(u"told nowhere else"_s));
 }
 
 void LayoutCheckTest::narrowButton() {

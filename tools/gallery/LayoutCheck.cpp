@@ -24,14 +24,14 @@ QString described(const QWidget& widget) {
 }
 
 /// A text that does not fit can be had in the two other places.
-bool isToldElsewhere(const QLabel& label) {
-    const auto* accessible = QAccessible::queryAccessibleInterface(const_cast<QLabel*>(&label));
-    return label.toolTip().contains(label.text()) && accessible != nullptr
-           && accessible->text(QAccessible::Name) == label.text();
+bool isToldElsewhere(const TextView& view) {
+    const auto* accessible = QAccessible::queryAccessibleInterface(const_cast<TextView*>(&view));
+    return view.toolTipText().contains(view.text()) && accessible != nullptr
+           && accessible->text(QAccessible::Name) == view.text();
 }
 
 QString lineFault(const ElidedLabel& label) {
-    if (label.contentsRect().height() < label.fontMetrics().height()) {
+    if (label.height() < label.fontMetrics().height()) {
         return u"is lower than its line"_s;
     }
     if (label.isElided() && !isToldElsewhere(label)) {
@@ -40,39 +40,44 @@ QString lineFault(const ElidedLabel& label) {
     return {};
 }
 
-QString wrappedFault(const QLabel& label) {
-    if (label.heightForWidth(label.width()) > label.height()) {
-        return u"needs a height of %1"_s.arg(label.heightForWidth(label.width()));
+/// Of a text over several lines.
+QString heightFault(const QWidget& text) {
+    if (text.heightForWidth(text.width()) > text.height()) {
+        return u"needs a height of %1"_s.arg(text.heightForWidth(text.width()));
     }
-    if (label.minimumSizeHint().width() > label.width()) {
-        return u"has a word that needs a width of %1"_s.arg(label.minimumSizeHint().width());
-    }
-    const auto* wrapped = qobject_cast<const WrappedLabel*>(&label);
-    if (wrapped != nullptr && wrapped->isShortened() && !isToldElsewhere(label)) {
-        return u"is shortened and told nowhere else"_s;
+    if (text.minimumSizeHint().width() > text.width()) {
+        return u"has a word that needs a width of %1"_s.arg(text.minimumSizeHint().width());
     }
     return {};
+}
+
+QString wrappedFault(const WrappedLabel& label) {
+    const QString fault = heightFault(label);
+    if (fault.isEmpty() && label.isShortened() && !isToldElsewhere(label)) {
+        return u"is shortened and told nowhere else"_s;
+    }
+    return fault;
 }
 
 QString labelFault(const QLabel& label) {
     if (label.text().isEmpty()) {
         return {};
     }
-    if (const auto* elided = qobject_cast<const ElidedLabel*>(&label)) {
-        return lineFault(*elided);
-    }
     if (label.wordWrap()) {
-        return wrappedFault(label);
+        return heightFault(label);
     }
     const QSize needed = label.fontMetrics().size(0, label.text());
-    // A label that draws something else than its text has a tool tip for it.
-    if (needed.width() <= label.width() && needed.height() <= label.height()) {
-        return {};
-    }
-    return isToldElsewhere(label) ? QString() : u"is cut"_s;
+    const bool fits = needed.width() <= label.width() && needed.height() <= label.height();
+    return fits ? QString() : u"is cut"_s;
 }
 
 QString ownFault(const QWidget& widget) {
+    if (const auto* line = qobject_cast<const ElidedLabel*>(&widget)) {
+        return lineFault(*line);
+    }
+    if (const auto* text = qobject_cast<const WrappedLabel*>(&widget)) {
+        return wrappedFault(*text);
+    }
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
         return labelFault(*label);
     }

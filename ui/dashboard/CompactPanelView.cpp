@@ -28,6 +28,14 @@ void showState(QCheckBox& box, const ToggleFace& face) {
     box.setTristate(face.state == Qt::PartiallyChecked);
 }
 
+/// Rack, devices and bays are read in columns.
+ElidedLabel* rackLine() {
+    auto* line = label(QString(), smallText, QFont::Medium, Theme::muted);
+    line->setFont(monospaced(smallText, QFont::Medium));
+    line->fillWidth();
+    return line;
+}
+
 } // namespace
 
 CompactPanelView::CompactPanelView(QWidget* parent) : QWidget(parent) {
@@ -40,7 +48,7 @@ CompactPanelView::CompactPanelView(QWidget* parent) : QWidget(parent) {
 }
 
 void CompactPanelView::show(const CompactPanel& panel) {
-    lamp_->show(panel.connection);
+    lamp_->setConnection(panel.connection);
     compactStatus_->setText(panel.compactStatus);
     compactStatus_->setNote(panel.statusDetail);
     compactRack_->setText(panel.compactRack);
@@ -76,11 +84,12 @@ QWidget* CompactPanelView::makeHeader() {
 QWidget* CompactPanelView::makeStatusBlock() {
     lamp_ = new Lamp;
     compactStatus_ = label(QString(), 17, QFont::Bold);
-    compactRack_ = label(QString(), smallText, QFont::Medium, Theme::muted);
-    compactRack_->setFont(monospaced(smallText, QFont::Medium));
-    compactDevices_ = label(QString(), smallText, QFont::Medium, Theme::muted);
-    compactDevices_->setFont(monospaced(smallText, QFont::Medium));
+    compactRack_ = rackLine();
+    compactDevices_ = rackLine();
     compactSummary_ = label(QString(), smallText, QFont::Normal, Theme::muted);
+    // Texts that change all day must not have the whole window laid out each time.
+    compactStatus_->fillWidth();
+    compactSummary_->fillWidth();
     auto* headline = stack({lamp_, compactStatus_}, false, 8);
     headline->layout()->setAlignment(compactStatus_, Qt::Alignment());
     return cardPanel(stack({headline, compactRack_, compactDevices_, compactSummary_}, true, 5));
@@ -89,8 +98,7 @@ QWidget* CompactPanelView::makeStatusBlock() {
 QWidget* CompactPanelView::makeRackBox() {
     QList<QWidget*> cells;
     for (size_t bay = 0; bay < CompactPanel::bays; ++bay) {
-        auto* row = label(QString(), smallText, QFont::Medium, Theme::muted);
-        row->setFont(monospaced(smallText, QFont::Medium));
+        auto* row = rackLine();
         auto* meter = new Meter;
         meter->setAccessibleName(bayName(static_cast<int>(bay) + 1));
         compactRows_.at(bay) = row;

@@ -25,6 +25,7 @@ public:
 
     /// Touches only what differs from what is on screen.
     void show(const CompactPanel& panel);
+    using QWidget::show;
 
 signals:
     void startPressed();

@@ -1,8 +1,6 @@
 #include "ui/kit/ElidedLabel.h"
 
-#include "ui/kit/PlainToolTip.h"
-
-#include <QHelpEvent>
+#include <QEvent>
 #include <QPainter>
 
 #include <cmath>
@@ -31,36 +29,28 @@ QString singleLine(const QString& text) {
 
 } // namespace
 
-ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
-    : QLabel(text, parent), line_(singleLine(text)) {
-    setTextFormat(Qt::PlainText);
+ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : TextView(parent) {
+    shown_.setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-}
-
-void ElidedLabel::setText(const QString& text) {
-    line_ = singleLine(text);
-    QLabel::setText(text);
-    updateToolTip();
+    setText(text);
 }
 
 void ElidedLabel::setNote(const QString& note) {
     if (note_ != note) {
         note_ = note;
         setAccessibleDescription(note);
-        updateToolTip();
     }
 }
 
-void ElidedLabel::setColor(const QColor& color) {
-    if (palette().color(QPalette::WindowText) != color) {
-        QPalette own = palette();
-        own.setColor(QPalette::WindowText, color);
-        setPalette(own);
-    }
+void ElidedLabel::fillWidth() {
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 
-bool ElidedLabel::isElided() const {
-    return text().size() > line_.size() || elidedLine() != line_;
+QString ElidedLabel::toolTipText() const {
+    if (!elided_) {
+        return note_;
+    }
+    return note_.isEmpty() ? text() : text() + u"\n"_s + note_;
 }
 
 QSize ElidedLabel::sizeHint() const {
@@ -72,35 +62,39 @@ QSize ElidedLabel::minimumSizeHint() const {
     return {fontMetrics().horizontalAdvance(u'…'), fontMetrics().height()};
 }
 
-bool ElidedLabel::event(QEvent* event) {
-    if (event->type() == QEvent::ToolTip) {
-        showPlainToolTip(*static_cast<QHelpEvent*>(event), *this);
-        return true;
+void ElidedLabel::textChanged() {
+    line_ = singleLine(text());
+    shape();
+    if (sizePolicy().horizontalPolicy() != QSizePolicy::Ignored) {
+        updateGeometry();
     }
-    return QLabel::event(event);
+}
+
+void ElidedLabel::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange) {
+        shape();
+        updateGeometry();
+    }
+    TextView::changeEvent(event);
 }
 
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(
-        contentsRect(), static_cast<int>(alignment()) | Qt::TextSingleLine, elidedLine());
+    painter.drawStaticText(0, (height() - fontMetrics().height()) / 2, shown_);
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event) {
-    QLabel::resizeEvent(event);
-    updateToolTip();
+    shape();
+    TextView::resizeEvent(event);
 }
 
-QString ElidedLabel::elidedLine() const {
-    return fontMetrics().elidedText(line_, Qt::ElideRight, contentsRect().width());
-}
-
-void ElidedLabel::updateToolTip() {
-    if (!isElided()) {
-        setToolTip(note_);
-    } else {
-        setToolTip(note_.isEmpty() ? text() : text() + u"\n"_s + note_);
+void ElidedLabel::shape() {
+    const QString shown = fontMetrics().elidedText(line_, Qt::ElideRight, width());
+    elided_ = text().size() > line_.size() || shown != line_;
+    if (shown != shown_.text()) {
+        shown_.setText(shown);
+        update();
     }
 }
 

@@ -1,39 +1,44 @@
 #pragma once
 
-#include <QLabel>
+#include "ui/kit/TextView.h"
+
+#include <QStaticText>
 
 namespace vesk {
 
-/// A single line of plain text that ends with an ellipsis where it does not fit. Its accessible
-/// name is always the whole text; so is its tool tip while it is elided.
-class ElidedLabel final : public QLabel {
+/// A single line of plain text that ends with an ellipsis where it does not fit. While it does not,
+/// its tool tip tells the whole text.
+class ElidedLabel final : public TextView {
     Q_OBJECT
 
 public:
     explicit ElidedLabel(const QString& text, QWidget* parent = nullptr);
 
-    /// Use these two, which keep the tool tip right, and not those of the base.
-    void setText(const QString& text);
     /// What the tool tip and the accessible description say besides the text.
     void setNote(const QString& note);
 
-    void setColor(const QColor& color);
+    /// Takes whatever width there is instead of asking for that of its text: another text then
+    /// leaves the layout around it alone.
+    void fillWidth();
 
-    [[nodiscard]] bool isElided() const;
+    [[nodiscard]] bool isElided() const noexcept { return elided_; }
 
+    [[nodiscard]] QString toolTipText() const override;
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
-    bool event(QEvent* event) override;
+    void textChanged() override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    [[nodiscard]] QString elidedLine() const;
-    void updateToolTip();
+    void shape();
 
-    QString line_; // what there is to draw of the text
+    QString line_;      // what there is to draw of the text
+    QStaticText shown_; // what is drawn of it
+    bool elided_ = false;
     QString note_;
 };
 

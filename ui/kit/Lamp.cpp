@@ -1,9 +1,7 @@
 #include "ui/kit/Lamp.h"
 
-#include "ui/kit/PlainToolTip.h"
 #include "ui/kit/Theme.h"
 
-#include <QHelpEvent>
 #include <QPainter>
 
 namespace vesk {
@@ -15,26 +13,16 @@ constexpr int halo = 3;
 
 } // namespace
 
-Lamp::Lamp(QWidget* parent) : QLabel(parent) {
-    setTextFormat(Qt::PlainText);
+Lamp::Lamp(QWidget* parent) : TextView(parent) {
     setFixedSize(diameter + 2 * halo, diameter + 2 * halo);
 }
 
-void Lamp::show(const ConnectionFace& connection) {
+void Lamp::setConnection(const ConnectionFace& connection) {
     setText(connection.text);
-    setToolTip(connection.text);
     if (tone_ != connection.tone) {
         tone_ = connection.tone;
         update();
     }
-}
-
-bool Lamp::event(QEvent* event) {
-    if (event->type() == QEvent::ToolTip) {
-        showPlainToolTip(*static_cast<QHelpEvent*>(event), *this);
-        return true;
-    }
-    return QLabel::event(event);
 }
 
 void Lamp::paintEvent(QPaintEvent* /*event*/) {

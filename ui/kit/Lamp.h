@@ -1,23 +1,24 @@
 #pragma once
 
+#include "ui/kit/TextView.h"
 #include "ui/texts/Face.h"
-
-#include <QLabel>
 
 namespace vesk {
 
 /// A small light in the colour of the connection; its tool tip and accessible name are the
-/// connection's line.
-class Lamp final : public QLabel {
+/// connection's line, which is its text.
+class Lamp final : public TextView {
     Q_OBJECT
 
 public:
     explicit Lamp(QWidget* parent = nullptr);
 
-    void show(const ConnectionFace& connection);
+    void setConnection(const ConnectionFace& connection);
+
+    [[nodiscard]] QString toolTipText() const override { return text(); }
 
 protected:
-    bool event(QEvent* event) override;
+    void textChanged() override {}
     void paintEvent(QPaintEvent* event) override;
 
 private:

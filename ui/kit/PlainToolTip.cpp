@@ -8,16 +8,17 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
-void showPlainToolTip(const QHelpEvent& event, QWidget& widget) {
-    if (widget.toolTip().isEmpty()) {
+void showPlainToolTip(const QHelpEvent& event, QWidget& widget, const QString& text) {
+    if (text.isEmpty()) {
         QToolTip::hideText();
         return;
     }
     // Nobody reads more, and laying it out would take its time.
     constexpr qsizetype mostCharacters = 2000;
-    const QString text = widget.toolTip().left(mostCharacters).toHtmlEscaped();
     QToolTip::showText(
-        event.globalPos(), u"<span style='white-space: pre-wrap'>"_s + text + u"</span>"_s,
+        event.globalPos(),
+        u"<span style='white-space: pre-wrap'>"_s + text.left(mostCharacters).toHtmlEscaped()
+            + u"</span>"_s,
         &widget);
 }
 

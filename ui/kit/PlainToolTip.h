@@ -7,8 +7,8 @@ class QWidget;
 
 namespace vesk {
 
-/// Shows the tool tip of `widget` as plain text that wraps; texts that come from the service must
-/// not be taken for markup.
-void showPlainToolTip(const QHelpEvent& event, QWidget& widget);
+/// Shows `text` as the tool tip of `widget`, plain and wrapped; texts that come from the service
+/// must not be taken for markup. An empty one shows none.
+void showPlainToolTip(const QHelpEvent& event, QWidget& widget, const QString& text);
 
 } // namespace vesk

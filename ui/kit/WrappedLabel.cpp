@@ -1,14 +1,11 @@
 #include "ui/kit/WrappedLabel.h"
 
-#include "ui/kit/PlainToolTip.h"
-
-#include <QHelpEvent>
 #include <QPainter>
-#include <QTextLayout>
+#include <QResizeEvent>
+
+#include <algorithm>
 
 namespace vesk {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -17,34 +14,20 @@ constexpr int leastWidth = 60;
 
 } // namespace
 
-WrappedLabel::WrappedLabel(int mostLines, QWidget* parent) : QLabel(parent), mostLines_(mostLines) {
-    setTextFormat(Qt::PlainText);
-    setWordWrap(true);
-}
-
-void WrappedLabel::setText(const QString& text) {
-    if (text != this->text()) {
-        QLabel::setText(text);
-        updateGeometry();
-        updateToolTip();
-    }
-}
-
-void WrappedLabel::setColor(const QColor& color) {
-    QPalette own = palette();
-    own.setColor(QPalette::WindowText, color);
-    setPalette(own);
-}
-
-bool WrappedLabel::isShortened() const {
-    QTextLayout layout;
-    return breakLines(layout, width()) >= 0;
+WrappedLabel::WrappedLabel(int mostLines, QWidget* parent)
+    : TextView(parent), mostLines_(mostLines) {
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 int WrappedLabel::heightForWidth(int width) const {
+    if (width == this->width()) {
+        return heightOf(lines_);
+    }
     QTextLayout layout;
     breakLines(layout, width);
-    return fontMetrics().lineSpacing() * qMax(1, layout.lineCount());
+    return heightOf(layout);
 }
 
 QSize WrappedLabel::sizeHint() const {
@@ -55,34 +38,42 @@ QSize WrappedLabel::minimumSizeHint() const {
     return {leastWidth, fontMetrics().lineSpacing()};
 }
 
-bool WrappedLabel::event(QEvent* event) {
-    if (event->type() == QEvent::ToolTip) {
-        showPlainToolTip(*static_cast<QHelpEvent*>(event), *this);
-        return true;
+void WrappedLabel::textChanged() {
+    const int height = heightOf(lines_);
+    shape();
+    if (heightOf(lines_) != height) {
+        updateGeometry();
     }
-    return QLabel::event(event);
+}
+
+void WrappedLabel::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange) {
+        shape();
+        updateGeometry();
+    }
+    TextView::changeEvent(event);
 }
 
 void WrappedLabel::paintEvent(QPaintEvent* /*event*/) {
-    QTextLayout layout;
-    const int cut = breakLines(layout, width());
-    const int whole = layout.lineCount() - (cut < 0 ? 0 : 1);
+    const int whole = lines_.lineCount() - (isShortened() ? 1 : 0);
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
     for (int line = 0; line < whole; ++line) {
-        layout.lineAt(line).draw(&painter, {});
+        lines_.lineAt(line).draw(&painter, {});
     }
-    if (cut >= 0) {
+    if (isShortened()) {
         const int top = fontMetrics().lineSpacing() * whole;
         painter.drawText(
             QRect(0, top, width(), fontMetrics().lineSpacing()), Qt::AlignLeft | Qt::TextSingleLine,
-            fontMetrics().elidedText(layout.text().mid(cut), Qt::ElideRight, width()));
+            lastLine_);
     }
 }
 
 void WrappedLabel::resizeEvent(QResizeEvent* event) {
-    QLabel::resizeEvent(event);
-    updateToolTip();
+    if (event->size().width() != event->oldSize().width()) {
+        shape();
+    }
+    TextView::resizeEvent(event);
 }
 
 int WrappedLabel::breakLines(QTextLayout& layout, int width) const {
@@ -90,7 +81,7 @@ int WrappedLabel::breakLines(QTextLayout& layout, int width) const {
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
     layout.setFont(font());
-    layout.setText(text().replace(u'\n', QChar::LineSeparator));
+    layout.setText(QString(text()).replace(u'\n', QChar::LineSeparator));
     int cut = -1;
     layout.beginLayout();
     while (mostLines_ == 0 || layout.lineCount() < mostLines_) {
@@ -110,8 +101,16 @@ int WrappedLabel::breakLines(QTextLayout& layout, int width) const {
     return cut;
 }
 
-void WrappedLabel::updateToolTip() {
-    setToolTip(isShortened() ? text() : QString());
+int WrappedLabel::heightOf(const QTextLayout& layout) const {
+    return fontMetrics().lineSpacing() * std::max(1, layout.lineCount());
+}
+
+void WrappedLabel::shape() {
+    cut_ = breakLines(lines_, width());
+    lastLine_ = isShortened()
+                    ? fontMetrics().elidedText(lines_.text().mid(cut_), Qt::ElideRight, width())
+                    : QString();
+    update();
 }
 
 } // namespace vesk

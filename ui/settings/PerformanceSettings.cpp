@@ -27,6 +27,8 @@ PerformanceSettings::PerformanceSettings(SettingsController& control, QWidget* p
           "and idle."_s)),
       done_(button(
           u"Done"_s, this, [this] { close(); }, true)) {
+    thermal_->fillWidth();
+    performance_->fillWidth();
     auto* choice = stack({label(u"Processing settings"_s, 23, QFont::DemiBold), mode_}, true, 17);
     auto* report = stack({thermal_, performance_}, true, 10);
     auto* actions = stack({flexibleSpace(true), stack({flexibleSpace(), done_}, false)}, true, 0);

@@ -70,6 +70,27 @@ class Node:
         return next((node for node in self.showing(role) if node.name == name), None)
 
 
+class Announcements:
+    """The names that assistive technology is told to have changed, from now on."""
+
+    def __init__(self):
+        self._names = []
+        self._listener = Atspi.EventListener.new(self._note)
+        self._listener.register("object:property-change:accessible-name")
+
+    def end(self):
+        self._listener.deregister("object:property-change:accessible-name")
+
+    def _note(self, event):
+        self._names.append((event.source.get_role_name(), event.source.get_name()))
+
+    def names(self):
+        """Role and name of each, in order."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return list(self._names)
+
+
 class Accessible:
     """Everything is read afresh at each question."""
 

@@ -1,4 +1,5 @@
 #include "ui/dashboard/CompactPanelView.h"
+#include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/Lamp.h"
@@ -37,8 +38,8 @@ CompactPanel filledPanel() {
     return panel;
 }
 
-QLabel* labelOf(const QWidget& view, const QString& text) {
-    for (auto* label : view.findChildren<QLabel*>()) {
+TextView* labelOf(const QWidget& view, const QString& text) {
+    for (auto* label : view.findChildren<TextView*>()) {
         if (label->text() == text) {
             return label;
         }
@@ -85,6 +86,7 @@ private slots:
     void startingLeavesTheKeyboardToNobody();
     void unchangedPanelRepaintsNothing();
     void eachPartRepaintsWhenItChanges();
+    void changedTextsLeaveTheLayoutAlone();
 
 private:
     QAbstractButton* button(const QString& name) const { return buttonNamed(*view_, name); }
@@ -146,7 +148,7 @@ void CompactPanelViewTest::showsThePanel() {
 void CompactPanelViewTest::rowColours() {
     view_->show(filledPanel());
     const auto colour = [this](const QString& text) {
-        const QLabel* row = labelOf(*view_, text);
+        const TextView* row = labelOf(*view_, text);
         return row->palette().color(row->foregroundRole()).rgb();
     };
     QCOMPARE(colour(u"BAY 1  ●  one"_s), QColor(Qt::white).rgb());
@@ -193,14 +195,14 @@ void CompactPanelViewTest::metersTellTheirBay() {
 
 void CompactPanelViewTest::headlineCarriesTheDetail() {
     view_->show(filledPanel());
-    QLabel* headline = labelOf(*view_, u"2 processors working"_s);
-    QCOMPARE(headline->toolTip(), u"Live passes below"_s);
+    TextView* headline = labelOf(*view_, u"2 processors working"_s);
+    QCOMPARE(headline->toolTipText(), u"Live passes below"_s);
     QCOMPARE(toldOf(*headline, QAccessible::Name), u"2 processors working"_s);
     QCOMPARE(toldOf(*headline, QAccessible::Description), u"Live passes below"_s);
     CompactPanel next = filledPanel();
     next.statusDetail = u"Photo AI needs attention"_s;
     view_->show(next);
-    QCOMPARE(headline->toolTip(), u"Photo AI needs attention"_s);
+    QCOMPARE(headline->toolTipText(), u"Photo AI needs attention"_s);
     QCOMPARE(toldOf(*headline, QAccessible::Description), u"Photo AI needs attention"_s);
 }
 
@@ -223,7 +225,7 @@ void CompactPanelViewTest::lampTellsTheConnection() {
     CompactPanel panel = filledPanel();
     panel.connection = {text, tone};
     view_->show(panel);
-    QCOMPARE(lamp->toolTip(), text);
+    QCOMPARE(lamp->toolTipText(), text);
     QCOMPARE(toldOf(*lamp, QAccessible::Name), text);
     const QImage shown = lamp->grab().toImage();
     QCOMPARE(shown.pixel(shown.rect().center()), colour.rgb());
@@ -241,8 +243,7 @@ void CompactPanelViewTest::textsArePlain() {
     }
     view_->show(panel);
     int found = 0;
-    for (auto* label : view_->findChildren<QLabel*>()) {
-        QCOMPARE(label->textFormat(), Qt::PlainText);
+    for (auto* label : view_->findChildren<TextView*>()) {
         if (label->text() == markup) {
             ++found;
             QCOMPARE(toldOf(*label, QAccessible::Name), markup);
@@ -250,7 +251,7 @@ void CompactPanelViewTest::textsArePlain() {
     }
     QCOMPARE(found, 7);
 
-    QLabel* headline = labelOf(*view_, markup);
+    TextView* headline = labelOf(*view_, markup);
     const QPoint inside = headline->rect().center();
     QHelpEvent ask(QEvent::ToolTip, inside, headline->mapToGlobal(inside));
     QApplication::sendEvent(headline, &ask);
@@ -431,6 +432,30 @@ void CompactPanelViewTest::eachPartRepaintsWhenItChanges() {
         view_->show(panel);
         QTRY_VERIFY(counter.paints() > 0);
     }
+}
+
+void CompactPanelViewTest::changedTextsLeaveTheLayoutAlone() {
+    view_->show(filledPanel());
+    // A layout tells the one around it of its new size in an event.
+    constexpr int deepestNesting = 10;
+    for (int level = 0; level < deepestNesting; ++level) {
+        QCoreApplication::processEvents();
+    }
+    const LayoutCounter layouts(*view_);
+    const PaintCounter buttons(*button(u"Settings"_s));
+    CompactPanel panel = filledPanel();
+    for (QString* text :
+         {&panel.compactStatus, &panel.statusDetail, &panel.connection.text, &panel.compactRack,
+          &panel.compactDevices, &panel.compactSummary, &panel.compactRows.at(0).text,
+          &panel.compactRows.at(2).text}) {
+        *text += u" · a longer text, and then longer than the window is wide"_s.repeated(3);
+    }
+    panel.compactMeters = {0.3, 0.4, 0.5};
+    view_->show(panel);
+    QCoreApplication::processEvents();
+    QCOMPARE(layouts.requests(), 0);
+    QCOMPARE(buttons.paints(), 0);
+    QVERIFY(labelTexts(*view_).contains(panel.compactRack));
 }
 
 } // namespace vesk

@@ -46,7 +46,7 @@ QList<QWidget*> leaves(const QWidget& window) {
     QList<QWidget*> found;
     for (auto* widget : window.findChildren<QWidget*>()) {
         if (widget->isVisible()
-            && (qobject_cast<QLabel*>(widget) != nullptr
+            && (qobject_cast<TextView*>(widget) != nullptr
                 || qobject_cast<QAbstractButton*>(widget) != nullptr
                 || qobject_cast<Meter*>(widget) != nullptr)) {
             found += widget;
@@ -157,7 +157,7 @@ void DashboardWindowTest::fitsAtEverySize() {
         if (const auto* label = qobject_cast<const ElidedLabel*>(part)) {
             QVERIFY(label->height() >= label->fontMetrics().height());
             // Cut off only with the whole text at hand.
-            QVERIFY(!label->isElided() || label->toolTip().startsWith(label->text()));
+            QVERIFY(!label->isElided() || label->toolTipText().startsWith(label->text()));
         } else if (const auto* button = qobject_cast<const QAbstractButton*>(part)) {
             const int words = button->fontMetrics().horizontalAdvance(button->text());
             QVERIFY2(button->width() > words, qPrintable(button->text()));

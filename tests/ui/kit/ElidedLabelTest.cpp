@@ -1,4 +1,5 @@
 #include "ui/kit/ElidedLabel.h"
+#include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 
 #include <QAccessible>
@@ -10,12 +11,25 @@
 #include <QTest>
 #include <QTextDocument>
 #include <QToolTip>
+#include <QVBoxLayout>
 
 namespace vesk {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Where the drawing in a picture ends.
+int inkEnd(const QImage& image) {
+    for (int x = image.width() - 1; x >= 0; --x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixel(x, y) != image.pixel(image.width() - 1, 0)) {
+                return x + 1;
+            }
+        }
+    }
+    return 0;
+}
 
 /// What a label of `text` looks like at a size.
 QImage drawn(const QString& text, const QSize& size) {
@@ -45,6 +59,27 @@ QString shownToolTip(QWidget& widget) {
 
 const QString sentence = u"A line that is long enough to be cut in the middle"_s;
 
+/// Two labels in a window, one below the other.
+struct Column {
+    QWidget window;
+    ElidedLabel* changing = new ElidedLabel(u"changing"_s);
+    ElidedLabel* still = new ElidedLabel(u"still"_s);
+
+    Column() {
+        auto* layout = new QVBoxLayout(&window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(changing);
+        layout->addWidget(still);
+    }
+
+    void settle() {
+        window.resize(200, 100);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCoreApplication::processEvents();
+    }
+};
+
 } // namespace
 
 class ElidedLabelTest final : public QObject {
@@ -61,16 +96,21 @@ private slots:
     void isElidedTellsWhatIsDrawn();
     void isOneLineHigh_data();
     void isOneLineHigh();
+    void anotherFontElidesAnew();
+    void textSetThroughItsBase();
     void hugeTextCostsLittle();
     void markupIsDrawnLiterally();
     void sameTextRepaintsNothing();
+    void changeThatIsNotSeenRepaintsNothing();
+    void changedTextRepaintsItselfAlone();
+    void withoutFillingTheWidthItTakesThatOfItsText();
 };
 
 void ElidedLabelTest::shortTextHasNoToolTip() {
     ElidedLabel label(u"short"_s);
     label.resize(label.sizeHint());
     QVERIFY(!label.isElided());
-    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.toolTipText(), QString());
     label.show();
     QCOMPARE(shownToolTip(label), QString());
 }
@@ -80,18 +120,18 @@ void ElidedLabelTest::elidedTextIsToldWhole() {
     label.show();
     label.resize(120, 20);
     QVERIFY(label.isElided());
-    QCOMPARE(label.toolTip(), sentence);
+    QCOMPARE(label.toolTipText(), sentence);
     QCOMPARE(accessibleText(label, QAccessible::Name), sentence);
 
     label.resize(1000, 20);
     QVERIFY(!label.isElided());
-    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.toolTipText(), QString());
     QCOMPARE(accessibleText(label, QAccessible::Name), sentence);
 
     label.resize(120, 20);
     label.setText(u"short"_s);
     QVERIFY(!label.isElided());
-    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.toolTipText(), QString());
     QCOMPARE(accessibleText(label, QAccessible::Name), u"short"_s);
 }
 
@@ -99,16 +139,16 @@ void ElidedLabelTest::noteComesWithTheText() {
     ElidedLabel label(u"short"_s);
     label.resize(400, 20);
     label.setNote(u"The note"_s);
-    QCOMPARE(label.toolTip(), u"The note"_s);
+    QCOMPARE(label.toolTipText(), u"The note"_s);
     label.setText(sentence);
     label.show();
     label.resize(120, 20);
-    QCOMPARE(label.toolTip(), sentence + u"\nThe note"_s);
+    QCOMPARE(label.toolTipText(), sentence + u"\nThe note"_s);
     QCOMPARE(shownToolTip(label), sentence + u"\nThe note"_s);
     QCOMPARE(accessibleText(label, QAccessible::Name), sentence);
     QCOMPARE(accessibleText(label, QAccessible::Description), u"The note"_s);
     label.setNote(QString());
-    QCOMPARE(label.toolTip(), sentence);
+    QCOMPARE(label.toolTipText(), sentence);
 }
 
 void ElidedLabelTest::toolTipIsPlainText_data() {
@@ -156,10 +196,17 @@ void ElidedLabelTest::isElidedTellsWhatIsDrawn() {
     for (const QString& text : {sentence, u"iiiiillll"_s, u"WAWAWA"_s, u"e\u0301 x"_s}) {
         ElidedLabel label(text);
         const QImage whole = drawn(text, {1000, 20});
-        for (int width = 1; width < label.sizeHint().width() + 20; ++width) {
+        const int end = inkEnd(whole);
+        QVERIFY(end > 10);
+        for (int width = end / 2; width < end + 20; ++width) {
             label.resize(width, 20);
-            const QString shown = label.fontMetrics().elidedText(text, Qt::ElideRight, width);
-            QCOMPARE(label.isElided(), shown != text);
+            const bool same = label.grab().toImage() == whole.copy(0, 0, width, 20);
+            QCOMPARE(label.isElided(), !same);
+            if (width < end) {
+                QVERIFY(label.isElided());
+            } else if (width > end + 3) { // some blank belongs to the last letter
+                QVERIFY(!label.isElided());
+            }
         }
     }
 }
@@ -185,6 +232,32 @@ void ElidedLabelTest::isOneLineHigh() {
     if (text.startsWith(u"one"_s) && text.size() == 7) {
         QCOMPARE(drawn(text, {300, 20}), drawn(u"one two"_s, {300, 20}));
     }
+}
+
+void ElidedLabelTest::anotherFontElidesAnew() {
+    ElidedLabel label(sentence);
+    label.resize(label.sizeHint());
+    QVERIFY(!label.isElided());
+    QFont font = label.font();
+    const int size = QFontInfo(font).pixelSize();
+    font.setPixelSize(2 * size);
+    label.setFont(font);
+    QVERIFY(label.isElided());
+    font.setPixelSize(size / 2);
+    label.setFont(font);
+    QVERIFY(!label.isElided());
+}
+
+void ElidedLabelTest::textSetThroughItsBase() {
+    ElidedLabel label(u"old"_s);
+    label.resize(100, 20);
+    TextView& base = label;
+    base.setText(sentence);
+    QCOMPARE(label.text(), sentence);
+    QCOMPARE(label.grab().toImage(), drawn(sentence, {100, 20}));
+    QVERIFY(label.isElided());
+    QCOMPARE(shownToolTip(label), sentence);
+    QCOMPARE(accessibleText(label, QAccessible::Name), sentence);
 }
 
 void ElidedLabelTest::hugeTextCostsLittle() {
@@ -244,6 +317,46 @@ void ElidedLabelTest::sameTextRepaintsNothing() {
     QTRY_COMPARE(counter.paints(), 1);
     label.setText(u"other"_s);
     QTRY_COMPARE(counter.paints(), 2);
+}
+
+void ElidedLabelTest::changeThatIsNotSeenRepaintsNothing() {
+    ElidedLabel label(sentence);
+    label.resize(100, 20);
+    label.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&label));
+    label.resize(100, 20);
+    QCoreApplication::processEvents();
+    const PaintCounter counter(label);
+    label.setText(sentence + u" and more"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(counter.paints(), 0);
+    QCOMPARE(label.toolTipText(), sentence + u" and more"_s);
+}
+
+void ElidedLabelTest::changedTextRepaintsItselfAlone() {
+    Column column;
+    column.changing->fillWidth();
+    column.settle();
+    const PaintCounter own(*column.changing);
+    const PaintCounter other(*column.still);
+    const LayoutCounter layouts(column.window);
+    for (const QString& text : {u"x"_s, sentence, u"\u4e2d"_s}) {
+        column.changing->setText(text);
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(own.paints(), 3);
+    QCOMPARE(other.paints(), 0);
+    QCOMPARE(layouts.requests(), 0);
+    QCOMPARE(column.changing->width(), column.window.width());
+}
+
+void ElidedLabelTest::withoutFillingTheWidthItTakesThatOfItsText() {
+    Column column;
+    column.settle();
+    const LayoutCounter layouts(column.window);
+    column.changing->setText(sentence);
+    QTRY_VERIFY(layouts.requests() > 0);
+    QCOMPARE(column.window.sizeHint().width(), column.changing->sizeHint().width());
 }
 
 } // namespace vesk

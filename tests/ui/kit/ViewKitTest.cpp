@@ -74,9 +74,7 @@ void ViewKitTest::labelDefaults() {
     QCOMPARE(view->font().weight(), QFont::Normal);
     QCOMPARE(view->font().family(), QFontDatabase::systemFont(QFontDatabase::GeneralFont).family());
     QCOMPARE(textColour(*view).rgba(), QColor(Qt::white).rgba());
-    QCOMPARE(view->textFormat(), Qt::PlainText);
-    QVERIFY(!view->wordWrap());
-    QCOMPARE(view->textInteractionFlags(), Qt::LinksAccessibleByMouse); // nothing to edit or select
+    QCOMPARE(view->focusPolicy(), Qt::NoFocus); // nothing to edit or select
 }
 
 void ViewKitTest::labelAsAsked() {

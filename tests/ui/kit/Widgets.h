@@ -1,11 +1,14 @@
 #pragma once
 
+#include "ui/kit/TextView.h"
+
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QAccessibleActionInterface>
 #include <QLabel>
 
 #include <algorithm>
+#include <optional>
 
 namespace vesk {
 
@@ -20,20 +23,31 @@ namespace vesk {
     return nullptr;
 }
 
+/// What `widget` says, where it is a label of any kind.
+[[nodiscard]] inline std::optional<QString> labelText(const QWidget& widget) {
+    if (const auto* view = qobject_cast<const TextView*>(&widget)) {
+        return view->text();
+    }
+    if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
+        return label->text();
+    }
+    return std::nullopt;
+}
+
 /// The texts of the labels that a person sees in `window`, top to bottom.
 [[nodiscard]] inline QStringList labelTexts(const QWidget& window) {
-    QList<QLabel*> labels;
-    for (auto* label : window.findChildren<QLabel*>()) {
-        if (label->isVisibleTo(&window)) {
-            labels.append(label);
+    QList<QWidget*> labels;
+    for (auto* widget : window.findChildren<QWidget*>()) {
+        if (labelText(*widget) && widget->isVisibleTo(&window)) {
+            labels.append(widget);
         }
     }
-    std::stable_sort(labels.begin(), labels.end(), [&window](QLabel* one, QLabel* other) {
+    std::stable_sort(labels.begin(), labels.end(), [&window](QWidget* one, QWidget* other) {
         return one->mapTo(&window, QPoint()).y() < other->mapTo(&window, QPoint()).y();
     });
     QStringList texts;
-    for (const QLabel* label : labels) {
-        texts.append(label->text());
+    for (const QWidget* label : labels) {
+        texts.append(*labelText(*label));
     }
     return texts;
 }

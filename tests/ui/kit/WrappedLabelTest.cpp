@@ -1,7 +1,11 @@
 #include "ui/kit/WrappedLabel.h"
 
+#include "tests/ui/kit/LayoutCounter.h"
+#include "tests/ui/kit/PaintCounter.h"
+
 #include <QAccessible>
 #include <QTest>
+#include <QVBoxLayout>
 
 namespace vesk {
 
@@ -16,6 +20,8 @@ private slots:
     void linesOfItsOwn();
     void limitedLines();
     void plainText();
+    void textSetThroughItsBase();
+    void textOfTheSameHeightLeavesTheLayoutAlone();
 
 private:
     [[nodiscard]] static int lines(const WrappedLabel& label, int width) {
@@ -31,7 +37,7 @@ void WrappedLabelTest::growsWithItsText() {
     label.setText(u"a few words that need more than one line of a hundred pixels"_s);
     QVERIFY(lines(label, 100) > 3);
     QCOMPARE(lines(label, 5000), 1);
-    QVERIFY(label.hasHeightForWidth());
+    QVERIFY(label.sizePolicy().hasHeightForWidth());
 }
 
 void WrappedLabelTest::breaksALongWord() {
@@ -54,26 +60,62 @@ void WrappedLabelTest::limitedLines() {
     label.show();
     label.setText(u"short"_s);
     QCOMPARE(lines(label, 120), 1);
-    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.toolTipText(), QString());
     const QString text = u"a text that needs many more lines than the two that it has here"_s;
     label.setText(text);
     QCOMPARE(lines(label, 120), 2);
-    QCOMPARE(label.toolTip(), text);
+    QCOMPARE(label.toolTipText(), text);
     QCOMPARE(QAccessible::queryAccessibleInterface(&label)->text(QAccessible::Name), text);
     const QImage cut = label.grab().toImage();
     label.setText(text + u" and more"_s);
     QCOMPARE(label.grab().toImage(), cut);
     label.resize(5000, 60);
-    QCOMPARE(label.toolTip(), QString());
+    QCOMPARE(label.toolTipText(), QString());
     QVERIFY(label.grab().toImage().copy(0, 0, 120, 60) != cut);
 }
 
 void WrappedLabelTest::plainText() {
     WrappedLabel label;
     label.setText(u"<b>bold</b>"_s);
-    QCOMPARE(label.textFormat(), Qt::PlainText);
     QCOMPARE(label.text(), u"<b>bold</b>"_s);
     QCOMPARE(label.sizeHint().height(), label.fontMetrics().lineSpacing());
+}
+
+void WrappedLabelTest::textSetThroughItsBase() {
+    WrappedLabel label(1);
+    label.resize(60, 20);
+    TextView& base = label;
+    base.setText(u"words that do not fit"_s);
+    QVERIFY(label.isShortened());
+    QCOMPARE(label.toolTipText(), u"words that do not fit"_s);
+    QCOMPARE(
+        QAccessible::queryAccessibleInterface(&label)->text(QAccessible::Name),
+        u"words that do not fit"_s);
+    const QImage first = label.grab().toImage();
+    base.setText(u"other words that do not fit"_s);
+    QVERIFY(label.grab().toImage() != first);
+}
+
+void WrappedLabelTest::textOfTheSameHeightLeavesTheLayoutAlone() {
+    QWidget window;
+    auto* layout = new QVBoxLayout(&window);
+    auto* label = new WrappedLabel;
+    label->setText(u"one"_s);
+    layout->addWidget(label);
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+    const LayoutCounter layouts(window);
+    const PaintCounter paints(*label);
+    label->setText(u"two"_s);
+    QTRY_COMPARE(paints.paints(), 1);
+    label->setText(u"two"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(paints.paints(), 1);
+    QCOMPARE(layouts.requests(), 0);
+    label->setText(u"one\ntwo"_s);
+    QTRY_VERIFY(layouts.requests() > 0);
 }
 
 } // namespace vesk
