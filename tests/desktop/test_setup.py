@@ -480,6 +480,22 @@ class SetupTest(DesktopCase):
         dashboard.sheet(SHEET)
         self.wait_for_focus(dashboard, "push button", APPLY)
 
+    def test_an_alert_brings_a_minimised_window_back(self):
+        worker = self.worker(devices=0)
+        dashboard = self.opened(worker)
+        self.go_to_last_page(dashboard)
+        worker.arm(path="services", count=1, late=2, status=500)
+        self.click(dashboard, APPLY)
+        windows = self.desktop.windows
+        window = dashboard.window()
+        windows.minimise(window)
+        wait_for("the window minimised", lambda: windows.is_minimised(window))
+        dashboard.alert(FAILED)
+        self.assertFalse(windows.is_minimised(window))
+        self.assertCountEqual(dashboard.sheets(), [ALERT, SHEET])
+        self.dismiss(dashboard)
+        self.wait_for_focus(dashboard, "push button", APPLY)
+
     def test_an_alert_has_one_size(self):
         dashboard, _port = self.opened_without_a_service()
         self.click(dashboard, APPLY)
