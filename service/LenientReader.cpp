@@ -52,7 +52,7 @@ std::optional<QList<QJsonObject>> dictionaries(const QJsonObject& object, QStrin
     const QJsonArray array = value.toArray();
     QList<QJsonObject> list;
     list.reserve(array.size());
-    for (const QJsonValue& element : array) {
+    for (const auto element : array) {
         if (!element.isObject()) {
             return {};
         }

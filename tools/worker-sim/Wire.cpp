@@ -103,7 +103,7 @@ bool Wire::drip(std::string_view bytes, Seconds interval) {
     return true;
 }
 
-bool Wire::send(std::string_view bytes) {
+bool Wire::send(std::string_view bytes) const {
     while (!bytes.empty()) {
         const auto sent = ::send(socket_, bytes.data(), bytes.size(), 0);
         if (sent < 0 && errno == EINTR) {

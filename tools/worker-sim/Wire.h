@@ -46,7 +46,7 @@ public:
 private:
     bool deliverFaulty(const Fault& fault);
     bool drip(std::string_view bytes, Seconds interval);
-    bool send(std::string_view bytes);
+    [[nodiscard]] bool send(std::string_view bytes) const;
     void remember(const char* data, std::size_t size);
 
     int socket_;
