@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian packages that ./run and ./test need; to be sourced.
+# The Debian packages that ./run, ./test and ./bench need; to be sourced.
 
 # shellcheck disable=SC2034 # used by those that source this file
 build_packages=(
@@ -19,6 +19,9 @@ service_packages=(systemd)
 # picture with.
 # shellcheck disable=SC2034
 screen_packages=(dbus-daemon openbox scrot xvfb)
+
+# shellcheck disable=SC2034
+bench_packages=(dbus-daemon openbox xvfb)
 
 # shellcheck disable=SC2034
 test_packages=(
