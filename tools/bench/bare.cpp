@@ -24,6 +24,9 @@ using namespace Qt::StringLiterals;
 
 class Meter final : public QWidget {
 public:
+    /// Room for its number, so that the font is there before the window is.
+    Meter() { setMinimumHeight(fontMetrics().height()); }
+
     void setPercent(int percent) {
         if (percent != percent_) {
             percent_ = percent;
