@@ -97,6 +97,7 @@ void Screens::openSettings() {
     }
     window_.reveal();
     settings_->open();
+    settings_->window()->activateWindow();
 }
 
 void Screens::openSetup() {
@@ -104,6 +105,8 @@ void Screens::openSetup() {
     setup_ = std::make_unique<SetupWizard>(setupController_, &window_);
     giveKeys(*setup_->window());
     setup_->open();
+    // A person asked for it, perhaps where the window manager did not see that: in the tray.
+    setup_->window()->activateWindow();
 }
 
 void Screens::closeSetup() {

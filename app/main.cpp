@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QSettings>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -79,7 +80,6 @@ int main(int argc, char* argv[]) {
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(new ThemeStyle);
     QApplication::setPalette(Theme::palette());
-    QApplication::setWindowIcon(applicationIcon());
 
     QSettings defaults(
         QSettings::NativeFormat, QSettings::UserScope, QApplication::organizationName(),
@@ -98,6 +98,8 @@ int main(int argc, char* argv[]) {
          .defaults = defaults,
          .setupRequested = commandLine.setup()});
     control.applicationDidFinishLaunching();
+    // After the window: desktops want each of its sizes.
+    QTimer::singleShot(0, &application, [] { QApplication::setWindowIcon(applicationIcon()); });
     const auto requests = DesktopRequests::listen();
     serve(*requests, control);
     return QApplication::exec();

@@ -1,5 +1,6 @@
 #include "ui/kit/AppIcon.h"
 
+#include "ui/kit/DrawnIcon.h"
 #include "ui/kit/Glyph.h"
 #include "ui/kit/Theme.h"
 
@@ -17,7 +18,6 @@ constexpr int smallTile = 32;
 
 /// `glyph`: place of the mark on the canvas.
 void drawTile(QPainter& painter, const QRectF& glyph) {
-    painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(Theme::background);
     painter.drawRoundedRect(QRectF(10, 10, 236, 236), 54, 54);
@@ -27,17 +27,15 @@ void drawTile(QPainter& painter, const QRectF& glyph) {
 } // namespace
 
 QIcon applicationIcon() {
-    QIcon icon;
-    for (const int edge : {16, 24, 32, 48, 64, 128, tileCanvas, 2 * tileCanvas}) {
-        QPixmap pixmap(edge, edge);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
-        // In a list or a task bar the mark would be a speck.
-        drawTile(painter, edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208));
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    const DrawnIcon drawn{
+        .edges = {16, 24, 32, 48, 64, 128, tileCanvas, 2 * tileCanvas},
+        .draw = [](QPainter& painter, int edge) {
+            painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
+            // In a list or a task bar the mark would be a speck.
+            drawTile(
+                painter, edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208));
+        }};
+    return drawn.icon();
 }
 
 } // namespace vesk

@@ -4,7 +4,7 @@
 
 namespace vesk {
 
-/// The mark on a dark rounded tile.
+/// The mark on a dark rounded tile, drawn when it is asked for.
 [[nodiscard]] QIcon applicationIcon();
 
 } // namespace vesk

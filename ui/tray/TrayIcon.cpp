@@ -1,5 +1,6 @@
 #include "ui/tray/TrayIcon.h"
 
+#include "ui/kit/DrawnIcon.h"
 #include "ui/kit/Glyph.h"
 #include "ui/kit/Theme.h"
 #include "ui/kit/ViewKit.h"
@@ -66,21 +67,18 @@ void drawBadge(QPainter& painter, const QString& count, qreal edge) {
 } // namespace
 
 QIcon trayIcon(const QString& count, bool tinted) {
-    QIcon icon;
-    for (const int edge : {16, 22, 24, 32, 44, 48, 64}) {
-        QPixmap pixmap(edge, edge);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        if (count.isEmpty()) {
-            drawGlyph(painter, u"mark"_s, QRectF(0, 0, edge, edge), grey);
-        } else if (tinted) {
-            drawBeside(painter, count, edge);
-        } else {
-            drawBadge(painter, count, edge);
-        }
-        icon.addPixmap(pixmap);
-    }
+    const DrawnIcon drawn{
+        .edges = {16, 22, 24, 32, 44, 48, 64},
+        .draw = [count, tinted](QPainter& painter, int edge) {
+            if (count.isEmpty()) {
+                drawGlyph(painter, u"mark"_s, QRectF(0, 0, edge, edge), grey);
+            } else if (tinted) {
+                drawBeside(painter, count, edge);
+            } else {
+                drawBadge(painter, count, edge);
+            }
+        }};
+    QIcon icon = drawn.icon();
     icon.setIsMask(tinted);
     return icon;
 }
