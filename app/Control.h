@@ -45,6 +45,8 @@ public:
     };
 
     explicit Control(Surroundings surroundings);
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
     ~Control() override;
 
     /// Shows the window and starts everything.
