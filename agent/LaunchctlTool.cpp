@@ -8,13 +8,12 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 QString launchctlTool(const QString& executableFolder) {
-    const auto systemTool = u"/bin/launchctl"_s;
+    auto systemTool = u"/bin/launchctl"_s;
     if (QFileInfo::exists(systemTool)) {
         return systemTool;
     }
     for (const auto& folder : {u"."_s, QStringLiteral(VESK_COMPANION_FOLDER)}) {
-        const QString tool =
-            QDir::cleanPath(executableFolder + u'/' + folder + u"/vesk-launchctl"_s);
+        QString tool = QDir::cleanPath(executableFolder + u'/' + folder + u"/vesk-launchctl"_s);
         if (QFileInfo::exists(tool)) {
             return tool;
         }

@@ -12,7 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::optional<ServiceError> generate(const QString& file, const QString& units) {
+std::optional<ServiceError> generate(const QString& file, const GeneratorFolders& folders) {
+    const QString& units = folders.units;
     const auto loaded = loadLaunchAgent(file);
     if (const auto* failure = std::get_if<ServiceError>(&loaded)) {
         return *failure;
@@ -37,14 +38,14 @@ std::optional<ServiceError> generate(const QString& file, const QString& units) 
 
 } // namespace
 
-QStringList generateAgentUnits(const QString& agents, const QString& units) {
+QStringList generateAgentUnits(const GeneratorFolders& folders) {
     QStringList complaints;
-    const QDir folder(agents);
+    const QDir folder(folders.agents);
     const QStringList names = folder.entryList(
         {u"*.plist"_s}, QDir::Files | QDir::System | QDir::CaseSensitive, QDir::Name);
     for (const QString& name : names) {
         const QString file = folder.filePath(name);
-        if (const auto failure = generate(file, units)) {
+        if (const auto failure = generate(file, folders)) {
             complaints += file + u": "_s + failure->description;
         }
     }

@@ -14,8 +14,8 @@ int main(int count, char** words) {
         return 1;
     }
     const QStringList complaints = vesk::generateAgentUnits(
-        QFile::decodeName(home) + QStringLiteral("/Library/LaunchAgents"),
-        QFile::decodeName(words[1]));
+        {.agents = QFile::decodeName(home) + QStringLiteral("/Library/LaunchAgents"),
+         .units = QFile::decodeName(words[1])});
     for (const QString& complaint : complaints) {
         vesk::writeErrorLine(QStringLiteral("vesk-agent-generator: ") + complaint);
     }

@@ -151,12 +151,14 @@ std::optional<ServiceError> load(const QString& file, const UserManager& manager
     return failure;
 }
 
-ToolResult bootstrap(const QString& domain, const QString& file, const UserManager& manager) {
+/// `words`: the domain and the file.
+ToolResult bootstrap(const QStringList& words, const UserManager& manager) {
+    const QString& domain = words.at(0);
     if (domain != domainTarget()) {
         return serviceError(
             wrongDomain, u"\"%1\" is not the domain %2.\n"_s.arg(domain, domainTarget()));
     }
-    if (const auto failure = load(file, manager)) {
+    if (const auto failure = load(words.at(1), manager)) {
         return serviceError(
             failure->code,
             u"Bootstrap failed: %1: %2\n"_s.arg(failure->code).arg(failure->description.trimmed()));
@@ -175,7 +177,7 @@ ToolResult performLaunchctl(const QStringList& arguments, const UserManager& man
         return kickstart(arguments.at(2), manager);
     }
     if (verb == u"bootstrap" && arguments.size() == 3) {
-        return bootstrap(arguments.at(1), arguments.at(2), manager);
+        return bootstrap(arguments.sliced(1), manager);
     }
     return serviceError(
         wrongUsage, u"Usage: vesk-launchctl print DOMAIN/LABEL\n"

@@ -52,7 +52,7 @@ private slots:
 void AgentGeneratorTest::noFolder() {
     const QTemporaryDir home;
     const QString units = home.filePath(u"units"_s);
-    QVERIFY(generateAgentUnits(home.filePath(u"agents"_s), units).isEmpty());
+    QVERIFY(generateAgentUnits({home.filePath(u"agents"_s), units}).isEmpty());
     QVERIFY(entries(units).isEmpty());
 }
 
@@ -74,7 +74,7 @@ void AgentGeneratorTest::wanted() {
     const QString agents = home.filePath(u"agents"_s);
     const QString units = home.filePath(u"units"_s);
     write(agents + u"/a.plist"_s, labelled("com.example.a", keys));
-    QVERIFY(generateAgentUnits(agents, units).isEmpty());
+    QVERIFY(generateAgentUnits({agents, units}).isEmpty());
     const QString name = unitName(u"com.example.a"_s);
     QVERIFY(QFile::exists(units + u'/' + name));
     const QString link = units + u"/default.target.wants/"_s + name;
@@ -98,7 +98,7 @@ void AgentGeneratorTest::oddFiles() {
     QVERIFY(QFile::link(u"/nowhere"_s, agents + u"/nowhere.plist"_s));
     QVERIFY(QFile::link(agents + u"/backup.plist~"_s, agents + u"/link.plist"_s));
     QCOMPARE(mkfifo(QFile::encodeName(agents + u"/pipe.plist"_s).constData(), 0600), 0);
-    const QStringList complaints = generateAgentUnits(agents, units);
+    const QStringList complaints = generateAgentUnits({agents, units});
     const QStringList expected{u"empty"_s, u"huge"_s, u"no-program"_s, u"nowhere"_s, u"pipe"_s};
     QCOMPARE(complaints.size(), expected.size());
     for (qsizetype index = 0; index < expected.size(); ++index) {
@@ -116,7 +116,7 @@ void AgentGeneratorTest::sameLabelTwice() {
     const QString units = home.filePath(u"units"_s);
     write(agents + u"/a.plist"_s, labelled("com.example.a"));
     write(agents + u"/b.plist"_s, labelled("com.example.a", "<key>RunAtLoad</key><true/>"));
-    const QStringList complaints = generateAgentUnits(agents, units);
+    const QStringList complaints = generateAgentUnits({agents, units});
     QCOMPARE(complaints.size(), 1);
     QVERIFY(complaints.first().startsWith(agents + u"/b.plist: "_s));
     QCOMPARE(entries(units), QStringList{unitName(u"com.example.a"_s)});
