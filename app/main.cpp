@@ -27,11 +27,12 @@ namespace {
 using namespace vesk;
 using namespace Qt::StringLiterals;
 
-int yieldToRunningCopy(int argc, char** argv, const CommandLine& commandLine) {
+[[noreturn]] void yieldToRunningCopy(int argc, char** argv, const CommandLine& commandLine) {
     std::fputs("Corvala for Mac is already open.\n", stderr);
     const QCoreApplication application(argc, argv);
     askRunningCopy(commandLine.setup() ? DesktopRequests::setupAction : QStringView());
-    return EXIT_FAILURE;
+    // At once: a late message from the bus would find the toolkit half taken down and say so.
+    std::_Exit(EXIT_FAILURE);
 }
 
 void serve(const DesktopRequests& requests, Control& control) {
@@ -66,7 +67,7 @@ int main(int argc, char* argv[]) {
     // The toolkit gets the program's name only: no argument of ours is to be one of its own.
     int programOnly = 1;
     if (!lock.take()) {
-        return yieldToRunningCopy(programOnly, argv, commandLine);
+        yieldToRunningCopy(programOnly, argv, commandLine);
     }
 
     // Standard error is for our own few lines. QT_LOGGING_RULES, which comes after this, lets the
