@@ -69,12 +69,7 @@ class LockTest(DesktopCase):
             windows.minimise(first.window())
             wait_for("the window minimised", lambda: windows.is_minimised(first.window()))
 
-        def cover():
-            windows.cover()
-            wait_for("the cover in front", windows.is_covered)
-            self.addCleanup(windows.uncover)
-
-        for away in (hide, minimise, cover):
+        for away in (hide, minimise):
             with self.step(away.__name__):
                 away()
                 self.assert_refused(self.run_to_end())
