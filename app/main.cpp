@@ -64,15 +64,15 @@ int main(int argc, char* argv[]) {
     if (commandLine.selfTest()) {
         return runSelfTest();
     }
+    // Standard error is for our own few lines. QT_LOGGING_RULES, which comes after this, lets the
+    // toolkit's complaints through for whoever looks for them.
+    QLoggingCategory::setFilterRules(u"*.warning=false"_s);
     // The toolkit gets the program's name only: no argument of ours is to be one of its own.
     int programOnly = 1;
     if (!lock.take()) {
         yieldToRunningCopy(programOnly, argv, commandLine);
     }
 
-    // Standard error is for our own few lines. QT_LOGGING_RULES, which comes after this, lets the
-    // toolkit's complaints through for whoever looks for them.
-    QLoggingCategory::setFilterRules(u"*.warning=false"_s);
     QApplication application(programOnly, argv);
     const PromptQuit promptQuit(application);
     QApplication::setOrganizationName(u"Halvex"_s);
