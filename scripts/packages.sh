@@ -5,7 +5,7 @@
 build_packages=(
     cmake g++ ninja-build pkgconf
     libcpp-httplib-dev libboost1.81-dev libxcb1-dev
-    nlohmann-json3-dev qt6-base-dev qt6-svg-dev
+    nlohmann-json3-dev qt6-base-dev qt6-base-private-dev qt6-svg-dev
 )
 
 # shellcheck disable=SC2034

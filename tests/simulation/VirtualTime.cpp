@@ -1,0 +1,137 @@
+#include "VirtualTime.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimerEvent>
+
+#include <qpa/qwindowsysteminterface.h>
+
+namespace vesk {
+
+VirtualTime& VirtualTime::instance() {
+    auto* time = qobject_cast<VirtualTime*>(QAbstractEventDispatcher::instance());
+    if (time == nullptr) {
+        qFatal("this thread runs in real time");
+    }
+    return *time;
+}
+
+void VirtualTime::pass(Duration duration) {
+    horizon_ = now_ + duration;
+    // A loop of the toolkit's own, since objects are deleted later only within one.
+    QEventLoop loop;
+    QEventLoop* const outer = std::exchange(passing_, &loop);
+    awake_ = true;
+    loop.exec();
+    passing_ = outer;
+}
+
+bool VirtualTime::processEvents(QEventLoop::ProcessEventsFlags flags) {
+    interrupted_ = false;
+    emit awake();
+    const bool posted = std::exchange(awake_, false);
+    QCoreApplication::sendPostedEvents();
+    const bool fromWindows = QWindowSystemInterface::sendWindowSystemEvents(flags);
+    const bool fired = !interrupted_ && fireTimers();
+    if (posted || fromWindows || fired || awake_) {
+        return true;
+    }
+    if (interrupted_ || !flags.testFlag(QEventLoop::WaitForMoreEvents)) {
+        return false;
+    }
+    emit aboutToBlock();
+    if (!advance()) {
+        passing_->exit();
+    }
+    return false;
+}
+
+/// Fires what is due; what is started meanwhile waits for the next turn.
+bool VirtualTime::fireTimers() {
+    const quint64 startedBefore = starts_;
+    bool fired = false;
+    for (auto next = due_.begin(); next != due_.end() && next->first.first <= now_;) {
+        const auto [due, id] = *next;
+        if (due.second > startedBefore) {
+            ++next;
+            continue;
+        }
+        QObject* const object = timers_.find(id)->object;
+        arm(id, *timers_.find(id));
+        QTimerEvent event(id);
+        QCoreApplication::sendEvent(object, &event);
+        fired = true;
+        next = due_.begin();
+    }
+    return fired;
+}
+
+bool VirtualTime::advance() {
+    const bool timerWithin = !due_.empty() && due_.begin()->first.first <= horizon_;
+    if (!timerWithin) {
+        now_ = std::max(now_, horizon_);
+        return false;
+    }
+    now_ = std::max(now_, due_.begin()->first.first);
+    return true;
+}
+
+void VirtualTime::arm(int id, Timer& timer) {
+    due_.erase(timer.due);
+    timer.due = {now_ + timer.interval, ++starts_};
+    due_.emplace(timer.due, id);
+}
+
+void VirtualTime::registerSocketNotifier(QSocketNotifier*) {
+    qFatal("there are no sockets in virtual time");
+}
+
+void VirtualTime::unregisterSocketNotifier(QSocketNotifier*) {}
+
+void VirtualTime::registerTimer(int id, qint64 interval, Qt::TimerType type, QObject* object) {
+    const auto timer = timers_.insert(
+        id, {.due = {},
+             .interval = std::chrono::milliseconds(interval),
+             .type = type,
+             .object = object});
+    arm(id, *timer);
+}
+
+bool VirtualTime::unregisterTimer(int id) {
+    const auto timer = timers_.constFind(id);
+    if (timer == timers_.constEnd()) {
+        return false;
+    }
+    due_.erase(timer->due);
+    timers_.erase(timer);
+    return true;
+}
+
+bool VirtualTime::unregisterTimers(QObject* object) {
+    const QList<TimerInfo> timers = registeredTimers(object);
+    for (const TimerInfo& timer : timers) {
+        unregisterTimer(timer.timerId);
+    }
+    return !timers.isEmpty();
+}
+
+QList<VirtualTime::TimerInfo> VirtualTime::registeredTimers(QObject* object) const {
+    QList<TimerInfo> found;
+    for (auto timer = timers_.begin(); timer != timers_.end(); ++timer) {
+        if (timer->object == object) {
+            found.append({timer.key(), static_cast<int>(timer->interval.count()), timer->type});
+        }
+    }
+    return found;
+}
+
+int VirtualTime::remainingTime(int id) {
+    const auto timer = timers_.constFind(id);
+    if (timer == timers_.constEnd()) {
+        return -1;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(timer->due.first - now_);
+    return static_cast<int>(std::max<qint64>(left.count(), 0));
+}
+
+} // namespace vesk
