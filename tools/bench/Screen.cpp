@@ -77,7 +77,7 @@ Screen::Shown Screen::awaitWindow(pid_t pid) {
     throw std::runtime_error("process " + std::to_string(pid) + " showed no window");
 }
 
-void Screen::place(xcb_window_t window, int number) {
+void Screen::place(const Shown& shown, int number) {
     constexpr int columns = 3;
     constexpr int rows = 4;
     constexpr int width = 760;
@@ -87,13 +87,14 @@ void Screen::place(xcb_window_t window, int number) {
         static_cast<uint32_t>(number % columns * width + frame),
         static_cast<uint32_t>(number / columns % rows * height + frame)};
     xcb_configure_window(
-        connection_.get(), window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, position.data());
+        connection_.get(), shown.window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
+        position.data());
     xcb_flush(connection_.get());
 }
 
 void Screen::minimise(xcb_window_t window) {
     constexpr uint32_t iconic = 3;
-    tell(root_, window, changeState_, {.data32 = {iconic}});
+    tell({.to = root_, .about = window, .kind = changeState_, .data = {.data32 = {iconic}}});
     const auto deadline = steady_clock::now() + patience;
     while (const Event event = nextEvent(deadline)) {
         if ((event->response_type & ~sentByClient) == XCB_UNMAP_NOTIFY) {
@@ -118,8 +119,10 @@ Screen::longestAnswer(xcb_window_t window, std::chrono::milliseconds duration) {
         if (now < end) {
             // The time stamp comes back as it went out: here it is a number.
             tell(
-                window, window, protocols_,
-                {.data32 = {ping_, static_cast<uint32_t>(asked.size()), window}});
+                {.to = window,
+                 .about = window,
+                 .kind = protocols_,
+                 .data = {.data32 = {ping_, static_cast<uint32_t>(asked.size()), window}}});
             asked.push_back(now);
         } else if (now > end + patience) {
             throw std::runtime_error("a program does not answer any more");
@@ -160,19 +163,18 @@ std::optional<uint32_t> Screen::number(xcb_window_t window, xcb_atom_t name, xcb
     return value;
 }
 
-void Screen::tell(
-    xcb_window_t to, xcb_window_t about, xcb_atom_t kind, xcb_client_message_data_t data) {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = about;
-    message.type = kind;
-    message.data = data;
+void Screen::tell(const Message& message) {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = message.about;
+    event.type = message.kind;
+    event.data = message.data;
     // The window manager is told by way of the root window.
     constexpr uint32_t ofManager =
         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
-    const uint32_t mask = to == root_ ? ofManager : 0;
-    xcb_send_event(connection_.get(), 0, to, mask, reinterpret_cast<const char*>(&message));
+    const uint32_t mask = message.to == root_ ? ofManager : 0;
+    xcb_send_event(connection_.get(), 0, message.to, mask, reinterpret_cast<const char*>(&event));
     xcb_flush(connection_.get());
 }
 

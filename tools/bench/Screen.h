@@ -28,7 +28,7 @@ public:
     [[nodiscard]] Shown awaitWindow(pid_t pid);
 
     /// Puts a window of the usual size where none of the eleven numbers before it is.
-    void place(xcb_window_t window, int number);
+    void place(const Shown& shown, int number);
 
     /// Returns once it cannot be seen any more.
     void minimise(xcb_window_t window);
@@ -42,6 +42,12 @@ private:
     struct Freed {
         void operator()(void* memory) const;
     };
+    struct Message {
+        xcb_window_t to;
+        xcb_window_t about;
+        xcb_atom_t kind;
+        xcb_client_message_data_t data;
+    };
     using Event = std::unique_ptr<xcb_generic_event_t, Freed>;
 
     [[nodiscard]] xcb_atom_t atom(const char* name);
@@ -49,7 +55,7 @@ private:
     [[nodiscard]] std::optional<uint32_t>
     number(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     void awaitManager();
-    void tell(xcb_window_t to, xcb_window_t about, xcb_atom_t kind, xcb_client_message_data_t data);
+    void tell(const Message& message);
     /// Nothing when none came in time.
     [[nodiscard]] Event nextEvent(SteadyTime deadline);
 

@@ -55,7 +55,7 @@ Trial::Trial(Screen& screen, Kind kind, const Situation& situation, int place)
         }
         screen.minimise(shown_.window);
     } else {
-        screen.place(shown_.window, place);
+        screen.place(shown_, place);
     }
 }
 

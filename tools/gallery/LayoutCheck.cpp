@@ -52,7 +52,7 @@ QString heightFault(const QWidget& text) {
 }
 
 QString wrappedFault(const WrappedLabel& label) {
-    const QString fault = heightFault(label);
+    QString fault = heightFault(label);
     if (fault.isEmpty() && label.isShortened() && !isToldElsewhere(label)) {
         return u"is shortened and told nowhere else"_s;
     }

@@ -14,7 +14,7 @@ thread_local Exchange* Exchange::currentOfThread = nullptr;
 namespace {
 
 constexpr std::size_t threads = 64;
-constexpr std::size_t largestRequest = 1024 * 1024;
+constexpr std::size_t largestRequest = std::size_t{1024} * 1024;
 
 class Workers final : public httplib::ThreadPool {
 public:

@@ -13,7 +13,7 @@ void makeVideo(Job& job, Random& random) {
     job.mediaKind = "video";
     job.model = models::video;
     job.frames = random.whole(6, 14);
-    job.frameSpacingMs = random.whole(8, 30) * 100;
+    job.frameSpacingMs = std::int64_t{100} * random.whole(8, 30);
     job.processing = random.seconds(0.8, 1.1) * job.frames;
 }
 

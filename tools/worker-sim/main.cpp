@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -48,10 +50,7 @@ int serve(const vesk::sim::Options& options) {
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char* argv[]) {
-    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+int run(const std::vector<std::string_view>& arguments) {
     const auto options = vesk::sim::parseOptions(arguments);
     if (const auto* complaint = std::get_if<std::string>(&options)) {
         std::cerr << programName << ": " << *complaint << "; see --help\n";
@@ -62,4 +61,13 @@ int main(int argc, char* argv[]) {
         return 0;
     }
     return serve(std::get<vesk::sim::Options>(options));
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) try {
+    return run({argv + std::min(argc, 1), argv + argc});
+} catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s: %s\n", programName, failure.what());
+    return 1;
 }
