@@ -58,8 +58,7 @@ private:
     std::chrono::milliseconds pause_ = 1ms;
 };
 
-Launchctl::Launchctl(QString toolPath, QObject* parent)
-    : QObject(parent), toolPath_(std::move(toolPath)) {}
+Launchctl::Launchctl(QString toolPath) : toolPath_(std::move(toolPath)) {}
 
 void Launchctl::run(const QStringList& arguments, QObject* receiver, Done done) {
     begin(toolPath_, arguments, receiver, done);

@@ -13,7 +13,7 @@ class Launchctl final : public QObject, public Tool {
     Q_OBJECT
 
 public:
-    explicit Launchctl(QString toolPath, QObject* parent = nullptr);
+    explicit Launchctl(QString toolPath);
 
     void run(const QStringList& arguments, QObject* receiver, Done done) override;
     void runScript(

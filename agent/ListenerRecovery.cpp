@@ -14,9 +14,8 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-ListenerRecovery::ListenerRecovery(
-    Tool& tool, std::function<bool()> starting, Clock clock, QObject* parent)
-    : QObject(parent), tool_(tool), starting_(std::move(starting)), clock_(std::move(clock)) {}
+ListenerRecovery::ListenerRecovery(Tool& tool, std::function<bool()> starting, Clock clock)
+    : tool_(tool), starting_(std::move(starting)), clock_(std::move(clock)) {}
 
 void ListenerRecovery::recoverStaleListenerIfNeeded(qint64 misses) {
     if (misses < ListenerRecoveryPolicy::missesBeforeRecovery || starting_() || recoveryInFlight_) {

@@ -17,16 +17,7 @@ class ListenerRecovery final : public QObject {
 public:
     /// `tool` must outlive this. `starting` tells whether a start is under way; it is asked on
     /// the main thread, before the service manager is and again after.
-    ListenerRecovery(
-        Tool& tool, std::function<bool()> starting, Clock clock, QObject* parent = nullptr);
-
-    /// Whether a check or a restart is under way.
-    [[nodiscard]] bool recoveryInFlight() const noexcept { return recoveryInFlight_; }
-
-    /// When the last restart was begun.
-    [[nodiscard]] std::optional<TimePoint> lastRecoveryAttempt() const noexcept {
-        return lastRecoveryAttempt_;
-    }
+    ListenerRecovery(Tool& tool, std::function<bool()> starting, Clock clock);
 
     /// To be called after each failed health fetch, with how many failed in a row. Returns at once.
     /// A restart that fails is told on standard error only.
@@ -46,8 +37,8 @@ private:
     Tool& tool_;
     std::function<bool()> starting_;
     Clock clock_;
-    bool recoveryInFlight_ = false;
-    std::optional<TimePoint> lastRecoveryAttempt_;
+    bool recoveryInFlight_ = false;                ///< a check or a restart is under way
+    std::optional<TimePoint> lastRecoveryAttempt_; ///< when the last restart was begun
 };
 
 } // namespace vesk

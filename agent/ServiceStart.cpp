@@ -25,8 +25,8 @@ exec "$0" bootstrap "$1" "$4"
 
 } // namespace
 
-ServiceStart::ServiceStart(Tool& tool, ServiceLocations locations, QObject* parent)
-    : QObject(parent), tool_(tool), locations_(std::move(locations)) {}
+ServiceStart::ServiceStart(Tool& tool, ServiceLocations locations)
+    : tool_(tool), locations_(std::move(locations)) {}
 
 void ServiceStart::startService(Done done) {
     if (starting_) {

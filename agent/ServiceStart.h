@@ -21,7 +21,7 @@ public:
     using Done = std::function<void(const std::optional<ServiceError>&)>;
 
     /// `tool` must outlive this.
-    ServiceStart(Tool& tool, ServiceLocations locations, QObject* parent = nullptr);
+    ServiceStart(Tool& tool, ServiceLocations locations);
 
     /// Whether a start is under way. A tool that hangs keeps it so.
     [[nodiscard]] bool starting() const noexcept { return starting_; }

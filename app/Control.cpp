@@ -27,7 +27,7 @@ Control::Control(Surroundings surroundings)
       locations_(surroundings_.home),
       client_(surroundings_.exchange, surroundings_.port),
       loop_(
-          client_, [this] { return situation(); }, surroundings_.clock, this),
+          client_, [this] { return situation(); }, surroundings_.clock),
       backend_(client_, surroundings_.clock),
       deepJobs_(client_),
       start_(surroundings_.tool, locations_),

@@ -6,11 +6,8 @@
 
 namespace vesk {
 
-BackendCheck::BackendCheck(ServiceClient& client, Clock clock, QObject* parent)
-    : QObject(parent),
-      client_(client),
-      clock_(std::move(clock)),
-      inFlight_(std::make_unique<QObject>()) {}
+BackendCheck::BackendCheck(ServiceClient& client, Clock clock)
+    : client_(client), clock_(std::move(clock)), connection_(std::in_place) {}
 
 void BackendCheck::checkIfDue(Attention attention) {
     if (RefreshPolicy::diagnosticsDue(attention, clock_(), backendChecked_)) {
@@ -21,13 +18,13 @@ void BackendCheck::checkIfDue(Attention attention) {
 void BackendCheck::reset() {
     backendReady_.reset();
     backendChecked_.reset();
-    inFlight_ = std::make_unique<QObject>();
+    connection_.emplace();
 }
 
 void BackendCheck::checkBackend() {
     // Before sending, so that a slow or failed check is not repeated at every health fetch.
     backendChecked_ = clock_();
-    client_.fetchBackendReady(inFlight_.get(), [this](bool ready) {
+    client_.fetchBackendReady(&*connection_, [this](bool ready) {
         backendReady_ = ready;
         emit answered();
     });

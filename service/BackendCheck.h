@@ -4,7 +4,6 @@
 
 #include <QObject>
 
-#include <memory>
 #include <optional>
 
 namespace vesk {
@@ -17,15 +16,10 @@ class BackendCheck final : public QObject {
     Q_OBJECT
 
 public:
-    BackendCheck(ServiceClient& client, Clock clock, QObject* parent = nullptr);
+    BackendCheck(ServiceClient& client, Clock clock);
 
     /// Unknown until the first answer after a connection; a failed check reads false.
     [[nodiscard]] std::optional<bool> backendReady() const noexcept { return backendReady_; }
-
-    /// When the last check was started.
-    [[nodiscard]] std::optional<TimePoint> backendChecked() const noexcept {
-        return backendChecked_;
-    }
 
     /// Starts a check where one is due.
     void checkIfDue(Attention attention);
@@ -43,8 +37,8 @@ private:
     ServiceClient& client_;
     Clock clock_;
     std::optional<bool> backendReady_;
-    std::optional<TimePoint> backendChecked_;
-    std::unique_ptr<QObject> inFlight_; // receiver of the checks since the last reset
+    std::optional<TimePoint> backendChecked_; ///< when the last check was started
+    std::optional<QObject> connection_;       ///< receives the answers until the next reset
 };
 
 } // namespace vesk

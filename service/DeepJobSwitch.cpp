@@ -4,8 +4,7 @@
 
 namespace vesk {
 
-DeepJobSwitch::DeepJobSwitch(ServiceClient& client, QObject* parent)
-    : QObject(parent), client_(client) {}
+DeepJobSwitch::DeepJobSwitch(ServiceClient& client) : client_(client) {}
 
 void DeepJobSwitch::send(bool enabled, ServiceClient::HealthHandler handler) {
     Q_ASSERT(!changingPolicy_);

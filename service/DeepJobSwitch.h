@@ -11,7 +11,7 @@ class DeepJobSwitch final : public QObject {
     Q_OBJECT
 
 public:
-    explicit DeepJobSwitch(ServiceClient& client, QObject* parent = nullptr);
+    explicit DeepJobSwitch(ServiceClient& client);
 
     /// A change has been sent and its answer has not been handled yet.
     [[nodiscard]] bool changingPolicy() const noexcept { return changingPolicy_; }

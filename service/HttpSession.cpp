@@ -6,7 +6,7 @@
 
 namespace vesk {
 
-HttpSession::HttpSession(QObject* parent) : QObject(parent) {
+HttpSession::HttpSession() {
     connect(this, &HttpSession::exchangesEnded, this, &HttpSession::deliver, Qt::QueuedConnection);
     worker_ = std::make_unique<HttpWorker>([this] { emit exchangesEnded(QPrivateSignal()); });
 }

@@ -21,7 +21,7 @@ public:
     /// A longer body makes the exchange a failure.
     static constexpr qsizetype maxAnswerBytes = qsizetype{16} * 1024 * 1024;
 
-    explicit HttpSession(QObject* parent = nullptr);
+    HttpSession();
     HttpSession(const HttpSession&) = delete;
     HttpSession& operator=(const HttpSession&) = delete;
 

@@ -8,9 +8,8 @@ namespace vesk {
 
 using std::chrono::milliseconds;
 
-RefreshLoop::RefreshLoop(
-    ServiceClient& client, std::function<Situation()> situation, Clock clock, QObject* parent)
-    : QObject(parent), client_(client), situation_(std::move(situation)), clock_(std::move(clock)) {
+RefreshLoop::RefreshLoop(ServiceClient& client, std::function<Situation()> situation, Clock clock)
+    : client_(client), situation_(std::move(situation)), clock_(std::move(clock)) {
     timer_.setSingleShot(true);
     // The coarse timers of the toolkit may fire early.
     timer_.setTimerType(Qt::PreciseTimer);
@@ -24,16 +23,12 @@ void RefreshLoop::reload() {
 
 void RefreshLoop::scheduleRefresh() {
     const Situation now = situation_();
-    interval_ = RefreshPolicy::health(now.attention, now.active);
+    const Seconds interval = RefreshPolicy::health(now.attention, now.active);
     const auto clock = clock_().time_since_epoch();
     timer_.start(sharedWakeUp(
         {.now = std::chrono::ceil<milliseconds>(clock),
-         .interval = std::chrono::ceil<milliseconds>(interval_),
-         .tolerance = std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval_))}));
-}
-
-std::optional<Seconds> RefreshLoop::pendingInterval() const {
-    return timer_.isActive() ? std::optional(interval_) : std::nullopt;
+         .interval = std::chrono::ceil<milliseconds>(interval),
+         .tolerance = std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval))}));
 }
 
 void RefreshLoop::fetchHealth() {

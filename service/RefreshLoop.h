@@ -7,7 +7,6 @@
 #include <QTimer>
 
 #include <functional>
-#include <optional>
 
 namespace vesk {
 
@@ -27,21 +26,13 @@ public:
         bool changingPolicy = false; ///< a deep-job change is under way: no fetch meanwhile
     };
 
-    RefreshLoop(
-        ServiceClient& client, std::function<Situation()> situation, Clock clock,
-        QObject* parent = nullptr);
+    RefreshLoop(ServiceClient& client, std::function<Situation()> situation, Clock clock);
 
     /// Fetches at once; while a fetch or a policy change is under way it only arms the timer.
     void reload();
 
     /// Arms the next fetch, replacing the pending one.
     void scheduleRefresh();
-
-    /// A health fetch is under way.
-    [[nodiscard]] bool refreshing() const noexcept { return refreshing_; }
-
-    /// The interval of the pending timer; none while no timer is pending.
-    [[nodiscard]] std::optional<Seconds> pendingInterval() const;
 
 signals:
     void healthReceived(const vesk::ConfirmedHealth& health);
@@ -54,7 +45,6 @@ private:
     std::function<Situation()> situation_;
     Clock clock_;
     QTimer timer_;
-    Seconds interval_{0};
     bool refreshing_ = false;
 };
 

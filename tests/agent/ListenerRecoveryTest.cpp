@@ -1,10 +1,11 @@
 #include "agent/ListenerRecovery.h"
-#include "agent/Launchctl.h"
 #include "agent/ServiceTarget.h"
-#include "tests/agent/ScriptedTool.h"
+#include "tests/simulation/SimulatedTool.h"
+#include "tests/simulation/VirtualTimeMain.h"
 
+#include <QFile>
 #include <QSignalSpy>
-#include <QTest>
+#include <QTemporaryDir>
 
 #include <unistd.h>
 
@@ -15,25 +16,45 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int patience = 20'000;
+const QString running = u"a = {\n\tstate = running\n}\n"_s;
+const QStringList question{u"print"_s, serviceTarget()};
+const QStringList kickstart{u"kickstart"_s, u"-k"_s, serviceTarget()};
+
+void pass(VirtualTime::Duration duration) {
+    VirtualTime::instance().pass(duration);
+}
 
 struct Scene {
-    explicit Scene(const QByteArray& body) : tool(body) {}
-
-    const ScriptedTool tool;
-    Launchctl launchctl{tool.path()};
+    SimulatedTool tool;
     bool starting = false;
-    TimePoint now{1000s};
-    ListenerRecovery recovery{launchctl, [this] { return starting; }, [this] { return now; }};
+    ListenerRecovery recovery{
+        tool, [this] { return starting; }, [] { return VirtualTime::instance().now(); }};
     QSignalSpy restarting{&recovery, &ListenerRecovery::restarting};
     QSignalSpy restarted{&recovery, &ListenerRecovery::restarted};
+
+    [[nodiscard]] QList<QStringList> runs() const {
+        QList<QStringList> arguments;
+        for (const SimulatedTool::Run& run : tool.runs()) {
+            arguments.append(run.arguments);
+        }
+        return arguments;
+    }
+
+    /// Whether one more miss leads to a restart, which then succeeds.
+    bool restart(qint64 misses) {
+        const auto before = tool.runs().size();
+        recovery.recoverStaleListenerIfNeeded(misses);
+        if (tool.runs().size() != before + 1) {
+            return false;
+        }
+        tool.end(static_cast<std::size_t>(before), running);
+        if (tool.runs().size() != before + 2) {
+            return false;
+        }
+        tool.end(static_cast<std::size_t>(before) + 1, QString());
+        return true;
+    }
 };
-
-const QByteArray running = "[ $1 = print ] && printf 'a = {\\n\\tstate = running\\n}\\n'; exit 0";
-
-QStringList recoveryCommands() {
-    return {u"print "_s + serviceTarget(), u"kickstart -k "_s + serviceTarget()};
-}
 
 /// What is written to standard error while this lives.
 class ErrorCapture {
@@ -83,7 +104,6 @@ private slots:
     void failedRestart_data();
     void failedRestart();
     void goneWhileUnderWay();
-    void quitWhileRestarting();
 };
 
 void ListenerRecoveryTest::nothingIsAsked_data() {
@@ -99,179 +119,170 @@ void ListenerRecoveryTest::nothingIsAsked_data() {
 void ListenerRecoveryTest::nothingIsAsked() {
     QFETCH(const qint64, misses);
     QFETCH(const bool, starting);
-    Scene scene(running);
+    Scene scene;
     scene.starting = starting;
     scene.recovery.recoverStaleListenerIfNeeded(misses);
-    QVERIFY(!scene.recovery.recoveryInFlight());
-    bool reached = false;
-    scene.launchctl.run({u"last"_s}, this, [&](const auto&) { reached = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(reached, patience);
-    QCOMPARE(scene.tool.calls(), QStringList{u"last"_s});
-    QVERIFY(!scene.recovery.lastRecoveryAttempt());
+    pass(1h);
+    QVERIFY(scene.tool.runs().isEmpty());
+    // Nor does it keep a later one from being asked.
+    scene.starting = false;
+    QVERIFY(scene.restart(3));
 }
 
 void ListenerRecoveryTest::restarts() {
-    Scene scene("[ $1 = print ] && echo ' state = running ' && exit; await go");
+    Scene scene;
     scene.recovery.recoverStaleListenerIfNeeded(3);
-    QVERIFY(scene.recovery.recoveryInFlight());
-    QVERIFY(!scene.recovery.lastRecoveryAttempt());
-    QTRY_COMPARE_WITH_TIMEOUT(scene.restarting.size(), 1, patience);
-    QCOMPARE(scene.recovery.lastRecoveryAttempt(), scene.now);
-    QTRY_COMPARE_WITH_TIMEOUT(scene.tool.calls(), recoveryCommands(), patience);
-    QVERIFY(scene.recovery.recoveryInFlight());
-
-    QElapsedTimer time;
-    time.start();
-    scene.tool.touch(u"go"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.recovery.recoveryInFlight(), patience);
-    QVERIFY2(time.elapsed() >= 990, qPrintable(QString::number(time.elapsed())));
+    QCOMPARE(scene.runs(), QList<QStringList>{question});
+    pass(1h);
+    QVERIFY(scene.restarting.isEmpty());
+    scene.tool.end(0, running);
+    QCOMPARE(scene.restarting.size(), 1);
+    QCOMPARE(scene.runs(), (QList<QStringList>{question, kickstart}));
+    pass(1h);
+    QVERIFY(scene.restarted.isEmpty());
+    scene.tool.end(1, QString());
+    pass(999ms);
+    QVERIFY(scene.restarted.isEmpty());
+    pass(1ms);
+    QCOMPARE(scene.restarted.size(), 1);
+    pass(1h);
     QCOMPARE(scene.restarted.size(), 1);
     QCOMPARE(scene.restarting.size(), 1);
-    QCOMPARE(scene.tool.calls().size(), 2);
+    QCOMPARE(scene.tool.runs().size(), 2);
 }
 
 void ListenerRecoveryTest::declines_data() {
-    QTest::addColumn<QByteArray>("body");
-    QTest::newRow("unknown") << QByteArray("exit 113");
-    QTest::newRow("failing, though it says running") << QByteArray("echo state = running; exit 1");
-    QTest::newRow("waiting") << QByteArray("echo state = waiting");
-    QTest::newRow("nothing said") << QByteArray("exit 0");
-    QTest::newRow("not UTF-8") << QByteArray("printf '\\377\\nstate = running\\n'");
+    QTest::addColumn<ToolResult>("description");
+    QTest::newRow("unknown") << ToolResult(serviceError(113, {}));
+    QTest::newRow("failing, though it says running") << ToolResult(serviceError(1, running));
+    QTest::newRow("waiting") << ToolResult(u"\tstate = waiting\n"_s);
+    QTest::newRow("nothing said") << ToolResult(QString());
 }
 
 void ListenerRecoveryTest::declines() {
-    QFETCH(const QByteArray, body);
-    Scene scene(body);
+    QFETCH(const ToolResult, description);
+    Scene scene;
     scene.recovery.recoverStaleListenerIfNeeded(3);
-    QVERIFY(scene.recovery.recoveryInFlight());
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.recovery.recoveryInFlight(), patience);
-    QCOMPARE(scene.tool.calls(), QStringList{recoveryCommands().first()});
-    QVERIFY(!scene.recovery.lastRecoveryAttempt());
+    scene.tool.end(0, description);
+    pass(1h);
+    QCOMPARE(scene.runs(), QList<QStringList>{question});
     QVERIFY(scene.restarting.isEmpty());
     QVERIFY(scene.restarted.isEmpty());
+    // It was no restart: none need be waited out.
+    QVERIFY(scene.restart(4));
 }
 
 void ListenerRecoveryTest::cooldown_data() {
-    QTest::addColumn<double>("later");
+    QTest::addColumn<std::chrono::milliseconds>("later");
     QTest::addColumn<bool>("restarts");
-    QTest::newRow("at once") << 0.0 << false;
-    QTest::newRow("just before") << 89.999 << false;
-    QTest::newRow("on the dot") << 90.0 << true;
-    QTest::newRow("after") << 500.0 << true;
-    QTest::newRow("clock set back") << -10.0 << false;
+    QTest::newRow("at once") << 1'000ms << false;
+    QTest::newRow("just before") << 89'999ms << false;
+    QTest::newRow("on the dot") << 90'000ms << true;
+    QTest::newRow("after") << 500'000ms << true;
 }
 
+/// From the beginning of the first restart.
 void ListenerRecoveryTest::cooldown() {
-    QFETCH(const double, later);
+    QFETCH(const std::chrono::milliseconds, later);
     QFETCH(const bool, restarts);
-    Scene scene(running);
-    const TimePoint first = scene.now;
-    scene.recovery.recoverStaleListenerIfNeeded(3);
-    QTRY_COMPARE_WITH_TIMEOUT(scene.restarted.size(), 1, patience);
-    scene.now += std::chrono::round<TimePoint::duration>(Seconds(later));
-    scene.recovery.recoverStaleListenerIfNeeded(4);
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.recovery.recoveryInFlight(), patience);
+    Scene scene;
+    QVERIFY(scene.restart(3));
+    pass(later);
+    QCOMPARE(scene.restart(4), restarts);
     QCOMPARE(scene.restarting.size(), restarts ? 2 : 1);
-    QCOMPARE(scene.tool.calls().size(), restarts ? 4 : 3);
-    QCOMPARE(scene.recovery.lastRecoveryAttempt(), restarts ? scene.now : first);
+    if (restarts) {
+        pass(89'999ms);
+        QVERIFY(!scene.restart(5));
+    } else {
+        // The answer that came too early begins no cool-down of its own.
+        pass(90s - later);
+        QVERIFY(scene.restart(5));
+    }
 }
 
 void ListenerRecoveryTest::startBegunMeanwhile() {
-    Scene scene("await go; echo state = running");
+    Scene scene;
     scene.recovery.recoverStaleListenerIfNeeded(3);
     scene.starting = true;
-    scene.tool.touch(u"go"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.recovery.recoveryInFlight(), patience);
-    QCOMPARE(scene.tool.calls().size(), 1);
+    scene.tool.end(0, running);
+    QCOMPARE(scene.runs(), QList<QStringList>{question});
     QVERIFY(scene.restarting.isEmpty());
+    scene.starting = false;
+    QVERIFY(scene.restart(3));
 }
 
 void ListenerRecoveryTest::callsWhileUnderWay() {
-    Scene scene(running);
+    Scene scene;
     for (qint64 misses = 3; misses < 10; ++misses) {
         scene.recovery.recoverStaleListenerIfNeeded(misses);
     }
-    QTRY_COMPARE_WITH_TIMEOUT(scene.restarting.size(), 1, patience);
-    scene.now += 1000s;
+    QCOMPARE(scene.runs(), QList<QStringList>{question});
+    scene.tool.end(0, running);
+    pass(1000s);
     scene.recovery.recoverStaleListenerIfNeeded(20);
-    QTRY_COMPARE_WITH_TIMEOUT(scene.restarted.size(), 1, patience);
-    QCOMPARE(scene.tool.calls(), recoveryCommands());
+    QCOMPARE(scene.runs(), (QList<QStringList>{question, kickstart}));
+    scene.tool.end(1, QString());
+    pass(999ms);
+    scene.recovery.recoverStaleListenerIfNeeded(21);
+    QCOMPARE(scene.tool.runs().size(), 2);
+    pass(1ms);
+    scene.recovery.recoverStaleListenerIfNeeded(22);
+    QCOMPARE(scene.tool.runs().size(), 3);
 }
 
 void ListenerRecoveryTest::missesAreThoseOfTheCall() {
-    Scene scene("await go; echo state = running");
+    Scene scene;
     scene.recovery.recoverStaleListenerIfNeeded(3);
     scene.recovery.recoverStaleListenerIfNeeded(1);
-    scene.tool.touch(u"go"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(scene.restarting.size(), 1, patience);
+    scene.tool.end(0, running);
+    QCOMPARE(scene.restarting.size(), 1);
 }
 
 void ListenerRecoveryTest::failedRestart_data() {
-    QTest::addColumn<QByteArray>("failure");
+    QTest::addColumn<QString>("failure");
     QTest::addColumn<QByteArray>("line");
     const QByteArray start = "Corvala worker listener recovery failed: ";
-    QTest::newRow("text") << QByteArray("printf 'no way'; exit 1") << start + "no way\n";
-    QTest::newRow("nothing") << QByteArray("exit 1") << start + "\n";
-    QTest::newRow("killed") << QByteArray("kill -KILL $$") << start + "\n";
-    QTest::newRow("line") << QByteArray("echo no way; exit 1") << start + "no way\n";
-    QTest::newRow("lines") << QByteArray("printf 'no\\n\\tway\\n\\n'; exit 1")
-                           << start + "no  way\n";
-    QTest::newRow("zero byte") << QByteArray("printf 'no\\000way'; exit 1") << start + "no way\n";
-    QTest::newRow("large") << QByteArray("head -c 200000 /dev/zero | tr '\\0' x; exit 1")
-                           << start + QByteArray(200'000, 'x') + "\n";
-    QTest::newRow("not UTF-8") << QByteArray("printf '\\377'; exit 1")
-                               << start + "Service operation failed\n";
-    QTest::newRow("UTF-8") << QByteArray("printf '\\303\\244'; exit 1") << start + "ä\n";
+    QTest::newRow("text") << u"no way"_s << start + "no way\n";
+    QTest::newRow("nothing") << QString() << start + "\n";
+    QTest::newRow("line") << u"no way\n"_s << start + "no way\n";
+    QTest::newRow("lines") << u"no\n\tway\n\n"_s << start + "no  way\n";
+    QTest::newRow("zero byte") << u"no\0way"_s << start + "no way\n";
+    QTest::newRow("large") << QString(200'000, u'x') << start + QByteArray(200'000, 'x') + "\n";
+    QTest::newRow("not ASCII") << u"ä"_s << start + "ä\n";
 }
 
 void ListenerRecoveryTest::failedRestart() {
-    QFETCH(const QByteArray, failure);
+    QFETCH(const QString, failure);
     QFETCH(const QByteArray, line);
-    Scene scene("[ $1 = print ] && echo state = running && exit; " + failure);
+    Scene scene;
+    scene.recovery.recoverStaleListenerIfNeeded(3);
+    scene.tool.end(0, running);
     QByteArray written;
     {
         const ErrorCapture capture;
-        scene.recovery.recoverStaleListenerIfNeeded(3);
-        QTRY_VERIFY_WITH_TIMEOUT(!scene.recovery.recoveryInFlight(), patience);
+        scene.tool.end(1, serviceError(1, failure));
         written = capture.text();
     }
     QCOMPARE(written, line);
     QCOMPARE(scene.restarting.size(), 1);
+    pass(89'999ms);
     QVERIFY(scene.restarted.isEmpty());
-    QCOMPARE(scene.recovery.lastRecoveryAttempt(), scene.now);
-    QCOMPARE(scene.tool.calls(), recoveryCommands());
+    QVERIFY(!scene.restart(4));
+    pass(1ms);
+    QVERIFY(scene.restart(5));
 }
 
 void ListenerRecoveryTest::goneWhileUnderWay() {
-    const ScriptedTool tool("await go; echo state = running");
-    Launchctl launchctl(tool.path());
+    SimulatedTool tool;
     auto recovery = std::make_unique<ListenerRecovery>(
-        launchctl, [] { return false; }, [] { return TimePoint(); });
+        tool, [] { return false; }, [] { return TimePoint(); });
     recovery->recoverStaleListenerIfNeeded(3);
     recovery.reset();
-    tool.touch(u"go"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(tool.calls().size(), 1, patience);
-    bool reached = false;
-    launchctl.run({u"last"_s}, this, [&](const auto&) { reached = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(reached, patience);
-    QCOMPARE(tool.calls().size(), 2);
-}
-
-void ListenerRecoveryTest::quitWhileRestarting() {
-    const ScriptedTool tool("[ $1 = print ] && echo state = running && exit; await go;"
-                            " head -c 300000 /dev/zero || exit 1; echo done > end");
-    auto launchctl = std::make_unique<Launchctl>(tool.path());
-    auto recovery = std::make_unique<ListenerRecovery>(
-        *launchctl, [] { return false; }, [] { return TimePoint(); });
-    recovery->recoverStaleListenerIfNeeded(3);
-    QTRY_COMPARE_WITH_TIMEOUT(tool.calls(), recoveryCommands(), patience);
-    recovery.reset();
-    launchctl.reset();
-    tool.touch(u"go"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(tool.content(u"end"_s), "done\n", patience);
+    tool.end(0, running);
+    QCOMPARE(tool.runs().size(), 1);
 }
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ListenerRecoveryTest)
+VESK_VIRTUAL_TIME_MAIN(QCoreApplication, vesk::ListenerRecoveryTest)
 #include "ListenerRecoveryTest.moc"

@@ -5,6 +5,7 @@
 #include "agent/ServiceTarget.h"
 #include "agent/systemd/ServiceUnit.h"
 #include "model/ListenerRecoveryPolicy.h"
+#include "tests/agent/CountedTool.h"
 #include "tests/agent/PrivateManager.h"
 #include "tests/agent/PropertyListSamples.h"
 
@@ -429,13 +430,15 @@ void ManagedServiceTest::recovery() {
     putTemplate(atLoad + probeKeys(report()));
     QCOMPARE(start(), std::nullopt);
     TimePoint now(1000s);
+    CountedTool tool(*launchctl_);
     ListenerRecovery recovery(
-        *launchctl_, [] { return false; }, [&] { return now; });
+        tool, [] { return false; }, [&] { return now; });
     const QSignalSpy restarting(&recovery, &ListenerRecovery::restarting);
     const QSignalSpy restarted(&recovery, &ListenerRecovery::restarted);
     const auto check = [&](qint64 misses) {
         recovery.recoverStaleListenerIfNeeded(misses);
-        return QTest::qWaitFor([&] { return !recovery.recoveryInFlight(); }, patience);
+        return QTest::qWaitFor(
+            [&] { return tool.idle() && restarted.size() == restarting.size(); }, patience);
     };
     const QByteArray first = unitProperty(u"MainPID"_s);
     QVERIFY(check(2));
@@ -462,11 +465,13 @@ void ManagedServiceTest::recoveryOfAStoppedService() {
     putTemplate(atLoad + probeKeys(report()));
     QCOMPARE(start(), std::nullopt);
     static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
+    CountedTool tool(*launchctl_);
     ListenerRecovery recovery(
-        *launchctl_, [] { return false; }, [] { return TimePoint(1000s); });
+        tool, [] { return false; }, [] { return TimePoint(1000s); });
+    const QSignalSpy restarting(&recovery, &ListenerRecovery::restarting);
     recovery.recoverStaleListenerIfNeeded(30);
-    QTRY_VERIFY_WITH_TIMEOUT(!recovery.recoveryInFlight(), patience);
-    QVERIFY(!recovery.lastRecoveryAttempt());
+    QTRY_VERIFY_WITH_TIMEOUT(tool.idle(), patience);
+    QCOMPARE(restarting.size(), 0);
     QVERIFY(!isRunning());
 }
 

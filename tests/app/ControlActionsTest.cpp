@@ -19,8 +19,8 @@ const QByteArray paused = R"({"deep_scan_enabled": false})";
 const QByteArray services = "/v1/local/services";
 
 void connectTo(ControlBench& bench) {
-    bench.control->applicationDidFinishLaunching();
-    QTRY_VERIFY(bench.control->online());
+    bench.open();
+    QVERIFY(bench.control->online());
 }
 
 QWidget* settingsSheet() {
@@ -44,13 +44,15 @@ private slots:
         connectTo(bench);
         bench.other[services] = paused;
         QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
-        QTRY_VERIFY(bench.button(u"Resume deep jobs"_s));
-        QCOMPARE(bench.peer.requests().constLast().body, R"({"deep_scan_enabled":false})");
+        bench.settle();
+        QVERIFY(bench.button(u"Resume deep jobs"_s));
+        QCOMPARE(bench.exchange.requests().constLast().body, R"({"deep_scan_enabled":false})");
         QCOMPARE(bench.toggle().checkState(), Qt::Unchecked);
         QVERIFY(bench.shows(u"Detailed analysis paused"_s));
         bench.other[services] = accepting;
         QTest::mouseClick(bench.button(u"Resume deep jobs"_s), Qt::LeftButton);
-        QTRY_VERIFY(bench.button(u"Pause deep jobs"_s));
+        bench.settle();
+        QVERIFY(bench.button(u"Pause deep jobs"_s));
         QCOMPARE(bench.requestsOf("POST " + services), 2);
         QVERIFY(bench.alerts().isEmpty());
     }
@@ -77,20 +79,22 @@ private slots:
             QAccessible::queryAccessibleInterface(&toggle)->actionInterface()->doAction(
                 QAccessibleActionInterface::toggleAction());
         }
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         QVERIFY(!toggle.isEnabled());
         QCOMPARE(toggle.checkState(), Qt::Unchecked);
         // A second change waits for the first.
         QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
         // So do the polls.
         const auto polls = bench.requestsOf("GET /v1/health");
-        bench.refreshLoop().reload();
-        QVERIFY(!bench.refreshLoop().refreshing());
+        bench.control->openDashboard();
+        bench.pass(1min);
+        QCOMPARE(bench.requestsOf("GET /v1/health"), polls);
         bench.releaseHeld(paused);
-        QTRY_VERIFY(toggle.isEnabled());
+        QVERIFY(toggle.isEnabled());
         QCOMPARE(toggle.checkState(), Qt::Unchecked);
         QCOMPARE(bench.requestsOf("POST " + services), 1);
-        QCOMPARE(bench.requestsOf("GET /v1/health"), polls);
+        QVERIFY(bench.poll() > 4s);
     }
 
     void theKeyboardStaysWhereItWas() {
@@ -99,19 +103,23 @@ private slots:
         bench.other[services] = "hold";
         bench.toggle().setFocus();
         QTest::keyClick(&bench.toggle(), Qt::Key_Space);
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         QVERIFY(!bench.toggle().hasFocus());
         bench.releaseHeld(paused);
-        QTRY_VERIFY(bench.toggle().isEnabled());
+        bench.settle();
+        QVERIFY(bench.toggle().isEnabled());
         QCOMPARE(bench.window().focusWidget(), &bench.toggle());
 
         // Unless the person went on meanwhile.
         bench.other[services] = "hold";
         QTest::keyClick(&bench.toggle(), Qt::Key_Space);
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         bench.button(u"Setup…"_s)->setFocus();
         bench.releaseHeld(accepting);
-        QTRY_VERIFY(bench.toggle().isEnabled());
+        bench.settle();
+        QVERIFY(bench.toggle().isEnabled());
         QCOMPARE(bench.window().focusWidget(), bench.button(u"Setup…"_s));
     }
 
@@ -121,7 +129,8 @@ private slots:
         bench.other[services] = accepting;
         std::optional<bool> confirmed;
         bench.control->setDeep(false, [&](bool done) { confirmed = done; });
-        QTRY_VERIFY(confirmed);
+        bench.settle();
+        QVERIFY(confirmed);
         QCOMPARE(confirmed, false);
         QCOMPARE(bench.toggle().checkState(), Qt::Checked);
         QVERIFY(bench.toggle().isEnabled());
@@ -142,7 +151,8 @@ private slots:
         connectTo(bench);
         bench.other[services] = answer;
         QTest::keyClick(&bench.toggle(), Qt::Key_Space);
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        bench.settle();
+        QCOMPARE(bench.alerts().size(), 1);
         QCOMPARE(
             bench.alerts().constFirst().first,
             u"Could not change deep-job acceptance. The saved policy has not been confirmed."_s);
@@ -154,12 +164,13 @@ private slots:
 
     void aChangeThatFailsOfflineLeavesTheToggleDisabled() {
         ControlBench bench;
-        bench.setHealth("");
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+        bench.health.clear();
+        bench.open();
+        QVERIFY(bench.shows(u"Processing is stopped"_s));
         std::optional<bool> confirmed;
         bench.control->setDeep(true, [&](bool done) { confirmed = done; });
-        QTRY_VERIFY(confirmed);
+        bench.settle();
+        QVERIFY(confirmed);
         QCOMPARE(confirmed, false);
         QVERIFY(!bench.toggle().isEnabled());
         QCOMPARE(bench.toggle().checkState(), Qt::Unchecked);
@@ -174,9 +185,11 @@ private slots:
         bench.control->setDeep(false, [&](bool done) { ends.append({1, done}); });
         bench.control->setDeep(true, [&](bool done) { ends.append({2, done}); });
         QCOMPARE(ends, (QList<QPair<int, bool>>{{2, false}}));
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         bench.releaseHeld(paused);
-        QTRY_COMPARE(ends.size(), 2);
+        bench.settle();
+        QCOMPARE(ends.size(), 2);
         QCOMPARE(ends.constLast(), qMakePair(1, true));
         QCOMPARE(bench.requestsOf("POST"), 1);
     }
@@ -188,8 +201,9 @@ private slots:
             R"({"deep_scan_enabled": false, "activity_policy": {"performance_mode": "quiet"}})";
         std::optional<bool> confirmed;
         bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed = done; });
-        QTRY_COMPARE(confirmed, true);
-        QCOMPARE(bench.peer.requests().constLast().body, R"({"mode":"quiet"})");
+        bench.settle();
+        QCOMPARE(confirmed, true);
+        QCOMPARE(bench.exchange.requests().constLast().body, R"({"mode":"quiet"})");
         QVERIFY(bench.shows(u"Detailed analysis paused"_s));
         QCOMPARE(
             bench.control->lastHealth().activityPolicy.performanceMode, std::optional(u"quiet"_s));
@@ -197,32 +211,37 @@ private slots:
 
     void modeOfflineIsNotSent() {
         ControlBench bench;
-        bench.setHealth("");
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+        bench.health.clear();
+        bench.open();
+        QVERIFY(bench.shows(u"Processing is stopped"_s));
         std::optional<bool> confirmed;
         bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed = done; });
         QCOMPARE(confirmed, false);
-        bench.poll();
+        bench.pass(1min);
         QCOMPARE(bench.requestsOf("POST"), 0);
     }
 
     void whoAsksNeedNotWait() {
         ControlBench bench;
+        bench.startScript = serviceError(5, u"no"_s);
         bench.control->setPerformanceMode(u"quiet"_s, {});
         connectTo(bench);
         bench.other[services] = paused;
         bench.control->setDeep(false, {});
         bench.control->setDeep(true, {});
-        QTRY_VERIFY(!bench.control->accepting());
+        bench.settle();
+        QVERIFY(!bench.control->accepting());
         bench.other["/v1/local/performance"] = accepting;
         bench.control->setPerformanceMode(u"quiet"_s, {});
-        QTRY_VERIFY(bench.control->accepting());
+        bench.settle();
+        QVERIFY(bench.control->accepting());
         bench.other["/v1/local/performance"].clear();
         bench.control->setPerformanceMode(u"quiet"_s, {});
         bench.control->startService({});
-        QTRY_COMPARE(bench.requestsOf("POST /v1/local/performance"), 2);
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        bench.settle();
+        QCOMPARE(bench.requestsOf("POST /v1/local/performance"), 2);
+        bench.settle();
+        QCOMPARE(bench.alerts().size(), 1);
     }
 
     void quitEndsTheProgramWhileSetupApplies() {
@@ -246,7 +265,8 @@ private slots:
             QVERIFY(press(u"Continue"_s));
         }
         QVERIFY(press(u"Apply && finish"_s));
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
         QTimer guard;
         connect(&guard, &QTimer::timeout, qApp, [] { QCoreApplication::exit(1); });
@@ -261,15 +281,19 @@ private slots:
         bench.other["/v1/local/performance"] = "hold";
         int confirmed = 0;
         bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed += done; });
-        QTRY_VERIFY(bench.held);
-        QTcpSocket* first = std::exchange(bench.held, nullptr);
+        bench.settle();
+        QVERIFY(bench.held);
+        const auto first = std::exchange(bench.held, {});
         bench.control->setPerformanceMode(u"faster"_s, [&](bool done) { confirmed += done; });
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         bench.releaseHeld(R"({"deep_scan_enabled": true, "device_id": "second"})");
-        QTRY_COMPARE(confirmed, 1);
+        bench.settle();
+        QCOMPARE(confirmed, 1);
         bench.held = first;
         bench.releaseHeld(R"({"deep_scan_enabled": true, "device_id": "first"})");
-        QTRY_COMPARE(confirmed, 2);
+        bench.settle();
+        QCOMPARE(confirmed, 2);
         QCOMPARE(bench.control->lastHealth().deviceId, std::optional(u"first"_s));
     }
 
@@ -277,9 +301,11 @@ private slots:
         ControlBench bench;
         connectTo(bench);
         QTest::mouseClick(bench.button(u"Settings"_s), Qt::LeftButton);
-        QTRY_VERIFY(settingsSheet());
+        bench.settle();
+        QVERIFY(settingsSheet());
         bench.control->showError(u"<b>plain</b>"_s);
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        bench.settle();
+        QCOMPARE(bench.alerts().size(), 1);
         QCOMPARE(bench.alerts().constFirst().second, settingsSheet());
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (qobject_cast<Alert*>(widget) != nullptr) {
@@ -289,7 +315,8 @@ private slots:
         // A sheet that is closed again cannot hold an alert.
         settingsSheet()->close();
         bench.control->showError(u"again"_s);
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        bench.settle();
+        QCOMPARE(bench.alerts().size(), 1);
         QCOMPARE(bench.alerts().constFirst().second, &bench.window());
     }
 
@@ -297,7 +324,8 @@ private slots:
         ControlBench bench;
         connectTo(bench);
         QTest::mouseClick(bench.button(u"Settings"_s), Qt::LeftButton);
-        QTRY_VERIFY(settingsSheet());
+        bench.settle();
+        QVERIFY(settingsSheet());
         bench.health.clear();
         bench.poll();
         bench.poll();
@@ -312,5 +340,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(ControlActionsTest)
+VESK_VIRTUAL_TIME_MAIN(QApplication, ControlActionsTest)
 #include "ControlActionsTest.moc"

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "tests/service/HttpPeer.h"
+#include "tests/simulation/SimulatedExchange.h"
+#include "tests/simulation/SimulatedTool.h"
+#include "tests/simulation/VirtualTimeMain.h"
 
-#include "agent/Launchctl.h"
 #include "app/Control.h"
-#include "service/HttpSession.h"
-#include "service/RefreshLoop.h"
 #include "ui/dashboard/DashboardWindow.h"
 #include "ui/kit/Alert.h"
 #include "ui/kit/ElidedLabel.h"
@@ -13,28 +12,29 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
+#include <QTimer>
 
 #include <memory>
 
 namespace vesk {
 
-/// The real controller with its real window, against a peer and a service tool that the test
-/// scripts, in a home folder of its own.
+/// The real controller with its real window in virtual time, with a service and a service manager
+/// that the test plays, in a home folder of its own.
 class ControlBench {
 public:
-    ControlBench()
-        : launchctl(home.filePath(QStringLiteral("tool"))),
-          defaults(home.filePath(QStringLiteral("defaults.ini")), QSettings::IniFormat) {
+    static constexpr qint64 port = 8791;
+
+    ControlBench() : defaults(home.filePath(QStringLiteral("defaults.ini")), QSettings::IniFormat) {
         defaults.setValue("setupVisitedV2", true);
-        setHealth(R"({"deep_scan_enabled": true})");
-        setTool("exit 113");
+        exchange.requested = [this](std::size_t number, const ServiceRequest& request) {
+            answer(number, request);
+        };
+        tool.started = [this](std::size_t number, const SimulatedTool::Run& run) {
+            answer(number, run);
+        };
         launch();
     }
 
@@ -42,82 +42,58 @@ public:
     void launch(bool setupRequested = false) {
         control.reset();
         control = std::make_unique<Control>(Control::Surroundings{
-            .port = peer.serverPort(),
+            .port = port,
             .home = home.path(),
             .hostName = QStringLiteral("bench"),
-            .clock = [this] { return now; },
-            .exchange = session,
-            .tool = launchctl,
+            .clock = [] { return VirtualTime::instance().now(); },
+            .exchange = exchange,
+            .tool = tool,
             .defaults = defaults,
             .setupRequested = setupRequested});
     }
 
-    /// The health answer from now on; other requests get `other` of their path, or nothing good.
-    void setHealth(const QByteArray& json) {
-        health = json;
-        peer.answerWith([this](QTcpSocket& socket) { answer(socket); });
+    /// Shows the window and lets the first answers come.
+    void open() {
+        control->applicationDidFinishLaunching();
+        settle();
     }
 
-    void answer(QTcpSocket& socket) {
-        const QByteArray path = peer.requests().constLast().head.split(' ').at(1);
-        const QByteArray body = path == "/v1/health" ? health : other.value(path);
-        if (body == "hold") {
-            held = &socket;
-            return;
+    /// Long enough for every answer that is not held, and for no poll.
+    static void settle() { pass(std::chrono::milliseconds(20)); }
+
+    static void pass(VirtualTime::Duration duration) { VirtualTime::instance().pass(duration); }
+
+    /// Until the next health fetch has its answer. Returns how long that was.
+    std::chrono::milliseconds poll() {
+        const TimePoint begin = VirtualTime::instance().now();
+        const auto before = requestsOf("GET /v1/health");
+        while (requestsOf("GET /v1/health") == before) {
+            pass(std::chrono::milliseconds(1));
+            if (VirtualTime::instance().now() - begin > std::chrono::minutes(1)) {
+                QTest::qFail("no fetch came", __FILE__, __LINE__);
+                break;
+            }
         }
-        if (!body.isEmpty()) {
-            socket.write(HttpPeer::response("200 OK", body));
-        }
-        socket.disconnectFromHost();
+        const TimePoint asked = VirtualTime::instance().now();
+        settle();
+        return std::chrono::duration_cast<std::chrono::milliseconds>(asked - begin);
     }
 
-    void releaseHeld(const QByteArray& json) {
-        held->write(HttpPeer::response("200 OK", json));
-        held->disconnectFromHost();
-        held = nullptr;
-    }
-
-    /// The service manager's tool: a shell script, its calls logged.
-    void setTool(const QByteArray& script) {
-        QFile tool(home.filePath(QStringLiteral("tool")));
-        if (!tool.open(QFile::WriteOnly)) {
-            qFatal("cannot write the tool");
-        }
-        tool.write(
-            "#!/bin/sh\nprintf '%s\\n' \"$*\" >> '"
-            + home.filePath(QStringLiteral("calls")).toUtf8() + "'\n" + script + "\n");
-        tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-
-    [[nodiscard]] QList<QByteArray> toolCalls() const {
-        QFile calls(home.filePath(QStringLiteral("calls")));
-        if (!calls.open(QFile::ReadOnly)) {
-            return {};
-        }
-        QList<QByteArray> lines = calls.readAll().split('\n');
-        lines.removeLast();
-        return lines;
-    }
+    /// Has the answer come that is held.
+    void releaseHeld(const QByteArray& json) { exchange.end(*std::exchange(held, {}), json); }
 
     [[nodiscard]] qsizetype requestsOf(const QByteArray& start) const {
-        return std::count_if(
-            peer.requests().begin(), peer.requests().end(),
-            [&](const HttpPeer::Request& request) { return request.head.startsWith(start); });
+        return exchange.requestsOf(start);
     }
 
-    /// One health fetch from start to end.
-    void poll() {
-        RefreshLoop& loop = refreshLoop();
-        if (!QTest::qWaitFor([&] { return !loop.refreshing(); })) {
-            QTest::qFail("a fetch did not end", __FILE__, __LINE__);
+    /// The first words of the tool's runs.
+    [[nodiscard]] QStringList toolCalls() const {
+        QStringList calls;
+        for (const SimulatedTool::Run& run : tool.runs()) {
+            calls.append(run.script.isEmpty() ? run.arguments.first() : QStringLiteral("script"));
         }
-        loop.reload();
-        if (!QTest::qWaitFor([&] { return !loop.refreshing(); })) {
-            QTest::qFail("a fetch did not end", __FILE__, __LINE__);
-        }
+        return calls;
     }
-
-    [[nodiscard]] RefreshLoop& refreshLoop() const { return *control->findChild<RefreshLoop*>(); }
 
     [[nodiscard]] static DashboardWindow& window() {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -171,16 +147,40 @@ public:
         return open;
     }
 
-    HttpPeer peer;
     QTemporaryDir home;
-    HttpSession session;
-    Launchctl launchctl;
+    SimulatedExchange exchange;
+    SimulatedTool tool;
     QSettings defaults;
-    TimePoint now{std::chrono::seconds(1'000'000)};
-    QByteArray health;
-    QHash<QByteArray, QByteArray> other;
-    QTcpSocket* held = nullptr;
+    QByteArray health = R"({"deep_scan_enabled": true})"; ///< empty: no good answer
+    QHash<QByteArray, QByteArray> other;                  ///< by path; "hold" waits for releaseHeld
+    std::optional<std::size_t> held;
+    std::optional<ToolResult> description = serviceError(113, {}); ///< none: no answer at all
+    std::optional<ToolResult> restart = QString();
+    std::optional<ToolResult> startScript = QString();
     std::unique_ptr<Control> control;
+
+private:
+    QObject answering_;
+
+    void answer(std::size_t number, const ServiceRequest& request) {
+        const QByteArray body = request.path == "/v1/health" ? health : other.value(request.path);
+        if (body == "hold") {
+            held = number;
+            return;
+        }
+        QTimer::singleShot(1, &answering_, [this, number, body] {
+            exchange.end(number, body.isEmpty() ? std::nullopt : std::optional(body));
+        });
+    }
+
+    void answer(std::size_t number, const SimulatedTool::Run& run) {
+        const bool asks = run.arguments.first() == QStringLiteral("print");
+        const auto& result = !run.script.isEmpty() ? startScript : asks ? description : restart;
+        if (result) {
+            QTimer::singleShot(
+                1, &answering_, [this, number, result = *result] { tool.end(number, result); });
+        }
+    }
 };
 
 } // namespace vesk

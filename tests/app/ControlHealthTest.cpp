@@ -15,6 +15,12 @@ constexpr auto working = R"({"deep_scan_enabled": true, "device_id": "rack.local
     "slots": [{"slot": 1, "state": "busy", "stage": "ocr", "completed": 4}]})";
 constexpr auto backendGood = R"({"backend": {"reachable": true, "model_ready": true}})";
 
+/// Whether a poll came when it should: not before its interval, and at most a tenth of it after,
+/// the time that an answer takes included.
+bool within(std::chrono::milliseconds waited, std::chrono::milliseconds interval) {
+    return waited >= interval - 20ms && waited <= interval + interval / 10;
+}
+
 /// Counts what the toolkit does for the screen.
 class ScreenWork : public QObject {
 public:
@@ -48,20 +54,22 @@ class ControlHealthTest : public QObject {
 private slots:
     void checkingUntilTheFirstAnswer() {
         ControlBench bench;
-        bench.setHealth("hold");
-        bench.control->applicationDidFinishLaunching();
+        bench.health = "hold";
+        bench.open();
         QVERIFY(bench.window().isVisible());
         QVERIFY(bench.shows(u"Checking processing…"_s));
         QVERIFY(bench.shows(u"BAY 1  ·  checking"_s));
         QCOMPARE(bench.connection(), u"CONNECTING"_s);
         QCOMPARE(bench.toggle().checkState(), Qt::PartiallyChecked);
         QVERIFY(!bench.toggle().isEnabled());
-        QTRY_VERIFY(bench.held);
+        bench.settle();
+        QVERIFY(bench.held);
         bench.releaseHeld(working);
-        QTRY_VERIFY(bench.shows(u"1 processor working"_s));
+        bench.settle();
+        QVERIFY(bench.shows(u"1 processor working"_s));
         QCOMPARE(bench.connection(), u"● CONNECTED"_s);
         QVERIFY(bench.shows(
-            u"RACK     rack  ·  macOS  ·  1 bays  ·  LAN :%1"_s.arg(bench.peer.serverPort())));
+            u"RACK     rack  ·  macOS  ·  1 bays  ·  LAN :%1"_s.arg(ControlBench::port)));
         QCOMPARE(bench.toggle().checkState(), Qt::Checked);
         QVERIFY(bench.toggle().isEnabled());
         QVERIFY(bench.control->online());
@@ -71,37 +79,38 @@ private slots:
     void anUnchangedDocumentTouchesNothing() {
         ControlBench bench;
         bench.other["/v1/diagnostics"] = backendGood;
-        bench.setHealth(working);
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.shows(u"1 processor working"_s));
-        QTRY_VERIFY(bench.control->backendReady());
-        QTRY_VERIFY(bench.window().isVisibleToUser());
+        bench.health = working;
+        bench.open();
+        QVERIFY(bench.shows(u"1 processor working"_s));
+        bench.settle();
+        QVERIFY(bench.control->backendReady());
+        bench.settle();
+        QVERIFY(bench.window().isVisibleToUser());
         bench.poll();
-        QCoreApplication::processEvents();
         ScreenWork work;
         for (int poll = 0; poll < 3; ++poll) {
             bench.poll();
-            QCoreApplication::processEvents();
         }
         QCOMPARE(work.steps, 0);
 
-        bench.setHealth(QByteArray(working).replace("\"completed\": 4", "\"completed\": 5"));
+        bench.health = QByteArray(working).replace("\"completed\": 4", "\"completed\": 5");
         bench.poll();
-        QTRY_VERIFY(work.steps > 0);
+        bench.settle();
+        QVERIFY(work.steps > 0);
         // What was on screen meanwhile was not the connected state: the same document is news.
-        bench.setHealth("");
+        bench.health.clear();
         bench.poll();
         QCOMPARE(bench.connection(), u"● RECONNECTING"_s);
-        bench.setHealth(QByteArray(working).replace("\"completed\": 4", "\"completed\": 5"));
+        bench.health = QByteArray(working).replace("\"completed\": 4", "\"completed\": 5");
         bench.poll();
         QCOMPARE(bench.connection(), u"● CONNECTED"_s);
     }
 
     void firstMissWhileNotConnectedIsStopped() {
         ControlBench bench;
-        bench.setHealth("");
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+        bench.health.clear();
+        bench.open();
+        QVERIFY(bench.shows(u"Processing is stopped"_s));
         QCOMPARE(bench.connection(), u"● SERVICE STOPPED"_s);
         QVERIFY(bench.shows(u"DEVICES  service offline"_s));
         QVERIFY(bench.shows(u"Service unavailable · no live counts"_s));
@@ -110,9 +119,9 @@ private slots:
 
     void twoMissesAreADelayTheThirdIsTheEnd() {
         ControlBench bench;
-        bench.setHealth(working);
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
+        bench.health = working;
+        bench.open();
+        QVERIFY(bench.control->online());
         bench.health.clear();
         for (int miss = 1; miss <= 2; ++miss) {
             bench.poll();
@@ -142,8 +151,8 @@ private slots:
 
     void aGoodAnswerAfterTwoMissesStartsTheCountAgain() {
         ControlBench bench;
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
+        bench.open();
+        QVERIFY(bench.control->online());
         for (int round = 0; round < 2; ++round) {
             bench.health.clear();
             bench.poll();
@@ -158,33 +167,35 @@ private slots:
 
     void cadenceFollowsWhatIsSeen() {
         ControlBench bench;
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.window().isVisibleToUser());
-        bench.poll();
-        QCOMPARE(bench.refreshLoop().pendingInterval(), Seconds(5.0));
+        bench.open();
+        QVERIFY(within(bench.poll(), 5s));
+        QVERIFY(within(bench.poll(), 5s));
         bench.health = working;
         bench.poll();
-        QCOMPARE(bench.refreshLoop().pendingInterval(), Seconds(1.5));
+        QVERIFY(within(bench.poll(), 1500ms));
+        // The pending one is put off at once.
         bench.window().hide();
-        QTRY_COMPARE(bench.refreshLoop().pendingInterval(), Seconds(10.0));
+        QVERIFY(within(bench.poll(), 10s));
         bench.health.clear();
         bench.poll();
         bench.poll();
         bench.poll();
         // A bay that was busy when the service went away does not count.
-        QCOMPARE(bench.refreshLoop().pendingInterval(), Seconds(30.0));
+        QVERIFY(within(bench.poll(), 30s));
+        // In sight again it is asked at once.
+        bench.window().show();
+        QVERIFY(bench.poll() < 10ms);
+        QVERIFY(within(bench.poll(), 5s));
     }
 
-    void reopeningFetchesAtOnce() {
+    void openingFetchesAtOnce() {
         ControlBench bench;
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
-        bench.window().hide();
-        QTRY_COMPARE(bench.refreshLoop().pendingInterval(), Seconds(30.0));
+        bench.open();
+        // It is in sight already, so that nothing but the opening asks.
+        bench.pass(1s);
         const auto before = bench.requestsOf("GET /v1/health");
         bench.control->openDashboard();
-        QVERIFY(bench.window().isVisible());
-        QTRY_VERIFY(bench.requestsOf("GET /v1/health") > before);
+        QCOMPARE(bench.requestsOf("GET /v1/health"), before + 1);
     }
 
     void photoEngineWarning() {
@@ -193,20 +204,16 @@ private slots:
             u"Photo AI needs attention: Ollama or the configured vision model is unavailable. "
             "Check Setup → Advanced."_s;
         bench.other["/v1/diagnostics"] = R"({"backend": {"reachable": true}})";
-        bench.control->applicationDidFinishLaunching();
-        QTRY_COMPARE(bench.statusDetail(), warning);
+        bench.open();
+        QCOMPARE(bench.statusDetail(), warning);
         QCOMPARE(bench.control->backendReady(), false);
         // Not asked again before its own interval has passed.
         bench.other["/v1/diagnostics"] = backendGood;
-        bench.poll();
+        bench.pass(59s);
         QCOMPARE(bench.requestsOf("GET /v1/diagnostics"), 1);
-        bench.now += 60s;
-        bench.poll();
-        QCOMPARE(bench.requestsOf("GET /v1/diagnostics"), 1);
-        bench.now += 1s;
-        bench.poll();
-        QTRY_COMPARE(bench.control->backendReady(), true);
+        bench.pass(7s);
         QCOMPARE(bench.requestsOf("GET /v1/diagnostics"), 2);
+        QCOMPARE(bench.control->backendReady(), true);
         QCOMPARE(
             bench.statusDetail(),
             u"Waiting for eligible jobs. Keep the phone and Mac on the same local network."_s);
@@ -215,8 +222,8 @@ private slots:
     void readinessIsForgottenWhenTheServiceGoes() {
         ControlBench bench;
         bench.other["/v1/diagnostics"] = backendGood;
-        bench.control->applicationDidFinishLaunching();
-        QTRY_COMPARE(bench.control->backendReady(), true);
+        bench.open();
+        QCOMPARE(bench.control->backendReady(), true);
         bench.health.clear();
         bench.poll();
         bench.poll();
@@ -225,20 +232,22 @@ private slots:
         QVERIFY(!bench.control->backendReady());
         bench.health = working;
         bench.poll();
-        QTRY_COMPARE(bench.control->backendReady(), true);
+        bench.settle();
+        QCOMPARE(bench.control->backendReady(), true);
         QCOMPARE(bench.requestsOf("GET /v1/diagnostics"), 2);
     }
 
     void lateReadinessAnswerIsNoSignOfLife() {
         ControlBench bench;
         bench.other["/v1/diagnostics"] = "hold";
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.held);
+        bench.open();
+        QVERIFY(bench.held);
         bench.health.clear();
         bench.poll();
         QCOMPARE(bench.connection(), u"● RECONNECTING"_s);
         bench.releaseHeld(backendGood);
-        QTRY_COMPARE(bench.control->backendReady(), true);
+        bench.settle();
+        QCOMPARE(bench.control->backendReady(), true);
         QCOMPARE(bench.connection(), u"● RECONNECTING"_s);
         bench.poll();
         bench.poll();
@@ -248,7 +257,7 @@ private slots:
     void setupComesOnceByItself() {
         ControlBench bench;
         bench.defaults.remove("setupVisitedV2");
-        bench.control->applicationDidFinishLaunching();
+        bench.open();
         const auto sheet = [] {
             for (QWidget* widget : QApplication::topLevelWidgets()) {
                 if (widget->isVisible()
@@ -259,26 +268,32 @@ private slots:
             return static_cast<QWidget*>(nullptr);
         };
         QVERIFY(!sheet());
-        QTRY_VERIFY(sheet());
+        bench.pass(470ms);
+        QVERIFY(!sheet());
+        bench.pass(10ms);
+        QVERIFY(sheet());
         QCOMPARE(bench.defaults.value("setupVisitedV2"), true);
-        QTRY_COMPARE(bench.refreshLoop().pendingInterval(), Seconds(1.5));
+        bench.settle();
+        QVERIFY(within(bench.poll(), 1500ms));
         // Asking again while it is open shows no second one.
-        QTest::mouseClick(bench.button(u"Setup…"_s), Qt::LeftButton);
+        bench.control->showSetup();
         QCOMPARE(bench.window().findChildren<QDialog*>().size(), 1);
         sheet()->close();
-        QTRY_VERIFY(!sheet());
-        QCOMPARE(bench.refreshLoop().pendingInterval(), Seconds(5.0));
+        bench.settle();
+        QVERIFY(!sheet());
+        QVERIFY(within(bench.poll(), 5s));
 
         bench.launch();
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
-        QVERIFY(!QTest::qWaitFor([&] { return sheet() != nullptr; }, 1000));
+        bench.open();
+        bench.pass(1min);
+        QVERIFY(!sheet());
 
         bench.launch(true);
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(sheet());
+        bench.open();
+        bench.pass(500ms);
+        QVERIFY(sheet());
     }
 };
 
-QTEST_MAIN(ControlHealthTest)
+VESK_VIRTUAL_TIME_MAIN(QApplication, ControlHealthTest)
 #include "ControlHealthTest.moc"

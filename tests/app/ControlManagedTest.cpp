@@ -4,7 +4,6 @@
 #include "app/Control.h"
 #include "service/HttpSession.h"
 #include "service/LenientReader.h"
-#include "service/RefreshLoop.h"
 #include "tests/agent/PrivateManager.h"
 #include "tests/agent/PropertyListSamples.h"
 
@@ -74,20 +73,12 @@ private:
             + QByteArray::number(port_) + "</string></array>"));
     }
 
-    void poll() {
-        RefreshLoop& loop = *control_->findChild<RefreshLoop*>();
-        const auto idle = [&] { return !loop.refreshing(); };
-        QVERIFY(QTest::qWaitFor(idle));
-        loop.reload();
-        QVERIFY(QTest::qWaitFor(idle));
-    }
-
-    /// Polls until the worker answers.
-    bool becomesOnline() {
+    /// Opens the dashboard, which asks the service each time, until that is so.
+    bool becomes(bool online) {
         return QTest::qWaitFor(
-            [this] {
-                poll();
-                return control_->online();
+            [this, online] {
+                control_->openDashboard();
+                return control_->online() == online;
             },
             patience);
     }
@@ -99,12 +90,7 @@ private:
             postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this,
             lenient::document, [&](const auto& /*answer*/) { done = true; });
         QVERIFY(QTest::qWaitFor([&] { return done; }));
-        QVERIFY(QTest::qWaitFor(
-            [this] {
-                poll();
-                return !control_->online();
-            },
-            patience));
+        QVERIFY(becomes(false));
     }
 
 private slots:
@@ -126,29 +112,29 @@ private slots:
             .tool = tool_,
             .defaults = defaults_});
         control_->applicationDidFinishLaunching();
-        poll();
-        QVERIFY(!control_->online());
-
+        QTRY_VERIFY(startButton());
         QTest::mouseClick(startButton(), Qt::LeftButton);
-        QVERIFY(becomesOnline());
+        QVERIFY(becomes(true));
         const QByteArray first = property(u"MainPID"_s);
         QVERIFY(first.toLongLong() > 0);
 
         closeListener();
         QTRY_VERIFY_WITH_TIMEOUT(property(u"MainPID"_s) != first, patience);
-        QVERIFY(becomesOnline());
+        QVERIFY(becomes(true));
         const QByteArray second = property(u"MainPID"_s);
         QVERIFY(second.toLongLong() > 0);
 
         // Within the cool-down it is left alone, however many fetches fail.
         now_ += 89s;
         closeListener();
-        for (int miss = 0; miss < 10; ++miss) {
-            poll();
-        }
-        QVERIFY(!QTest::qWaitFor([&] { return property(u"MainPID"_s) != second; }, 1500));
+        QVERIFY(!QTest::qWaitFor(
+            [&] {
+                control_->openDashboard();
+                return property(u"MainPID"_s) != second;
+            },
+            1500));
         now_ += 1s;
-        QVERIFY(becomesOnline());
+        QVERIFY(becomes(true));
         QVERIFY(property(u"MainPID"_s) != second);
 
         // Without the dashboard the service goes on.

@@ -2,33 +2,30 @@
 
 #include <QDir>
 
-#include <unistd.h>
-
 using namespace vesk;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
 
-const QByteArray domain = "gui/" + QByteArray::number(getuid());
-const QByteArray target = domain + "/com.halvex.corvala.integration.worker105";
+const QByteArray healthy = R"({"deep_scan_enabled": true})";
+const QStringList healed{u"print"_s, u"kickstart"_s};
 
 void becomeStopped(ControlBench& bench) {
-    bench.setHealth("");
-    bench.control->applicationDidFinishLaunching();
-    QTRY_VERIFY(bench.shows(u"Processing is stopped"_s));
+    bench.health.clear();
+    bench.open();
+    QVERIFY(bench.shows(u"Processing is stopped"_s));
 }
 
 } // namespace
 
-/// The service's start and its recovery, with a scripted tool.
+/// The service's start and its recovery.
 class ControlServiceTest : public QObject {
     Q_OBJECT
 
 private slots:
     void startLoadsTheTemplate() {
         ControlBench bench;
-        bench.setTool("[ \"$1\" = bootstrap ]");
         becomeStopped(bench);
         QPushButton* start = bench.button(u"Start processing"_s);
         QTest::mouseClick(start, Qt::LeftButton);
@@ -36,104 +33,117 @@ private slots:
         QVERIFY(bench.shows(u"Starting processing…"_s));
         QVERIFY(!start->isEnabled());
         QTest::mouseClick(start, Qt::LeftButton);
-        bench.health = R"({"deep_scan_enabled": true})";
-        QTRY_VERIFY(bench.shows(u"Ready for your devices"_s));
-        const QByteArray file =
-            bench.home
-                .filePath(u"Library/Application Support/Halvex/VeskWorker/localdev-worker.plist"_s)
-                .toUtf8();
-        QCOMPARE(
-            bench.toolCalls(),
-            (QList<QByteArray>{"print " + target, "bootstrap " + domain + " " + file}));
+        bench.control->startService({});
+        bench.health = healthy;
+        // Nor does what comes of it wait for one.
+        bench.settle();
+        QVERIFY(bench.shows(u"Ready for your devices"_s));
+        QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
+        QVERIFY(bench.tool.runs().constFirst().arguments.contains(
+            bench.home.filePath(u"Library/Application Support/Halvex/VeskWorker/"
+                                "localdev-worker.plist"_s)));
+        QVERIFY(bench.alerts().isEmpty());
     }
 
     void startKeepsTheWordsThroughFurtherMisses() {
         ControlBench bench;
-        bench.setTool(
-            "while [ -e '" + bench.home.filePath(u"wait"_s).toUtf8()
-            + "' ]; do sleep 0.05; done; exit 1");
-        QFile wait(bench.home.filePath(u"wait"_s));
-        QVERIFY(wait.open(QFile::WriteOnly));
+        bench.startScript.reset();
         becomeStopped(bench);
         QTest::mouseClick(bench.button(u"Start processing"_s), Qt::LeftButton);
-        bench.poll();
-        QVERIFY(bench.shows(u"Starting processing…"_s));
-        QVERIFY(bench.button(u"Starting…"_s));
-        QVERIFY(!bench.button(u"Starting…"_s)->isEnabled());
-        QVERIFY(wait.remove());
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        for (int miss = 0; miss < 20; ++miss) {
+            bench.poll();
+            QVERIFY(bench.shows(u"Starting processing…"_s));
+            QVERIFY(bench.button(u"Starting…"_s));
+            QVERIFY(!bench.button(u"Starting…"_s)->isEnabled());
+        }
+        // What is being started is not to be healed.
+        QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
+        bench.tool.end(0, serviceError(1, u"no way"_s));
+        QCOMPARE(bench.alerts().size(), 1);
         QVERIFY(bench.shows(u"Processing is stopped"_s));
         QVERIFY(bench.button(u"Start processing"_s)->isEnabled());
     }
 
     void startThatFailsTellsTheToolsWords() {
         ControlBench bench;
-        bench.setTool("[ \"$1\" = print ] || { printf 'Bootstrap failed: 5'; exit 5; }\n"
-                      "exit 113");
+        bench.startScript = serviceError(5, u"Bootstrap failed: 5"_s);
         becomeStopped(bench);
-        QTest::mouseClick(bench.button(u"Start processing"_s), Qt::LeftButton);
-        QTRY_COMPARE(bench.alerts().size(), 1);
+        std::optional<bool> completed = false;
+        bench.control->startService([&] { completed = true; });
+        bench.settle();
+        QCOMPARE(bench.alerts().size(), 1);
         QCOMPARE(bench.alerts().constFirst().first, u"Bootstrap failed: 5"_s);
         QCOMPARE(bench.alerts().constFirst().second, &bench.window());
         QVERIFY(bench.shows(u"Processing is stopped"_s));
+        QCOMPARE(completed, false);
+    }
+
+    void whoStartsIsToldWhenItIsDone() {
+        ControlBench bench;
+        becomeStopped(bench);
+        bool completed = false;
+        bench.control->startService([&] { completed = true; });
+        QVERIFY(!completed);
+        bench.settle();
+        QVERIFY(completed);
     }
 
     void onlineTheButtonPausesInstead() {
         ControlBench bench;
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
+        bench.open();
+        QVERIFY(bench.control->online());
         bench.other["/v1/local/services"] = R"({"deep_scan_enabled": false})";
         QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
-        QTRY_VERIFY(bench.button(u"Resume deep jobs"_s));
-        QCOMPARE(bench.toolCalls(), QList<QByteArray>());
+        bench.settle();
+        QVERIFY(bench.button(u"Resume deep jobs"_s));
+        QCOMPARE(bench.toolCalls(), QStringList());
     }
 
     void aDeadListenerIsHealedOncePerCooldown() {
         ControlBench bench;
-        bench.setTool("[ \"$1\" != print ] || printf 'x = {\\n\\tstate = running\\n}\\n'");
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
+        bench.description = u"x = {\n\tstate = running\n}\n"_s;
+        bench.open();
+        QVERIFY(bench.control->online());
         bench.health.clear();
         bench.poll();
         bench.poll();
-        QCOMPARE(bench.toolCalls(), QList<QByteArray>());
+        QCOMPARE(bench.toolCalls(), QStringList());
         bench.poll();
-        const QList<QByteArray> healed{"print " + target, "kickstart -k " + target};
-        QTRY_COMPARE(
+        QCOMPARE(
             bench.statusDetail(),
             u"The service was running without a live listener. Restarting the existing service "
             "safely…"_s);
-        QTRY_COMPARE(bench.toolCalls(), healed);
+        QCOMPARE(bench.toolCalls(), healed);
+        const TimePoint healing = VirtualTime::instance().now();
         // A second after the restart the state is asked for by itself.
-        const auto before = bench.requestsOf("GET /v1/health");
-        bench.health = R"({"deep_scan_enabled": true})";
-        QTRY_VERIFY_WITH_TIMEOUT(bench.control->online(), 3000);
-        QVERIFY(bench.requestsOf("GET /v1/health") > before);
+        bench.health = healthy;
+        bench.pass(970ms);
+        QVERIFY(!bench.control->online());
+        bench.pass(30ms);
+        QVERIFY(bench.control->online());
 
         bench.health.clear();
-        bench.now += 89s;
-        for (int miss = 0; miss < 3; ++miss) {
-            bench.poll();
-        }
-        QTRY_COMPARE(bench.toolCalls(), healed + QList<QByteArray>{"print " + target});
+        const auto passed = [&] { return VirtualTime::instance().now() - healing; };
+        bench.pass(89s - passed());
         QCOMPARE(bench.connection(), u"● SERVICE STOPPED"_s);
-        bench.now += 1s;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (bench.poll(), bench.toolCalls().endsWith("kickstart -k " + target)), 5000);
-        QCOMPARE(bench.toolCalls().count("kickstart -k " + target), 2);
+        QVERIFY(bench.toolCalls().count(u"print"_s) > 2);
+        QCOMPARE(bench.toolCalls().count(u"kickstart"_s), 1);
+        while (bench.toolCalls().count(u"kickstart"_s) == 1 && passed() < 2min) {
+            bench.pass(1ms);
+        }
+        QVERIFY(passed() >= 90s);
+        QVERIFY(passed() < 96s);
     }
 
     void aStoppedServiceIsNotStartedByItself() {
         ControlBench bench;
-        bench.setTool("[ \"$1\" = print ] && printf '\\tstate = waiting\\n'");
-        bench.control->applicationDidFinishLaunching();
-        QTRY_VERIFY(bench.control->online());
+        bench.description = u"\tstate = waiting\n"_s;
+        bench.open();
+        QVERIFY(bench.control->online());
         bench.health.clear();
-        for (int miss = 0; miss < 5; ++miss) {
-            bench.poll();
-        }
-        QTRY_VERIFY(bench.toolCalls().contains("print " + target));
-        QVERIFY(!bench.toolCalls().contains("kickstart -k " + target));
+        bench.pass(10min);
+        QVERIFY(bench.toolCalls().contains(u"print"_s));
+        QVERIFY(!bench.toolCalls().contains(u"kickstart"_s));
     }
 
     void loginFollowsTheAgentFile() {
@@ -163,5 +173,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(ControlServiceTest)
+VESK_VIRTUAL_TIME_MAIN(QApplication, ControlServiceTest)
 #include "ControlServiceTest.moc"

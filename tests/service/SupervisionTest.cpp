@@ -1,13 +1,12 @@
-#include "HttpPeer.h"
+#include "tests/simulation/SimulatedExchange.h"
+#include "tests/simulation/VirtualTimeMain.h"
 
 #include "service/BackendCheck.h"
 #include "service/DeepJobSwitch.h"
-#include "service/HttpSession.h"
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -15,13 +14,43 @@ using namespace std::chrono_literals;
 
 namespace {
 
-TimePoint steady() {
-    return std::chrono::steady_clock::now();
+constexpr qint64 port = 8791;
+const QByteArray healthy = R"({"deep_scan_enabled": true})";
+const QByteArray ready = R"({"backend": {"reachable": true, "model_ready": true}})";
+
+TimePoint now() {
+    return VirtualTime::instance().now();
 }
+
+void pass(VirtualTime::Duration duration) {
+    VirtualTime::instance().pass(duration);
+}
+
+struct Scene {
+    SimulatedExchange exchange;
+    ServiceClient client{exchange, port};
+    RefreshLoop::Situation situation;
+    RefreshLoop loop{client, [this] { return situation; }, now};
+    QSignalSpy received{&loop, &RefreshLoop::healthReceived};
+    QSignalSpy missed{&loop, &RefreshLoop::healthMissed};
+
+    /// How long until the next request, which is ended with a failure.
+    std::chrono::milliseconds untilNextRequest() {
+        const TimePoint begin = now();
+        std::optional<TimePoint> at;
+        exchange.requested = [&](std::size_t, const ServiceRequest&) { at = now(); };
+        while (!at && now() - begin < 1min) {
+            pass(1ms);
+        }
+        exchange.requested = {};
+        exchange.end(exchange.underWay().constLast(), std::nullopt);
+        return std::chrono::duration_cast<std::chrono::milliseconds>(*at - begin);
+    }
+};
 
 } // namespace
 
-/// The loop, the readiness check and the deep-job switch against a real peer.
+/// The loop, the readiness check and the deep-job switch, in virtual time.
 class SupervisionTest : public QObject {
     Q_OBJECT
 
@@ -30,123 +59,115 @@ private slots:
         QTest::addColumn<bool>("visible");
         QTest::addColumn<bool>("active");
         QTest::addColumn<bool>("setup");
-        QTest::addColumn<double>("seconds");
-        QTest::newRow("hidden, idle") << false << false << false << 30.0;
-        QTest::newRow("hidden, busy") << false << true << false << 10.0;
-        QTest::newRow("visible, idle") << true << false << false << 5.0;
-        QTest::newRow("visible, busy") << true << true << false << 1.5;
-        QTest::newRow("setup") << false << false << true << 1.5;
+        QTest::addColumn<std::chrono::milliseconds>("interval");
+        QTest::addColumn<std::chrono::milliseconds>("latest");
+        QTest::newRow("hidden, idle") << false << false << false << 30'000ms << 33'000ms;
+        QTest::newRow("hidden, busy") << false << true << false << 10'000ms << 11'000ms;
+        QTest::newRow("visible, idle") << true << false << false << 5'000ms << 5'500ms;
+        QTest::newRow("visible, busy") << true << true << false << 1'500ms << 1'650ms;
+        QTest::newRow("setup") << false << false << true << 1'500ms << 1'650ms;
     }
 
     void intervalFollowsTheSituation() {
         QFETCH(const bool, visible);
         QFETCH(const bool, active);
         QFETCH(const bool, setup);
-        QFETCH(const double, seconds);
-        HttpSession session;
-        ServiceClient client(session, 1);
-        RefreshLoop loop(
-            client,
-            [=] {
-                return RefreshLoop::Situation{{visible, setup}, active};
-            },
-            steady);
-        QVERIFY(!loop.pendingInterval());
-        loop.scheduleRefresh();
-        QCOMPARE(loop.pendingInterval()->count(), seconds);
+        QFETCH(const std::chrono::milliseconds, interval);
+        QFETCH(const std::chrono::milliseconds, latest);
+        Scene scene;
+        scene.situation = {.attention = {visible, setup}, .active = active};
+        pass(1min);
+        QCOMPARE(scene.exchange.requests().size(), 0);
+        scene.loop.scheduleRefresh();
+        for (int round = 0; round < 3; ++round) {
+            const auto waited = scene.untilNextRequest();
+            QVERIFY2(waited >= interval, qPrintable(QString::number(waited.count())));
+            QVERIFY2(waited <= latest, qPrintable(QString::number(waited.count())));
+        }
+    }
+
+    void schedulingAgainReplacesTheTimer() {
+        Scene scene;
+        scene.loop.scheduleRefresh();
+        scene.situation.attention.visible = true;
+        scene.loop.scheduleRefresh();
+        QVERIFY(scene.untilNextRequest() <= 5'500ms);
+        scene.situation.attention.visible = false;
+        scene.loop.scheduleRefresh();
+        QVERIFY(scene.untilNextRequest() >= 30s);
     }
 
     void goodAnswerIsTold() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": false, "workers": 1})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        RefreshLoop loop(
-            client, [] { return RefreshLoop::Situation{}; }, steady);
-        std::optional<ConfirmedHealth> got;
-        connect(&loop, &RefreshLoop::healthReceived, this, [&](const ConfirmedHealth& health) {
-            QVERIFY(!loop.refreshing());
-            got = health;
+        Scene scene;
+        scene.loop.reload();
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        QCOMPARE(scene.exchange.requests().constFirst(), request(port, "/v1/health"));
+        pass(1h);
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        QCOMPARE(scene.received.size(), 0);
+        scene.exchange.end(0, R"({"deep_scan_enabled": false, "workers": 1})");
+        QCOMPARE(scene.received.size(), 1);
+        QCOMPARE(scene.missed.size(), 0);
+        const auto health = scene.received.constFirst().constFirst().value<ConfirmedHealth>();
+        QVERIFY(!health.deep);
+        QCOMPARE(health.document.workers, std::optional<qint64>(1));
+        pass(33s);
+        QCOMPARE(scene.exchange.requests().size(), 2);
+    }
+
+    void whoIsToldMayAskAtOnce() {
+        Scene scene;
+        connect(&scene.loop, &RefreshLoop::healthReceived, this, [&] {
+            if (scene.exchange.requests().size() == 1) {
+                scene.loop.reload();
+            }
         });
-        loop.reload();
-        QVERIFY(loop.refreshing());
-        QVERIFY(!loop.pendingInterval());
-        QTRY_VERIFY(got);
-        QVERIFY(!got->deep);
-        QCOMPARE(got->document.workers, std::optional<qint64>(1));
-        QVERIFY(loop.pendingInterval());
-        QVERIFY(peer.requests().constFirst().head.startsWith("GET /v1/health "));
+        scene.loop.reload();
+        scene.exchange.end(0, healthy);
+        QCOMPARE(scene.exchange.requests().size(), 2);
     }
 
     void answerWithoutDeepScanIsAMiss() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": "true"})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        RefreshLoop loop(
-            client, [] { return RefreshLoop::Situation{}; }, steady);
-        const QSignalSpy misses(&loop, &RefreshLoop::healthMissed);
-        loop.reload();
-        QTRY_COMPARE(misses.size(), 1);
-        QVERIFY(loop.pendingInterval());
+        Scene scene;
+        scene.loop.reload();
+        scene.exchange.end(0, R"({"deep_scan_enabled": "true"})");
+        QCOMPARE(scene.missed.size(), 1);
+        QCOMPARE(scene.received.size(), 0);
+        pass(33s);
+        QCOMPARE(scene.exchange.requests().size(), 2);
     }
 
     void twoReloadsSendOneRequest() {
-        HttpPeer peer;
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        RefreshLoop loop(
-            client, [] { return RefreshLoop::Situation{}; }, steady);
-        loop.reload();
-        loop.reload();
-        QVERIFY(loop.refreshing());
-        QVERIFY(loop.pendingInterval());
-        QTRY_COMPARE(peer.requests().size(), 1);
-        QCOMPARE(peer.connections(), 1);
+        Scene scene;
+        scene.loop.reload();
+        scene.loop.reload();
+        pass(33s);
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        scene.exchange.end(0, healthy);
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        scene.loop.reload();
+        QCOMPARE(scene.exchange.requests().size(), 2);
     }
 
     void noFetchDuringAPolicyChange() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        DeepJobSwitch deepJobs(client);
-        RefreshLoop loop(
-            client,
-            [&] { return RefreshLoop::Situation{.changingPolicy = deepJobs.changingPolicy()}; },
-            steady);
-        const QSignalSpy answers(&loop, &RefreshLoop::healthReceived);
-        bool confirmed = false;
+        Scene scene;
+        DeepJobSwitch deepJobs(scene.client);
+        std::optional<bool> confirmed;
         deepJobs.send(false, [&](const auto& answer) {
             QVERIFY(!deepJobs.changingPolicy());
             confirmed = answer && answer->deep;
         });
         QVERIFY(deepJobs.changingPolicy());
-        loop.reload();
-        QVERIFY(!loop.refreshing());
-        QVERIFY(loop.pendingInterval());
-        QTRY_VERIFY(confirmed);
-        QCOMPARE(peer.requests().size(), 1);
-        QCOMPARE(peer.requests().constFirst().body, R"({"deep_scan_enabled":false})");
-        loop.reload();
-        QTRY_COMPARE(answers.size(), 1);
-    }
-
-    void theTimerGoesOnByItself() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        RefreshLoop loop(
-            client, [] { return RefreshLoop::Situation{.attention = {.setup = true}}; }, steady);
-        QElapsedTimer clock;
-        QList<qint64> at;
-        connect(&peer, &HttpPeer::requestCame, this, [&] { at.append(clock.elapsed()); });
-        clock.start();
-        loop.reload();
-        QTRY_COMPARE_WITH_TIMEOUT(at.size(), 3, 8000);
-        QVERIFY2(at.at(1) - at.at(0) >= 1500, qPrintable(QString::number(at.at(1) - at.at(0))));
-        QVERIFY2(at.at(2) - at.at(1) >= 1500, qPrintable(QString::number(at.at(2) - at.at(1))));
+        QCOMPARE(scene.exchange.requests().constFirst().body, R"({"deep_scan_enabled":false})");
+        scene.situation.changingPolicy = true;
+        scene.loop.reload();
+        pass(2min);
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        scene.exchange.end(0, healthy);
+        QCOMPARE(confirmed, true);
+        scene.situation.changingPolicy = false;
+        pass(33s);
+        QCOMPARE(scene.exchange.requestsOf("GET /v1/health"), 1);
     }
 
     void wakeUpsFallOnWholeSeconds_data() {
@@ -177,79 +198,78 @@ private slots:
     }
 
     void readinessHasItsOwnCadence() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"backend": {"reachable": true, "model_ready": true}})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        TimePoint now(1000s);
-        BackendCheck check(client, [&] { return now; });
+        Scene scene;
+        BackendCheck check(scene.client, now);
         const QSignalSpy answers(&check, &BackendCheck::answered);
         QVERIFY(!check.backendReady());
+        const TimePoint asked = now();
         check.checkIfDue({.visible = true});
-        QCOMPARE(check.backendChecked(), TimePoint(1000s));
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        QCOMPARE(scene.exchange.requests().constFirst(), request(port, "/v1/diagnostics"));
         // A slow check is not repeated.
         check.checkIfDue({.visible = true});
-        QTRY_COMPARE(answers.size(), 1);
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        pass(3s);
+        scene.exchange.end(0, ready);
+        QCOMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), true);
 
-        now = TimePoint(1000s + 60s);
+        pass(asked + 60s - now());
         check.checkIfDue({.visible = true});
-        QCOMPARE(check.backendChecked(), TimePoint(1000s));
-        now += 1ms;
+        QCOMPARE(scene.exchange.requests().size(), 1);
+        pass(1ms);
         check.checkIfDue({});
-        QCOMPARE(check.backendChecked(), TimePoint(1000s));
+        QCOMPARE(scene.exchange.requests().size(), 1);
         check.checkIfDue({.visible = true});
-        QCOMPARE(check.backendChecked(), now);
-        QTRY_COMPARE(answers.size(), 2);
-        QCOMPARE(peer.requests().size(), 2);
-        QVERIFY(peer.requests().constFirst().head.startsWith("GET /v1/diagnostics "));
+        QCOMPARE(scene.exchange.requests().size(), 2);
+    }
+
+    void failedReadinessCheckReadsFalse_data() {
+        QTest::addColumn<std::optional<QByteArray>>("answer");
+        QTest::newRow("no answer") << std::optional<QByteArray>();
+        QTest::newRow("incomplete")
+            << std::optional<QByteArray>(R"({"backend": {"reachable": true}})");
     }
 
     void failedReadinessCheckReadsFalse() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"backend": {"reachable": true}})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        BackendCheck check(client, [] { return TimePoint(1s); });
+        QFETCH(const std::optional<QByteArray>, answer);
+        Scene scene;
+        BackendCheck check(scene.client, now);
         const QSignalSpy answers(&check, &BackendCheck::answered);
         check.checkIfDue({.visible = true});
-        QTRY_COMPARE(answers.size(), 1);
+        scene.exchange.end(0, answer);
+        QCOMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), false);
     }
 
     void resetForgetsACheckUnderWay() {
-        HttpPeer peer;
-        QTcpSocket* held = nullptr;
-        peer.answerWith([&](QTcpSocket& socket) { held = &socket; });
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
-        BackendCheck check(client, [] { return TimePoint(1s); });
+        Scene scene;
+        BackendCheck check(scene.client, now);
         const QSignalSpy answers(&check, &BackendCheck::answered);
         check.checkIfDue({.visible = true});
-        QTRY_VERIFY(held);
         check.reset();
-        QVERIFY(!check.backendChecked());
-        held->write(HttpPeer::response("200 OK", "{}"));
-        peer.answerWithJson(R"({"backend": {"reachable": true, "model_ready": true}})");
+        scene.exchange.end(0, "{}");
+        QCOMPARE(answers.size(), 0);
+        QVERIFY(!check.backendReady());
         check.checkIfDue({.visible = true});
-        QTRY_COMPARE(answers.size(), 1);
+        QCOMPARE(scene.exchange.requests().size(), 2);
+        scene.exchange.end(1, ready);
+        QCOMPARE(answers.size(), 1);
         QCOMPARE(check.backendReady(), true);
-        QCOMPARE(peer.requests().size(), 2);
     }
 
     void modeRequest() {
-        HttpPeer peer;
-        peer.answerWithJson(R"({"deep_scan_enabled": true})");
-        HttpSession session;
-        ServiceClient client(session, peer.serverPort());
+        Scene scene;
         bool good = false;
-        client.postPerformanceMode(
+        scene.client.postPerformanceMode(
             u"faster"_s, this, [&](const auto& answer) { good = answer.has_value(); });
-        QTRY_VERIFY(good);
-        QVERIFY(peer.requests().constFirst().head.startsWith("POST /v1/local/performance "));
-        QCOMPARE(peer.requests().constFirst().body, R"({"mode":"faster"})");
+        QCOMPARE(
+            scene.exchange.requests().constFirst(),
+            postRequest(port, "/v1/local/performance", {{u"mode"_s, u"faster"_s}}));
+        scene.exchange.end(0, healthy);
+        QVERIFY(good);
     }
 };
 
-QTEST_GUILESS_MAIN(SupervisionTest)
+VESK_VIRTUAL_TIME_MAIN(QCoreApplication, SupervisionTest)
 #include "SupervisionTest.moc"

@@ -17,10 +17,9 @@ VirtualTime& VirtualTime::instance() {
 }
 
 void VirtualTime::pass(Duration duration) {
-    horizon_ = now_ + duration;
     // A loop of the toolkit's own, since objects are deleted later only within one.
     QEventLoop loop;
-    QEventLoop* const outer = std::exchange(passing_, &loop);
+    const auto outer = std::exchange(passing_, Passing{&loop, now_ + duration});
     awake_ = true;
     loop.exec();
     passing_ = outer;
@@ -40,9 +39,7 @@ bool VirtualTime::processEvents(QEventLoop::ProcessEventsFlags flags) {
         return false;
     }
     emit aboutToBlock();
-    if (!advance()) {
-        passing_->exit();
-    }
+    advance();
     return false;
 }
 
@@ -66,14 +63,16 @@ bool VirtualTime::fireTimers() {
     return fired;
 }
 
-bool VirtualTime::advance() {
-    const bool timerWithin = !due_.empty() && due_.begin()->first.first <= horizon_;
-    if (!timerWithin) {
-        now_ = std::max(now_, horizon_);
-        return false;
+/// To the next timer, or to the end of what is to pass.
+void VirtualTime::advance() {
+    if (!due_.empty() && (!passing_ || due_.begin()->first.first <= passing_->end)) {
+        now_ = std::max(now_, due_.begin()->first.first);
+    } else if (passing_) {
+        now_ = std::max(now_, passing_->end);
+        passing_->loop->exit();
+    } else {
+        qFatal("nothing will ever happen again");
     }
-    now_ = std::max(now_, due_.begin()->first.first);
-    return true;
 }
 
 void VirtualTime::arm(int id, Timer& timer) {

@@ -6,11 +6,12 @@
 #include <QHash>
 
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace vesk {
 
-/// An event loop in which nothing waits: where nothing is left to do, the clock goes on to the next
+/// Event loops in which nothing waits: where nothing is left to do, the clock goes on to the next
 /// timer. Timers that fall due at the same moment fire in the order in which they were started. To
 /// be installed before the application is made, with QCoreApplication::setEventDispatcher. It has
 /// no sockets.
@@ -60,18 +61,22 @@ private:
         QObject* object;
     };
 
+    struct Passing {
+        QEventLoop* loop;
+        TimePoint end;
+    };
+
     void arm(int id, Timer& timer);
     bool fireTimers();
-    bool advance();
+    void advance();
 
     TimePoint now_{std::chrono::hours(1)};
-    TimePoint horizon_ = now_;
     QHash<int, Timer> timers_;
     std::map<Due, int> due_;
     quint64 starts_ = 0;
     bool awake_ = false;
     bool interrupted_ = false;
-    QEventLoop* passing_ = nullptr;
+    std::optional<Passing> passing_;
 };
 
 } // namespace vesk
