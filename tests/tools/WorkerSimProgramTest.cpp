@@ -120,7 +120,9 @@ private slots:
         const int port = program.port();
         QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 200);
         program.signal(SIGSTOP);
-        QCOMPARE(exchange(port, rawRequest("GET", "/v1/health"), 300ms).ending, Ending::TimedOut);
+        // The signal takes a moment to reach each of its threads.
+        QTRY_COMPARE(
+            exchange(port, rawRequest("GET", "/v1/health"), 300ms).ending, Ending::TimedOut);
         program.signal(SIGCONT);
         QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 200);
     }

@@ -5,11 +5,13 @@
 
 #include <QPainter>
 
+#include <utility>
+
 namespace vesk {
 
 GlyphView::GlyphView(
-    const QString& name, int size, const QColor& color, const QString& description, QWidget* parent)
-    : QWidget(parent), name_(name), color_(color) {
+    QString name, int size, const QColor& color, const QString& description, QWidget* parent)
+    : QWidget(parent), name_(std::move(name)), color_(color) {
     setAccessibleRole(*this, QAccessible::Graphic);
     setFixedSize(size, size);
     setAccessibleName(description);

@@ -12,7 +12,7 @@ class GlyphView final : public QWidget {
 public:
     /// `size`: edge in device-independent pixels; `description`: what assistive technology says.
     GlyphView(
-        const QString& name, int size, const QColor& color, const QString& description,
+        QString name, int size, const QColor& color, const QString& description,
         QWidget* parent = nullptr);
 
     [[nodiscard]] const QString& name() const noexcept { return name_; }
