@@ -7,11 +7,13 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
+#include <utility>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
 
-StatusNotifierHost::StatusNotifierHost(const QDBusConnection& bus) : bus_(bus) {
+StatusNotifierHost::StatusNotifierHost(QDBusConnection bus) : bus_(std::move(bus)) {
     if (!bus_.isConnected()) {
         watcher_ = QString();
         return;

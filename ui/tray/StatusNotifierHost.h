@@ -16,7 +16,7 @@ class StatusNotifierHost final : public QObject {
     Q_OBJECT
 
 public:
-    explicit StatusNotifierHost(const QDBusConnection& bus);
+    explicit StatusNotifierHost(QDBusConnection bus);
 
     /// Whether the question has been answered, with or without a host.
     [[nodiscard]] bool isKnown() const { return watcher_.has_value(); }
@@ -27,10 +27,8 @@ signals:
     /// Also when another watcher took over, which knows no items yet.
     void changed();
 
-private slots:
-    void ask();
-
 private:
+    Q_SLOT void ask();
     void set(const QString& watcher);
 
     QDBusConnection bus_;

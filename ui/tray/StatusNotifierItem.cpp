@@ -33,8 +33,8 @@ QDBusMessage toTheBus(const QString& method) {
 
 } // namespace
 
-StatusNotifierItem::StatusNotifierItem(const QDBusConnection& bus, Face face, QMenu& menu)
-    : bus_(bus), face_(std::move(face)), menu_(menu), menuExport_(menu) {
+StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, Face face, QMenu& menu)
+    : bus_(std::move(bus)), face_(std::move(face)), menu_(menu), menuExport_(menu) {
     qDBusRegisterMetaType<BusPixmap>();
     qDBusRegisterMetaType<QList<BusPixmap>>();
     qDBusRegisterMetaType<BusToolTip>();

@@ -51,7 +51,7 @@ class StatusNotifierItem final : public HostedItem {
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
 
 public:
-    StatusNotifierItem(const QDBusConnection& bus, Face face, QMenu& menu);
+    StatusNotifierItem(QDBusConnection bus, Face face, QMenu& menu);
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
     ~StatusNotifierItem() override;

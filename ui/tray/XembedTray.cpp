@@ -61,7 +61,7 @@ XembedTray::XembedTray() {
     const auto manager = request(connection_, "MANAGER");
     selection_ = atomOf(connection_, selection);
     manager_ = atomOf(connection_, manager);
-    hearStructure(root_);
+    static_cast<void>(hearStructure(root_));
     QCoreApplication::instance()->installNativeEventFilter(this);
     lookForOwner();
 }

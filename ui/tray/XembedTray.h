@@ -26,7 +26,7 @@ signals:
 
 private:
     /// Whether that window is still there.
-    bool hearStructure(xcb_window_t window) const;
+    [[nodiscard]] bool hearStructure(xcb_window_t window) const;
     void lookForOwner();
 
     xcb_connection_t* connection_ = nullptr;
