@@ -2,23 +2,21 @@
 
 #include "model/SlotRecord.h"
 
-#include <QList>
-
 #include <array>
 #include <optional>
 
 namespace vesk {
 
-/// The bays in the service's order, with what is told of all of them, counted once.
+/// What is told of the bays: some one by one, and of all of them what they come to.
 class Bays {
 public:
     /// Those with the numbers 1 to this one are shown one by one.
     static constexpr int shown = 3;
 
-    Bays() = default;
-    explicit Bays(QList<SlotRecord> records);
+    /// One more.
+    void append(const SlotRecord& bay);
 
-    [[nodiscard]] const QList<SlotRecord>& records() const noexcept { return records_; }
+    [[nodiscard]] qsizetype count() const noexcept { return count_; }
 
     /// The first record with that number, from 1 to `shown`; an empty one where there is none.
     [[nodiscard]] const SlotRecord& numbered(int number) const;
@@ -32,11 +30,10 @@ public:
     /// The same for jobs that failed.
     [[nodiscard]] std::optional<qint64> failed() const noexcept { return failed_; }
 
-    /// All else follows from the records.
-    bool operator==(const Bays& other) const { return records_ == other.records_; }
+    bool operator==(const Bays&) const = default;
 
 private:
-    QList<SlotRecord> records_;
+    qsizetype count_ = 0;
     std::array<SlotRecord, shown> numbered_;
     qsizetype active_ = 0;
     std::optional<qint64> completed_ = 0;

@@ -2,121 +2,170 @@
 
 #include "service/LenientReader.h"
 
-namespace vesk {
+#include <QSet>
 
-using namespace Qt::StringLiterals;
+#include <array>
+#include <utility>
+
+namespace vesk {
 
 namespace {
 
-using lenient::boolean;
-using lenient::integer;
-using lenient::number;
-using lenient::string;
+using lenient::Field;
+using lenient::ListReader;
+using lenient::Part;
+using lenient::RecordReader;
 
-/// The dictionary under `key`; an absent one reads as an empty one.
-QJsonObject dictionary(const QJsonObject& object, QStringView key) {
-    return lenient::dictionary(object, key).value_or(QJsonObject());
-}
+constexpr std::array slotFields{
+    Field<SlotRecord>{"slot", &SlotRecord::slot},
+    Field<SlotRecord>{"state", &SlotRecord::state},
+    Field<SlotRecord>{"phase", &SlotRecord::phase},
+    Field<SlotRecord>{"stage", &SlotRecord::stage},
+    Field<SlotRecord>{"job", &SlotRecord::job},
+    Field<SlotRecord>{"media_kind", &SlotRecord::mediaKind},
+    Field<SlotRecord>{"model", &SlotRecord::model},
+    Field<SlotRecord>{"source_device", &SlotRecord::sourceDevice},
+    Field<SlotRecord>{"progress_current", &SlotRecord::progressCurrent},
+    Field<SlotRecord>{"progress_total", &SlotRecord::progressTotal},
+    Field<SlotRecord>{"position_ms", &SlotRecord::positionMs},
+    Field<SlotRecord>{"elapsed_ms", &SlotRecord::elapsedMs},
+    Field<SlotRecord>{"completed", &SlotRecord::completed},
+    Field<SlotRecord>{"failed", &SlotRecord::failed},
+    Field<SlotRecord>{"last_stage", &SlotRecord::lastStage},
+    Field<SlotRecord>{"last_media_kind", &SlotRecord::lastMediaKind},
+    Field<SlotRecord>{"last_finished_seconds_ago", &SlotRecord::lastFinishedSecondsAgo}};
 
-/// Each element of the list under `key`, as `read` makes it; an absent list has none.
-template<typename Value>
-QList<Value>
-list(const QJsonObject& object, QStringView key, Value (*read)(const QJsonObject& element)) {
-    const auto elements = lenient::dictionaries(object, key).value_or(QList<QJsonObject>());
-    QList<Value> values;
-    values.reserve(elements.size());
-    for (const QJsonObject& element : elements) {
-        values.append(read(element));
+constexpr std::array deviceFields{
+    Field<ConnectedDevice>{"name", &ConnectedDevice::name},
+    Field<ConnectedDevice>{"last_seen_seconds", &ConnectedDevice::lastSeenSeconds}};
+
+constexpr std::array policyFields{
+    Field<ActivityPolicy>{"performance_mode", &ActivityPolicy::performanceMode},
+    Field<ActivityPolicy>{"thermal_state", &ActivityPolicy::thermalState},
+    Field<ActivityPolicy>{"reason", &ActivityPolicy::reason},
+    Field<ActivityPolicy>{"effective_duty_percent", &ActivityPolicy::effectiveDutyPercent},
+    Field<ActivityPolicy>{"configured_duty_percent", &ActivityPolicy::configuredDutyPercent},
+    Field<ActivityPolicy>{"duty_percent", &ActivityPolicy::dutyPercent},
+    Field<ActivityPolicy>{"active_duty_percent", &ActivityPolicy::activeDutyPercent},
+    Field<ActivityPolicy>{"idle_ceiling_percent", &ActivityPolicy::idleCeilingPercent},
+    Field<ActivityPolicy>{"effective_workers", &ActivityPolicy::effectiveWorkers},
+    Field<ActivityPolicy>{"configured_workers", &ActivityPolicy::configuredWorkers}};
+
+/// Of the photo engine the service also says whether it can be reached.
+struct Engine : EngineBackend {
+    std::optional<bool> reachable;
+};
+
+constexpr std::array engineFields{
+    Field<Engine>{"model", &Engine::model}, Field<Engine>{"model_ready", &Engine::modelReady},
+    Field<Engine>{"reachable", &Engine::reachable}};
+
+/// The document, and whether it may be shown.
+struct Answer : HealthDocument {
+    std::optional<bool> deep;
+};
+
+constexpr std::array answerFields{
+    Field<Answer>{"deep_scan_enabled", &Answer::deep},
+    Field<Answer>{"cooldown_seconds", &Answer::cooldownSeconds},
+    Field<Answer>{"cooldown_cap_seconds", &Answer::cooldownCapSeconds},
+    Field<Answer>{"model", &Answer::model},
+    Field<Answer>{"duty_percent", &Answer::dutyPercent},
+    Field<Answer>{"workers", &Answer::workers},
+    Field<Answer>{"configured_workers", &Answer::configuredWorkers},
+    Field<Answer>{"device_id", &Answer::deviceId},
+    Field<Answer>{"device", &Answer::device}};
+
+/// A dictionary of booleans only: one value of another type makes the whole dictionary absent.
+class ReadyServicesReader final : public lenient::Reader {
+public:
+    explicit ReadyServicesReader(ReadyServices& services) : services_(services) {}
+
+    void begin() override {
+        services_ = {};
+        wrong_.clear();
     }
-    return values;
-}
 
-SlotRecord slotRecord(const QJsonObject& json) {
-    return {
-        .slot = integer(json, u"slot"),
-        .state = string(json, u"state"),
-        .phase = string(json, u"phase"),
-        .stage = string(json, u"stage"),
-        .job = string(json, u"job"),
-        .mediaKind = string(json, u"media_kind"),
-        .model = string(json, u"model"),
-        .sourceDevice = string(json, u"source_device"),
-        .progressCurrent = integer(json, u"progress_current"),
-        .progressTotal = integer(json, u"progress_total"),
-        .positionMs = integer(json, u"position_ms"),
-        .elapsedMs = integer(json, u"elapsed_ms"),
-        .completed = integer(json, u"completed"),
-        .failed = integer(json, u"failed"),
-        .lastStage = string(json, u"last_stage"),
-        .lastMediaKind = string(json, u"last_media_kind"),
-        .lastFinishedSecondsAgo = integer(json, u"last_finished_seconds_ago")};
-}
+    void scalar(QByteArrayView key, const JsonScalar& value) override {
+        const bool* flag = std::get_if<bool>(&value);
+        if (flag == nullptr) {
+            wrong_.insert(key.toByteArray());
+            return;
+        }
+        wrong_.remove(key.toByteArray());
+        for (const auto& [name, member] : flags) {
+            if (name == key) {
+                services_.*member = *flag;
+            }
+        }
+    }
 
-ConnectedDevice connectedDevice(const QJsonObject& json) {
-    return {.name = string(json, u"name"), .lastSeenSeconds = integer(json, u"last_seen_seconds")};
-}
+    Reader* dictionary(QByteArrayView key) override { return other(key); }
+    Reader* list(QByteArrayView key) override { return other(key); }
 
-ReadyServices readyServices(const QJsonObject& json, QStringView key) {
-    const auto flags = lenient::flags(json, key).value_or(QMap<QString, bool>());
-    return {
-        .deepScan = flags.value(u"deep_scan"_s),
-        .video = flags.value(u"video"_s),
-        .audio = flags.value(u"audio"_s),
-        .ocr = flags.value(u"ocr"_s)};
-}
+    void end() override {
+        if (!wrong_.isEmpty()) {
+            services_ = {};
+        }
+    }
 
-EngineBackend engineBackend(const QJsonObject& json) {
-    return {.model = string(json, u"model"), .modelReady = boolean(json, u"model_ready")};
-}
+private:
+    static constexpr std::array flags{
+        std::pair{QByteArrayView("deep_scan"), &ReadyServices::deepScan},
+        std::pair{QByteArrayView("video"), &ReadyServices::video},
+        std::pair{QByteArrayView("audio"), &ReadyServices::audio},
+        std::pair{QByteArrayView("ocr"), &ReadyServices::ocr}};
 
-ActivityPolicy activityPolicy(const QJsonObject& json) {
-    return {
-        .performanceMode = string(json, u"performance_mode"),
-        .thermalState = string(json, u"thermal_state"),
-        .reason = string(json, u"reason"),
-        .effectiveDutyPercent = integer(json, u"effective_duty_percent"),
-        .configuredDutyPercent = integer(json, u"configured_duty_percent"),
-        .dutyPercent = integer(json, u"duty_percent"),
-        .activeDutyPercent = integer(json, u"active_duty_percent"),
-        .idleCeilingPercent = integer(json, u"idle_ceiling_percent"),
-        .effectiveWorkers = integer(json, u"effective_workers"),
-        .configuredWorkers = integer(json, u"configured_workers")};
-}
+    Reader* other(QByteArrayView key) {
+        scalar(key, nullptr);
+        return nullptr;
+    }
+
+    ReadyServices& services_;
+    QSet<QByteArray> wrong_; // keys whose last value is no boolean
+};
 
 } // namespace
 
 std::optional<ConfirmedHealth> readHealth(const QByteArray& body) {
-    const auto json = lenient::document(body);
-    const auto deep = json ? boolean(*json, u"deep_scan_enabled") : std::nullopt;
-    return deep ? std::optional(ConfirmedHealth{healthDocument(*json), *deep}) : std::nullopt;
+    Answer answer;
+    Engine video;
+    Engine audio;
+    ListReader<SlotRecord, Bays> bays(slotFields, answer.bays);
+    ListReader<ConnectedDevice, QList<ConnectedDevice>> devices(
+        deviceFields, answer.connectedDevices);
+    ReadyServicesReader services(answer.services);
+    RecordReader<Engine> videoBackend(engineFields, video);
+    RecordReader<Engine> audioBackend(engineFields, audio);
+    RecordReader<ActivityPolicy> activityPolicy(policyFields, answer.activityPolicy);
+    RecordReader<Answer> reader(
+        answerFields, answer,
+        {{"slots", Part::Kind::List, bays},
+         {"connected_devices", Part::Kind::List, devices},
+         {"services", Part::Kind::Dictionary, services},
+         {"video_backend", Part::Kind::Dictionary, videoBackend},
+         {"audio_backend", Part::Kind::Dictionary, audioBackend},
+         {"activity_policy", Part::Kind::Dictionary, activityPolicy}});
+    if (!lenient::read(body, reader) || !answer.deep) {
+        return {};
+    }
+    answer.videoBackend = std::move(video);
+    answer.audioBackend = std::move(audio);
+    const bool deep = *answer.deep;
+    return ConfirmedHealth{std::move(answer), deep};
 }
 
 std::optional<bool> readBackendReady(const QByteArray& body) {
-    const auto json = lenient::document(body);
-    if (!json) {
+    struct Nothing {};
+    Nothing nothing;
+    Engine backend;
+    RecordReader<Engine> backendReader(engineFields, backend);
+    RecordReader<Nothing> reader(
+        {}, nothing, {{.key = "backend", .kind = Part::Kind::Dictionary, .reader = backendReader}});
+    if (!lenient::read(body, reader)) {
         return {};
     }
-    const QJsonObject backend = dictionary(*json, u"backend");
-    return boolean(backend, u"reachable").value_or(false)
-           && engineBackend(backend).modelReady.value_or(false);
-}
-
-HealthDocument healthDocument(const QJsonObject& json) {
-    return {
-        .bays = Bays(list(json, u"slots", slotRecord)),
-        .connectedDevices = list(json, u"connected_devices", connectedDevice),
-        .cooldownSeconds = number(json, u"cooldown_seconds"),
-        .cooldownCapSeconds = number(json, u"cooldown_cap_seconds"),
-        .services = readyServices(json, u"services"),
-        .model = string(json, u"model"),
-        .videoBackend = engineBackend(dictionary(json, u"video_backend")),
-        .audioBackend = engineBackend(dictionary(json, u"audio_backend")),
-        .activityPolicy = activityPolicy(dictionary(json, u"activity_policy")),
-        .dutyPercent = integer(json, u"duty_percent"),
-        .workers = integer(json, u"workers"),
-        .configuredWorkers = integer(json, u"configured_workers"),
-        .deviceId = string(json, u"device_id"),
-        .device = string(json, u"device")};
+    return backend.reachable.value_or(false) && backend.modelReady.value_or(false);
 }
 
 } // namespace vesk

@@ -25,6 +25,8 @@ namespace {
 /// Far above what an answer's headers take, far below what would matter.
 constexpr std::uint32_t maxHeaderBytes = 64 * 1024;
 
+constexpr std::size_t readBytes = 64 * std::size_t{1024};
+
 /// A line break inside a header would start a header of the token's choosing.
 bool isOneLine(const ServiceRequest::Header& header) {
     return std::none_of(header.value.begin(), header.value.end(), [](char sign) {
@@ -65,6 +67,8 @@ asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& reques
     co_await http::async_write(stream, message(request), asio::use_awaitable);
 
     beast::flat_buffer buffer;
+    // So much is read at a time; by itself the library asks for 512 bytes again and again.
+    buffer.reserve(readBytes);
     while (true) {
         http::response_parser<http::string_body> parser;
         parser.header_limit(maxHeaderBytes);

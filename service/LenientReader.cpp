@@ -1,80 +1,99 @@
 #include "service/LenientReader.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
+#include <QStringDecoder>
 
 namespace vesk::lenient {
 
-std::optional<QJsonObject> document(const QByteArray& text) {
-    const QJsonDocument document = QJsonDocument::fromJson(text);
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
+namespace {
 
-std::optional<qint64> integer(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    if (!value.isDouble()) {
-        return {};
+QString textOf(QByteArrayView utf8) {
+    if (utf8.startsWith("\xef\xbb\xbf")) {
+        // In front of a text the toolkit else drops it as a byte order mark.
+        return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
     }
-    // toInteger() gives its default for what is no whole 64-bit number, and never passes an
-    // integer through a double; two defaults tell such a value from a number that equals one.
-    const qint64 read = value.toInteger(0);
-    if (read == 0 && value.toInteger(1) != 0) {
-        return {};
-    }
-    return read;
+    return QString::fromUtf8(utf8);
 }
 
-std::optional<double> number(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
-}
+/// Hands on what is told to whoever reads the dictionary or the list that it stands in.
+class Descent final : public JsonHandler {
+public:
+    explicit Descent(Reader& root) : root_(root) {}
 
-std::optional<bool> boolean(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    return value.isBool() ? std::optional(value.toBool()) : std::nullopt;
-}
+    [[nodiscard]] bool wasDictionary() const { return wasDictionary_; }
 
-std::optional<QString> string(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    return value.isString() ? std::optional(value.toString()) : std::nullopt;
-}
+    void key(QByteArrayView key) override { key_ = key; }
 
-std::optional<QJsonObject> dictionary(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    return value.isObject() ? std::optional(value.toObject()) : std::nullopt;
-}
-
-std::optional<QList<QJsonObject>> dictionaries(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    if (!value.isArray()) {
-        return {};
-    }
-    const QJsonArray array = value.toArray();
-    QList<QJsonObject> list;
-    list.reserve(array.size());
-    for (const auto element : array) {
-        if (!element.isObject()) {
-            return {};
+    void scalar(const JsonScalar& value) override {
+        if (!readers_.empty() && readers_.back() != nullptr) {
+            readers_.back()->scalar(key_, value);
         }
-        list.append(element.toObject());
     }
-    return list;
+
+    void beginDictionary() override {
+        if (readers_.empty()) {
+            wasDictionary_ = true;
+            enter(&root_);
+        } else {
+            enter(readers_.back() != nullptr ? readers_.back()->dictionary(key_) : nullptr);
+        }
+    }
+
+    void endDictionary() override { leave(); }
+
+    void beginList() override {
+        enter(
+            !readers_.empty() && readers_.back() != nullptr ? readers_.back()->list(key_)
+                                                            : nullptr);
+    }
+
+    void endList() override { leave(); }
+
+private:
+    void enter(Reader* reader) {
+        readers_.push_back(reader);
+        if (reader != nullptr) {
+            reader->begin();
+        }
+    }
+
+    void leave() {
+        if (readers_.back() != nullptr) {
+            readers_.back()->end();
+        }
+        readers_.pop_back();
+    }
+
+    Reader& root_;
+    std::vector<Reader*> readers_; // from the root inwards; nobody where it is of no use
+    QByteArrayView key_;
+    bool wasDictionary_ = false;
+};
+
+} // namespace
+
+bool read(const QByteArray& text, Reader& reader) {
+    Descent descent(reader);
+    return parseJson(text, descent) && descent.wasDictionary();
 }
 
-std::optional<QMap<QString, bool>> flags(const QJsonObject& object, QStringView key) {
-    const QJsonValue value = object.value(key);
-    if (!value.isObject()) {
-        return {};
-    }
-    const QJsonObject dictionary = value.toObject();
-    QMap<QString, bool> map;
-    for (auto entry = dictionary.begin(); entry != dictionary.end(); ++entry) {
-        if (!entry.value().isBool()) {
-            return {};
-        }
-        map.insert(entry.key(), entry.value().toBool());
-    }
-    return map;
+void take(const JsonScalar& value, std::optional<qint64>& integer) {
+    const auto* number = std::get_if<JsonNumber>(&value);
+    integer = number != nullptr ? number->integer : std::nullopt;
+}
+
+void take(const JsonScalar& value, std::optional<double>& number) {
+    const auto* given = std::get_if<JsonNumber>(&value);
+    number = given != nullptr ? std::optional(given->value) : std::nullopt;
+}
+
+void take(const JsonScalar& value, std::optional<bool>& boolean) {
+    const bool* given = std::get_if<bool>(&value);
+    boolean = given != nullptr ? std::optional(*given) : std::nullopt;
+}
+
+void take(const JsonScalar& value, std::optional<QString>& string) {
+    const auto* given = std::get_if<QByteArrayView>(&value);
+    string = given != nullptr ? std::optional(textOf(*given)) : std::nullopt;
 }
 
 } // namespace vesk::lenient

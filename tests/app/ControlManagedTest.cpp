@@ -2,8 +2,8 @@
 #include "agent/ServiceLocations.h"
 #include "agent/systemd/ServiceUnit.h"
 #include "app/Control.h"
+#include "service/HealthReader.h"
 #include "service/HttpSession.h"
-#include "service/LenientReader.h"
 #include "tests/agent/PrivateManager.h"
 #include "tests/agent/PropertyListSamples.h"
 
@@ -87,8 +87,8 @@ private:
     void closeListener() {
         bool done = false;
         session_.send(
-            postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this,
-            lenient::document, [&](const auto& /*answer*/) { done = true; });
+            postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this, readHealth,
+            [&](const auto& /*answer*/) { done = true; });
         QVERIFY(QTest::qWaitFor([&] { return done; }));
         QVERIFY(becomes(false));
     }

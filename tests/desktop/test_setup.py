@@ -501,8 +501,9 @@ class SetupTest(DesktopCase):
         self.click(dashboard, APPLY)
         dashboard.sheet(ALERT)
         windows = self.desktop.windows
-        alert = next(w for w in windows.of_process(dashboard.pid)
-                     if windows.title(w) == ALERT_WINDOW)
+        alert = wait_for("the alert's window", lambda: next(
+            (w for w in windows.of_process(dashboard.pid) if windows.title(w) == ALERT_WINDOW),
+            None))
         self.assertFalse(windows.allows(alert, "MAXIMIZE_VERT"))
         self.assertFalse(windows.allows(alert, "MAXIMIZE_HORZ"))
         self.assertFalse(windows.allows(alert, "RESIZE"))

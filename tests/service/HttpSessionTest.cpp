@@ -1,9 +1,10 @@
 #include "HttpPeer.h"
 
 #include "service/HttpSession.h"
-#include "service/LenientReader.h"
 
 #include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -16,6 +17,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
+std::optional<QJsonObject> jsonObjectIn(const QByteArray& body) {
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
 /// One exchange and its outcome.
 struct Attempt {
     bool ended = false;
@@ -23,7 +29,7 @@ struct Attempt {
     std::optional<QJsonObject> answer;
 
     void send(HttpSession& session, const ServiceRequest& request, QObject* receiver) {
-        session.send(request, receiver, lenient::document, [this](const auto& got) {
+        session.send(request, receiver, jsonObjectIn, [this](const auto& got) {
             ended = true;
             ++calls;
             answer = got;

@@ -1,11 +1,9 @@
 #include "service/LenientReader.h"
 
-#include "tests/service/JsonText.h"
-
 #include <QTest>
 
+#include <array>
 #include <cmath>
-#include <limits>
 
 namespace vesk {
 
@@ -13,93 +11,112 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What each reader makes of one value; text "-" stands for absent.
+/// What one value is taken as; text "-" stands for absent.
 struct Reading {
     const char* value;
     const char* integer;
     const char* number;
     const char* boolean;
     const char* string;
-    const char* dictionary;
-    const char* dictionaries;
-    const char* flags;
+    qsizetype dictionaries; ///< how many there are in the list that it is
 };
 
 constexpr Reading readings[] = {
-    {"null", "-", "-", "-", "-", "-", "-", "-"},
-    {"true", "-", "-", "true", "-", "-", "-", "-"},
-    {"false", "-", "-", "false", "-", "-", "-", "-"},
-    {"\"\"", "-", "-", "-", "", "-", "-", "-"},
-    {"\"2\"", "-", "-", "-", "2", "-", "-", "-"},
-    {"\"true\"", "-", "-", "-", "true", "-", "-", "-"},
-    {"\"gr\\u00fcn <b>\"", "-", "-", "-", "grün <b>", "-", "-", "-"},
-    {"0", "0", "0", "-", "-", "-", "-", "-"},
-    {"1", "1", "1", "-", "-", "-", "-", "-"},
-    {"-1", "-1", "-1", "-", "-", "-", "-", "-"},
-    {"-0", "0", "0", "-", "-", "-", "-", "-"},
-    {"-0.0", "0", "0", "-", "-", "-", "-", "-"},
-    {"2", "2", "2", "-", "-", "-", "-", "-"},
-    {"2.0", "2", "2", "-", "-", "-", "-", "-"},
-    {"2e0", "2", "2", "-", "-", "-", "-", "-"},
-    {"20e-1", "2", "2", "-", "-", "-", "-", "-"},
-    {"2.5e1", "25", "25", "-", "-", "-", "-", "-"},
-    {"2.5", "-", "2.5", "-", "-", "-", "-", "-"},
-    {"-2.5", "-", "-2.5", "-", "-", "-", "-", "-"},
-    {"0.5", "-", "0.5", "-", "-", "-", "-", "-"},
-    {"1.5", "-", "1.5", "-", "-", "-", "-", "-"},
-    {"1e-300", "-", "1e-300", "-", "-", "-", "-", "-"},
-    {"1e300", "-", "1e+300", "-", "-", "-", "-", "-"},
-    {"-1e300", "-", "-1e+300", "-", "-", "-", "-", "-"},
-    {"1e18", "1000000000000000000", "1e+18", "-", "-", "-", "-", "-"},
-    {"9007199254740993", "9007199254740993", "9007199254740992", "-", "-", "-", "-", "-"},
-    {"-9007199254740993", "-9007199254740993", "-9007199254740992", "-", "-", "-", "-", "-"},
-    {"9223372036854775807", "9223372036854775807", "9.2233720368547758e+18", "-", "-", "-", "-",
-     "-"},
-    {"-9223372036854775808", "-9223372036854775808", "-9.2233720368547758e+18", "-", "-", "-", "-",
-     "-"},
-    {"9223372036854775808", "-", "9.2233720368547758e+18", "-", "-", "-", "-", "-"},
-    {"-9223372036854777856", "-", "-9.2233720368547778e+18", "-", "-", "-", "-", "-"},
-    {"18446744073709551615", "-", "1.8446744073709552e+19", "-", "-", "-", "-", "-"},
-    {"[]", "-", "-", "-", "-", "-", "[]", "-"},
-    {"[{}]", "-", "-", "-", "-", "-", "[{}]", "-"},
-    {"[{\"a\":1},{\"b\":[]}]", "-", "-", "-", "-", "-", "[{\"a\":1},{\"b\":[]}]", "-"},
-    {"[1]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[true]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[\"a\"]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[null]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[[]]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[1,{},{}]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[{},null,{}]", "-", "-", "-", "-", "-", "-", "-"},
-    {"[{},{},\"a\"]", "-", "-", "-", "-", "-", "-", "-"},
-    {"{}", "-", "-", "-", "-", "{}", "-", "{}"},
-    {"{\"a\":true}", "-", "-", "-", "-", "{\"a\":true}", "-", "{\"a\":true}"},
-    {"{\"a\":true,\"b\":false}", "-", "-", "-", "-", "{\"a\":true,\"b\":false}", "-",
-     "{\"a\":true,\"b\":false}"},
-    {"{\"a\":1}", "-", "-", "-", "-", "{\"a\":1}", "-", "-"},
-    {"{\"a\":true,\"b\":null}", "-", "-", "-", "-", "{\"a\":true,\"b\":null}", "-", "-"},
-    {"{\"a\":0,\"b\":true}", "-", "-", "-", "-", "{\"a\":0,\"b\":true}", "-", "-"},
-    {"{\"a\":true,\"b\":\"true\",\"c\":true}", "-", "-", "-", "-",
-     "{\"a\":true,\"b\":\"true\",\"c\":true}", "-", "-"},
-    {"{\"a\":{\"b\":true}}", "-", "-", "-", "-", "{\"a\":{\"b\":true}}", "-", "-"},
+    {"null", "-", "-", "-", "-", 0},
+    {"true", "-", "-", "true", "-", 0},
+    {"false", "-", "-", "false", "-", 0},
+    {"\"\"", "-", "-", "-", "", 0},
+    {"\"2\"", "-", "-", "-", "2", 0},
+    {"\"true\"", "-", "-", "-", "true", 0},
+    {"\"gr\\u00fcn <b>\"", "-", "-", "-", "grün <b>", 0},
+    {"0", "0", "0", "-", "-", 0},
+    {"1", "1", "1", "-", "-", 0},
+    {"-1", "-1", "-1", "-", "-", 0},
+    {"-0", "0", "0", "-", "-", 0},
+    {"-0.0", "0", "0", "-", "-", 0},
+    {"2", "2", "2", "-", "-", 0},
+    {"2.0", "2", "2", "-", "-", 0},
+    {"2e0", "2", "2", "-", "-", 0},
+    {"20e-1", "2", "2", "-", "-", 0},
+    {"2.5e1", "25", "25", "-", "-", 0},
+    {"2.5", "-", "2.5", "-", "-", 0},
+    {"-2.5", "-", "-2.5", "-", "-", 0},
+    {"0.5", "-", "0.5", "-", "-", 0},
+    {"1.5", "-", "1.5", "-", "-", 0},
+    {"1e-300", "-", "1e-300", "-", "-", 0},
+    {"1e300", "-", "1e+300", "-", "-", 0},
+    {"-1e300", "-", "-1e+300", "-", "-", 0},
+    {"1e18", "1000000000000000000", "1e+18", "-", "-", 0},
+    {"9007199254740993", "9007199254740993", "9007199254740992", "-", "-", 0},
+    {"-9007199254740993", "-9007199254740993", "-9007199254740992", "-", "-", 0},
+    {"9223372036854775807", "9223372036854775807", "9.2233720368547758e+18", "-", "-", 0},
+    {"-9223372036854775808", "-9223372036854775808", "-9.2233720368547758e+18", "-", "-", 0},
+    {"9223372036854775808", "-", "9.2233720368547758e+18", "-", "-", 0},
+    {"-9223372036854777856", "-", "-9.2233720368547778e+18", "-", "-", 0},
+    {"18446744073709551615", "-", "1.8446744073709552e+19", "-", "-", 0},
+    {"[]", "-", "-", "-", "-", 0},
+    {"[{}]", "-", "-", "-", "-", 1},
+    {"[{\"a\":1},{\"b\":[]}]", "-", "-", "-", "-", 2},
+    {"[1]", "-", "-", "-", "-", 0},
+    {"[true]", "-", "-", "-", "-", 0},
+    {"[\"a\"]", "-", "-", "-", "-", 0},
+    {"[null]", "-", "-", "-", "-", 0},
+    {"[[]]", "-", "-", "-", "-", 0},
+    {"[1,{},{}]", "-", "-", "-", "-", 0},
+    {"[{},null,{}]", "-", "-", "-", "-", 0},
+    {"[{},{},\"a\"]", "-", "-", "-", "-", 0},
+    {"{}", "-", "-", "-", "-", 0},
+    {"{\"a\":true}", "-", "-", "-", "-", 0},
+    {"{\"a\":true,\"b\":false}", "-", "-", "-", "-", 0},
+    {"{\"a\":1}", "-", "-", "-", "-", 0},
+    {"{\"a\":true,\"b\":null}", "-", "-", "-", "-", 0},
+    {"{\"a\":0,\"b\":true}", "-", "-", "-", "-", 0},
+    {"{\"a\":true,\"b\":\"true\",\"c\":true}", "-", "-", "-", "-", 0},
+    {"{\"a\":{\"b\":true}}", "-", "-", "-", "-", 0},
 };
 
-QString listText(const QList<QJsonObject>& list) {
-    QStringList texts;
-    for (const QJsonObject& element : list) {
-        texts.append(QString::fromUtf8(QJsonDocument(element).toJson(QJsonDocument::Compact)));
-    }
-    return u"["_s + texts.join(u',') + u"]"_s;
-}
-
-QString flagsText(const QMap<QString, bool>& map) {
-    QStringList texts;
-    for (auto entry = map.begin(); entry != map.end(); ++entry) {
-        texts.append(u"\""_s + entry.key() + (entry.value() ? u"\":true"_s : u"\":false"_s));
-    }
-    return u"{"_s + texts.join(u',') + u"}"_s;
-}
-
 const QString absent = u"-"_s;
+
+struct Probe {
+    std::optional<qint64> integer;
+    std::optional<double> number;
+    std::optional<bool> boolean;
+    std::optional<QString> string;
+};
+
+using Field = lenient::Field<Probe>;
+constexpr std::array probeFields{
+    Field{"integer", &Probe::integer}, Field{"number", &Probe::number},
+    Field{"boolean", &Probe::boolean}, Field{"string", &Probe::string}};
+
+/// The dictionary that `text` is, which may hold another one and a list of others.
+struct Outcome {
+    Probe probe;
+    Probe inner;
+    QList<Probe> list;
+    bool isDictionary = false;
+};
+
+Outcome outcomeOf(const QByteArray& text) {
+    Outcome outcome;
+    lenient::RecordReader<Probe> inner(probeFields, outcome.inner);
+    lenient::ListReader<Probe, QList<Probe>> list(probeFields, outcome.list);
+    lenient::RecordReader<Probe> reader(
+        probeFields, outcome.probe,
+        {{"inner", lenient::Part::Kind::Dictionary, inner},
+         {"list", lenient::Part::Kind::List, list}});
+    outcome.isDictionary = lenient::read(text, reader);
+    return outcome;
+}
+
+/// A dictionary that holds `value` under each of the keys, between others.
+QByteArray everywhere(const QByteArray& value) {
+    QByteArray text = R"({"before": 7)";
+    for (const char* key : {"integer", "number", "boolean", "string", "inner", "list"}) {
+        text += ", \"" + QByteArray(key) + "\": " + value + ", \"after\": {\"integer\": 8}";
+    }
+    return text + "}";
+}
 
 } // namespace
 
@@ -111,8 +128,10 @@ private slots:
     void everyReaderOverEveryValue();
     void missingKeyIsAbsent();
     void keysAreExact();
-    void numbersMadeByTheToolkit();
     void lastDuplicateWins();
+    void textsAreWhole();
+    void partsAreRead();
+    void onlyDictionariesAreRead();
 };
 
 void LenientReaderTest::everyReaderOverEveryValue_data() {
@@ -125,84 +144,99 @@ void LenientReaderTest::everyReaderOverEveryValue_data() {
 void LenientReaderTest::everyReaderOverEveryValue() {
     QFETCH(const int, row);
     const Reading& expected = readings[row];
-    const QJsonObject object =
-        jsonObject(R"({"before":7,"key":)" + QByteArray(expected.value) + "}");
-
-    const auto integer = lenient::integer(object, u"key");
+    const Outcome outcome = outcomeOf(everywhere(expected.value));
+    QVERIFY(outcome.isDictionary);
+    const auto& [integer, number, boolean, string] = outcome.probe;
     QCOMPARE(integer ? QString::number(*integer) : absent, QString::fromUtf8(expected.integer));
-
-    const auto number = lenient::number(object, u"key");
     const bool numberExpected = qstrcmp(expected.number, "-") != 0;
     QCOMPARE(number.has_value(), numberExpected);
     if (number) {
         QVERIFY(*number == QByteArray(expected.number).toDouble());
     }
-
-    const auto boolean = lenient::boolean(object, u"key");
     QCOMPARE(
         boolean ? (*boolean ? u"true"_s : u"false"_s) : absent,
         QString::fromUtf8(expected.boolean));
-
-    QCOMPARE(lenient::string(object, u"key").value_or(absent), QString::fromUtf8(expected.string));
-
-    const auto dictionary = lenient::dictionary(object, u"key");
-    QCOMPARE(
-        dictionary ? QString::fromUtf8(QJsonDocument(*dictionary).toJson(QJsonDocument::Compact))
-                   : absent,
-        QString::fromUtf8(expected.dictionary));
-
-    const auto dictionaries = lenient::dictionaries(object, u"key");
-    QCOMPARE(
-        dictionaries ? listText(*dictionaries) : absent, QString::fromUtf8(expected.dictionaries));
-
-    const auto flags = lenient::flags(object, u"key");
-    QCOMPARE(flags ? flagsText(*flags) : absent, QString::fromUtf8(expected.flags));
+    QCOMPARE(string.value_or(absent), QString::fromUtf8(expected.string));
+    QCOMPARE(outcome.list.size(), expected.dictionaries);
+    QVERIFY(!outcome.inner.integer);
 }
 
 void LenientReaderTest::missingKeyIsAbsent() {
-    for (const QByteArray& text : {QByteArray("{}"), QByteArray(R"({"other":2})")}) {
-        const QJsonObject object = jsonObject(text);
-        QVERIFY(!lenient::integer(object, u"key"));
-        QVERIFY(!lenient::number(object, u"key"));
-        QVERIFY(!lenient::boolean(object, u"key"));
-        QVERIFY(!lenient::string(object, u"key"));
-        QVERIFY(!lenient::dictionary(object, u"key"));
-        QVERIFY(!lenient::dictionaries(object, u"key"));
-        QVERIFY(!lenient::flags(object, u"key"));
+    for (const char* text : {"{}", R"({"other": 2})"}) {
+        const Outcome outcome = outcomeOf(text);
+        QVERIFY(outcome.isDictionary);
+        QVERIFY(!outcome.probe.integer);
+        QVERIFY(!outcome.probe.number);
+        QVERIFY(!outcome.probe.boolean);
+        QVERIFY(!outcome.probe.string);
+        QVERIFY(outcome.list.isEmpty());
     }
 }
 
 void LenientReaderTest::keysAreExact() {
-    const QJsonObject object = jsonObject(R"({"Key":1,"key ":2,"":3})");
-    QVERIFY(!lenient::integer(object, u"key"));
-    QCOMPARE(lenient::integer(object, u"Key"), std::optional<qint64>(1));
-    QCOMPARE(lenient::integer(object, u""), std::optional<qint64>(3));
-}
-
-void LenientReaderTest::numbersMadeByTheToolkit() {
-    using Limits = std::numeric_limits<double>;
-    QVERIFY(!lenient::integer({{u"key"_s, Limits::infinity()}}, u"key"));
-    QVERIFY(!lenient::integer({{u"key"_s, -Limits::infinity()}}, u"key"));
-    QCOMPARE(lenient::integer({{u"key"_s, 3.0}}, u"key"), std::optional<qint64>(3));
-    QVERIFY(!lenient::integer({{u"key"_s, std::nextafter(3.0, 4.0)}}, u"key"));
-    QVERIFY(!lenient::integer({{u"key"_s, 9223372036854775808.0}}, u"key"));
-    QCOMPARE(
-        lenient::integer({{u"key"_s, -9223372036854775808.0}}, u"key"),
-        std::optional(std::numeric_limits<qint64>::min()));
-    QCOMPARE(
-        lenient::integer({{u"key"_s, std::numeric_limits<qint64>::max()}}, u"key"),
-        std::optional(std::numeric_limits<qint64>::max()));
+    QVERIFY(!outcomeOf(R"({"Integer": 1, "integer ": 2, "": 3, "intege": 4})").probe.integer);
+    QCOMPARE(outcomeOf(R"({"\u0069nteger": 1})").probe.integer, std::optional<qint64>(1));
 }
 
 void LenientReaderTest::lastDuplicateWins() {
-    const QJsonObject object =
-        jsonObject(R"({"n":1,"n":2,"b":true,"b":"true","l":[1],"l":[{}],"n":3})");
-    QCOMPARE(lenient::integer(object, u"n"), std::optional<qint64>(3));
-    QVERIFY(!lenient::boolean(object, u"b"));
-    QVERIFY(lenient::dictionaries(object, u"l").has_value());
+    const Outcome outcome = outcomeOf(R"({
+        "integer": 1, "integer": 2, "number": 1, "number": {}, "boolean": true, "boolean": "true",
+        "string": "a", "string": ["b"], "inner": {"integer": 1}, "inner": {"number": 2},
+        "list": [1], "list": [{}, {}], "integer": 3})");
+    QCOMPARE(outcome.probe.integer, std::optional<qint64>(3));
+    QVERIFY(!outcome.probe.number);
+    QVERIFY(!outcome.probe.boolean);
+    QVERIFY(!outcome.probe.string);
+    QVERIFY(!outcome.inner.integer);
+    QCOMPARE(outcome.inner.number, std::optional(2.0));
+    QCOMPARE(outcome.list.size(), 2);
+    for (const char* other : {"7", "null", "\"a\"", "[{\"integer\": 1}]"}) {
+        const auto text = R"({"inner": {"integer": 1}, "inner": )" + QByteArray(other) + "}";
+        QVERIFY(!outcomeOf(text).inner.integer);
+    }
+    for (const char* other : {"7", "null", "\"a\"", "{\"integer\": 1}", "[[]]", "[]"}) {
+        const auto text = R"({"list": [{"integer": 1}], "list": )" + QByteArray(other) + "}";
+        QVERIFY(outcomeOf(text).list.isEmpty());
+    }
+}
+
+void LenientReaderTest::textsAreWhole() {
+    const auto string = [](const QByteArray& text) {
+        return outcomeOf("{\"string\": \"" + text + "\"}").probe.string;
+    };
+    for (const QString& text :
+         {u""_s, u"\ufeff"_s, u"\ufeffa\ufeff"_s, u"a\ufeff"_s, u"\ufeff\ufeff"_s, u"ä€😀"_s}) {
+        QCOMPARE(string(text.toUtf8()), std::optional(text));
+    }
+    QCOMPARE(string("\\ufeffa"), std::optional(u"\ufeffa"_s));
+    QCOMPARE(string("a\\u0000b"), std::optional(u"a\0b"_s));
+}
+
+void LenientReaderTest::partsAreRead() {
+    const Outcome outcome = outcomeOf(R"({
+        "inner": {"integer": 1, "inner": {"integer": 2}, "list": [{"integer": 3}], "string": "a"},
+        "list": [{"integer": 4}, {"list": [5], "string": "b"}, {"integer": 6, "inner": {}}],
+        "integer": 7})");
+    QCOMPARE(outcome.probe.integer, std::optional<qint64>(7));
+    QCOMPARE(outcome.inner.integer, std::optional<qint64>(1));
+    QCOMPARE(outcome.inner.string, std::optional(u"a"_s));
+    QCOMPARE(outcome.list.size(), 3);
+    QCOMPARE(outcome.list.at(0).integer, std::optional<qint64>(4));
+    QVERIFY(!outcome.list.at(1).integer);
+    QCOMPARE(outcome.list.at(1).string, std::optional(u"b"_s));
+    QVERIFY(!outcome.list.at(2).string);
+    QCOMPARE(outcome.list.at(2).integer, std::optional<qint64>(6));
+}
+
+void LenientReaderTest::onlyDictionariesAreRead() {
+    for (const char* text :
+         {"", " ", "null", "1", "\"{}\"", "[]", R"([{"integer": 1}])", "{", R"({"integer": 1)",
+          R"({"integer": 1}})", R"({"integer": 1} {})"}) {
+        QVERIFY2(!outcomeOf(text).isDictionary, text);
+    }
 }
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::LenientReaderTest)
+QTEST_APPLESS_MAIN(vesk::LenientReaderTest)
 #include "LenientReaderTest.moc"

@@ -33,7 +33,7 @@ void addCard(
 }
 
 SlotRecord job(const QString& stage, const QString& kind) {
-    SlotRecord slot = documents::live().bays.records().first();
+    SlotRecord slot = documents::live().bays.numbered(1);
     slot.stage = stage;
     slot.mediaKind = kind;
     return slot;
@@ -43,16 +43,16 @@ SlotRecord job(const QString& stage, const QString& kind) {
 
 void addCards(Gallery& gallery) {
     addCard(gallery, u"new"_s, std::nullopt);
-    addCard(gallery, u"cpu"_s, documents::idle().bays.records().first());
+    addCard(gallery, u"cpu"_s, documents::idle().bays.numbered(1));
     addCard(gallery, u"photo"_s, job(u"describe"_s, u"photo"_s));
     addCard(gallery, u"film"_s, job(u"describe"_s, u"video"_s));
     addCard(gallery, u"waveform"_s, job(u"audio"_s, u"video"_s));
     addCard(gallery, u"text.viewfinder"_s, job(u"ocr"_s, u"photo"_s));
     addCard(
-        gallery, u"paused"_s, documents::idle().bays.records().last(),
+        gallery, u"paused"_s, documents::idle().bays.numbered(3),
         {.online = true, .accepting = false});
-    addCard(gallery, u"offline"_s, documents::live().bays.records().first(), {});
-    addCard(gallery, u"long"_s, documents::longTexts().bays.records().first());
+    addCard(gallery, u"offline"_s, documents::live().bays.numbered(1), {});
+    addCard(gallery, u"long"_s, documents::longTexts().bays.numbered(1));
     SlotRecord word = job(u"precheck"_s, u"photo"_s);
     word.sourceDevice = QString(120, u'w');
     word.model = QString(120, u'm');

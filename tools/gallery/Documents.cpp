@@ -2,8 +2,7 @@
 
 #include "service/HealthReader.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <utility>
 
 namespace vesk::documents {
 
@@ -12,11 +11,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 HealthDocument parsed(const char* json) {
-    const auto document = QJsonDocument::fromJson(json);
-    if (!document.isObject()) {
+    const auto health = readHealth(json);
+    if (!health) {
         qFatal("not a document: %s", json);
     }
-    return healthDocument(document.object());
+    return health->document;
 }
 
 constexpr auto restingService = R"({
@@ -38,7 +37,7 @@ constexpr auto restingService = R"({
         {"slot": 3, "state": "idle", "completed": 41, "failed": 2}]
 })";
 
-constexpr auto liveSlots = R"({"slots": [
+constexpr auto liveSlots = R"({"deep_scan_enabled": true, "slots": [
     {"slot": 1, "state": "busy", "phase": "processing", "stage": "describe", "media_kind": "photo",
         "model": "vision-language:7b", "progress_current": 2, "progress_total": 5, "elapsed_ms": 8200,
         "source_device": "Kitchen phone", "completed": 128, "failed": 1},
@@ -50,7 +49,7 @@ constexpr auto liveSlots = R"({"slots": [
         "media_kind": "video", "model": "ast-finetuned-audioset", "elapsed_ms": 2100,
         "source_device": "Kitchen phone", "completed": 41, "failed": 2}]})";
 
-constexpr auto coolingSlots = R"({"slots": [
+constexpr auto coolingSlots = R"({"deep_scan_enabled": true, "slots": [
     {"slot": 1, "state": "busy", "phase": "cooling", "stage": "ocr", "media_kind": "photo",
         "elapsed_ms": 61000, "source_device": "Kitchen phone", "completed": 128, "failed": 1},
     {"slot": 2, "state": "waiting", "phase": "queued", "stage": "precheck", "media_kind": "photo",
@@ -81,11 +80,12 @@ HealthDocument longTexts() {
     const QString device =
         u"The tablet of the one who sorts the family's photographs on Sunday afternoons"_s;
     HealthDocument document = live();
-    QList<SlotRecord> bays = document.bays.records();
-    for (SlotRecord& bay : bays) {
+    const Bays bays = std::exchange(document.bays, {});
+    for (int number = 1; number <= Bays::shown; ++number) {
+        SlotRecord bay = bays.numbered(number);
         bay.sourceDevice = device;
+        document.bays.append(bay);
     }
-    document.bays = Bays(bays);
     document.deviceId = u"a-machine-with-a-name-that-nobody-would-type-twice"_s;
     document.connectedDevices = {
         {.name = device, .lastSeenSeconds = 1},

@@ -5,8 +5,6 @@
 #include "model/SlotPresentation.h"
 #include "ui/texts/Budget.h"
 
-#include <QStringList>
-
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -28,16 +26,21 @@ QString rackText(const ServiceFacts& facts) {
     const QString host = facts.hostName.isEmpty() ? u"This Mac"_s : facts.hostName;
     return u"RACK     "_s + facts.lastHealth.deviceId.value_or(host).remove(u".local"_s)
            + u"  ·  "_s + facts.lastHealth.device.value_or(u"macOS"_s) + u"  ·  "_s
-           + QString::number(facts.lastHealth.bays.records().size()) + u" bays  ·  LAN :"_s
+           + QString::number(facts.lastHealth.bays.count()) + u" bays  ·  LAN :"_s
            + QString::number(facts.port);
 }
 
-QString deviceText(const ConnectedDevice& device) {
+void appendDevice(QString& text, const ConnectedDevice& device) {
     constexpr qint64 nowSeconds = 10;
-    const QString name = device.name.value_or(u"Android device"_s);
+    text += device.name ? QStringView(*device.name) : QStringView(u"Android device");
     const auto lastSeen = device.lastSeenSeconds.value_or(0);
-    return lastSeen < nowSeconds ? name + u" · now"_s
-                                 : name + u" · "_s + QString::number(lastSeen) + u"s ago"_s;
+    if (lastSeen < nowSeconds) {
+        text += QStringView(u" · now");
+    } else {
+        text += QStringView(u" · ");
+        text += QString::number(lastSeen);
+        text += QStringView(u"s ago");
+    }
 }
 
 QString devicesText(const ServiceFacts& facts) {
@@ -48,11 +51,15 @@ QString devicesText(const ServiceFacts& facts) {
     if (devices.isEmpty()) {
         return u"DEVICES  waiting for Corvala on your local network"_s;
     }
-    QStringList texts;
+    // In one string, since there may be thousands.
+    QString text = u"DEVICES"_s;
+    QStringView separator = u"  ";
     for (const ConnectedDevice& device : devices) {
-        texts.append(deviceText(device));
+        text += separator;
+        separator = u"   |   ";
+        appendDevice(text, device);
     }
-    return u"DEVICES  "_s + texts.join(u"   |   "_s);
+    return text;
 }
 
 QString summaryText(const ServiceFacts& facts, const Budget& budget) {

@@ -108,7 +108,7 @@ Dashboard connectedDashboard(const ServiceFacts& facts) {
     next.engines = enginesText(facts.lastHealth);
     next.budget = budgetText(budget);
     next.network = networkText(facts.lastHealth, facts.port);
-    next.total = totalText(budget, bays.records().size());
+    next.total = totalText(budget, bays.count());
     next.trayState = next.status;
     next.trayAction = next.startButton;
     next.trayTitle = active < 1 ? QString() : u" "_s + QString::number(active);

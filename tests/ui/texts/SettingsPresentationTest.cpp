@@ -126,7 +126,7 @@ void SettingsPresentationTest::neverFails() {
         20, {u"activity_policy"_s, u"performance_mode"_s, u"thermal_state"_s, u"reason"_s,
              u"effective_duty_percent"_s, u"effective_workers"_s, u"configured_workers"_s});
     for (int round = 0; round < 10'000; ++round) {
-        const HealthDocument document = healthDocument(hostile.object());
+        const HealthDocument document = healthOf(hostile.object());
         for (const bool online : {false, true}) {
             const SettingsPresentation shown(document, {.online = online});
             QVERIFY(shown.mode.has_value() && *shown.mode >= 0 && *shown.mode <= 2);

@@ -255,7 +255,7 @@ void SetupPagesTest::neverFails() {
              u"duty_percent"_s, u"idle_ceiling_percent"_s, u"video_backend"_s, u"audio_backend"_s,
              u"model_ready"_s, u"services"_s, u"ocr"_s});
     for (int round = 0; round < 10'000; ++round) {
-        const HealthDocument document = healthDocument(hostile.object());
+        const HealthDocument document = healthOf(hostile.object());
         QCOMPARE(readinessText(document, {.online = true, .backendReady = true}).count(u'\n'), 5);
         for (int step = 0; step <= lastSetupStep; ++step) {
             const SetupPage page = setupPage({.step = step, .advanced = true}, document, 1);
