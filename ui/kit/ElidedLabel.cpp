@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vesk {
@@ -27,10 +28,29 @@ QString singleLine(const QString& text) {
     return line;
 }
 
+/// May change where the signs before it stand.
+bool mayTurn(QChar sign) {
+    const QChar::Direction direction = sign.direction();
+    return direction == QChar::DirR || direction == QChar::DirAL || sign.isSurrogate()
+           || sign.category() == QChar::Other_Format;
+}
+
+/// How many signs at the beginning look alike in both texts.
+qsizetype lookAlike(const QString& one, const QString& other) {
+    // Ligatures and marks change a sign before them, and none reaches farther than this.
+    constexpr qsizetype joined = 3;
+    const auto parted = std::mismatch(one.begin(), one.end(), other.begin(), other.end());
+    if (std::any_of(one.begin(), one.end(), mayTurn)
+        || std::any_of(other.begin(), other.end(), mayTurn)) {
+        return 0;
+    }
+    return std::max<qsizetype>(parted.first - one.begin() - joined, 0);
+}
+
 } // namespace
 
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : TextView(parent) {
-    shown_.setTextFormat(Qt::PlainText);
+    shown_.setCacheEnabled(true);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setText(text);
 }
@@ -81,7 +101,7 @@ void ElidedLabel::changeEvent(QEvent* event) {
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
-    painter.drawStaticText(0, (height() - fontMetrics().height()) / 2, shown_);
+    shown_.draw(&painter, QPointF(0, (height() - fontMetrics().height()) / 2));
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event) {
@@ -90,12 +110,29 @@ void ElidedLabel::resizeEvent(QResizeEvent* event) {
 }
 
 void ElidedLabel::shape() {
-    const QString shown = fontMetrics().elidedText(line_, Qt::ElideRight, width());
-    elided_ = text().size() > line_.size() || shown != line_;
-    if (shown != shown_.text()) {
-        shown_.setText(shown);
-        update();
+    const QString before = shown_.text();
+    const qreal ascent = shown_.lineCount() > 0 ? shown_.lineAt(0).ascent() : 0;
+    layOut(line_);
+    const bool fits = shown_.lineAt(0).horizontalAdvance() <= width();
+    if (!fits) {
+        layOut(fontMetrics().elidedText(line_, Qt::ElideRight, width()));
     }
+    elided_ = text().size() > line_.size() || !fits;
+    if (shown_.text() != before) {
+        const QTextLine line = shown_.lineAt(0);
+        const qsizetype same = line.ascent() == ascent ? lookAlike(shown_.text(), before) : 0;
+        const int from = same > 0 ? static_cast<int>(line.cursorToX(static_cast<int>(same))) : 0;
+        update(from, 0, width() - from, height());
+    }
+}
+
+/// Shapes the text once, for measuring and for every drawing.
+void ElidedLabel::layOut(const QString& text) {
+    shown_.setText(text);
+    shown_.setFont(font());
+    shown_.beginLayout();
+    shown_.createLine();
+    shown_.endLayout();
 }
 
 } // namespace vesk

@@ -2,7 +2,7 @@
 
 #include "ui/kit/TextView.h"
 
-#include <QStaticText>
+#include <QTextLayout>
 
 namespace vesk {
 
@@ -35,9 +35,10 @@ protected:
 
 private:
     void shape();
+    void layOut(const QString& text);
 
     QString line_;      // what there is to draw of the text
-    QStaticText shown_; // what is drawn of it
+    QTextLayout shown_; // what is drawn of it
     bool elided_ = false;
     QString note_;
 };

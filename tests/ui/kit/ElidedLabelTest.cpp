@@ -8,6 +8,8 @@
 #include <QHelpEvent>
 #include <QImage>
 #include <QPainter>
+#include <QRandomGenerator>
+#include <QScreen>
 #include <QTest>
 #include <QTextDocument>
 #include <QToolTip>
@@ -100,6 +102,7 @@ private slots:
     void textSetThroughItsBase();
     void hugeTextCostsLittle();
     void markupIsDrawnLiterally();
+    void whatIsOnScreenIsTheText();
     void sameTextRepaintsNothing();
     void changeThatIsNotSeenRepaintsNothing();
     void changedTextRepaintsItselfAlone();
@@ -296,6 +299,40 @@ void ElidedLabelTest::markupIsDrawnLiterally() {
         label.grab().toImage().convertToFormat(QImage::Format_RGB32),
         expected.convertToFormat(QImage::Format_RGB32));
     QVERIFY(drawn(u"<b>bold</b>"_s, size) != drawn(u"bold"_s, size));
+}
+
+/// Only what may have changed is painted.
+void ElidedLabelTest::whatIsOnScreenIsTheText() {
+    const QStringList pieces{
+        u"BAY 1  ●  "_s, u"34%"_s, u"35%"_s,  u" · office"_s,
+        u"f"_s,          u"fi"_s,  u"ffi"_s,  u"e"_s,
+        u"\u0301"_s,     u"AV"_s,  u"T."_s,   u"שלום"_s,
+        u"\u202e"_s,     u"😀"_s,   u"日本"_s, u"W"_s,
+        u"…"_s,          u"j"_s,   u"  "_s,   u"and so on and so on, far beyond its end"_s};
+    for (const bool fixed : {false, true}) {
+        ElidedLabel label(u"begin"_s);
+        QFont font = label.font();
+        font.setItalic(!fixed);
+        font.setFamily(fixed ? u"monospace"_s : font.family());
+        label.setFont(font);
+        label.resize(180, 24);
+        label.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&label));
+        QCoreApplication::processEvents();
+        QRandomGenerator random(7);
+        QString text;
+        for (int change = 0; change < 600; ++change) {
+            text = text.left(random.bounded(static_cast<int>(text.size()) + 1));
+            for (int added = random.bounded(4); added > 0; --added) {
+                text += pieces.at(random.bounded(static_cast<int>(pieces.size())));
+            }
+            label.setText(text);
+            QCoreApplication::processEvents();
+            const QImage seen = label.screen()->grabWindow(label.winId()).toImage();
+            QVERIFY2(
+                seen == label.grab().toImage().convertToFormat(seen.format()), qPrintable(text));
+        }
+    }
 }
 
 void ElidedLabelTest::sameTextRepaintsNothing() {
