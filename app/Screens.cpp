@@ -43,7 +43,13 @@ void Screens::connectWindow() {
     connect(&panel, &CompactPanelView::toggleChanged, this, &Screens::toggleChanged);
     connect(&panel, &CompactPanelView::setupPressed, this, &Screens::setupPressed);
     connect(&panel, &CompactPanelView::settingsPressed, this, &Screens::settingsPressed);
-    connect(&window_, &DashboardWindow::visibilityChanged, this, &Screens::visibilityChanged);
+    connect(&window_, &DashboardWindow::mayBeSeen, this, &Screens::showPanel);
+    connect(&window_, &DashboardWindow::visibilityChanged, this, [this] {
+        if (window_.isVisibleToUser()) {
+            showPanel();
+        }
+        emit visibilityChanged();
+    });
     window_.setMenuEntries(tray_.menu().actions());
 }
 
@@ -73,8 +79,18 @@ void Screens::giveKeys(QDialog& sheet) {
 }
 
 void Screens::show(const Dashboard& dashboard, const ServiceFacts& facts) {
-    window_.panel().show(compactPanel(dashboard, facts));
     tray_.show(dashboard);
+    unseen_ = {dashboard, facts};
+    if (window_.isVisibleToUser()) {
+        showPanel();
+    }
+}
+
+void Screens::showPanel() {
+    if (unseen_) {
+        window_.panel().show(compactPanel(unseen_->dashboard, unseen_->facts));
+        unseen_.reset();
+    }
 }
 
 void Screens::refreshSheets() {

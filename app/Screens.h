@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 class QDialog;
 
@@ -31,7 +32,7 @@ public:
     Screens& operator=(const Screens&) = delete;
     ~Screens() override;
 
-    /// Puts the texts on the window and on the tray item.
+    /// Puts the texts on the tray item, and on the window once that is seen.
     void show(const Dashboard& dashboard, const ServiceFacts& facts);
 
     /// Has the open sheets show what their controllers know now.
@@ -72,6 +73,12 @@ signals:
     void visibilityChanged();
 
 private:
+    struct Unseen {
+        Dashboard dashboard;
+        ServiceFacts facts;
+    };
+
+    void showPanel();
     void connectTray();
     void connectWindow();
     void makeKeys();
@@ -81,6 +88,7 @@ private:
     SetupController& setupController_;
     TrayItem tray_;
     DashboardWindow window_;
+    std::optional<Unseen> unseen_; ///< what the window does not show yet, as nobody sees it
     QAction settingsKey_;
     QAction closeKey_;
     QAction quitKey_;

@@ -1,5 +1,6 @@
 #include "ControlBench.h"
 
+#include "ui/kit/Meter.h"
 #include "ui/setup/SetupWizard.h"
 
 #include <QDialog>
@@ -20,6 +21,33 @@ constexpr auto backendGood = R"({"backend": {"reachable": true, "model_ready": t
 bool within(std::chrono::milliseconds waited, std::chrono::milliseconds interval) {
     return waited >= interval - 20ms && waited <= interval + interval / 10;
 }
+
+/// The texts, meters and controls that were painted.
+class Painted : public QObject {
+public:
+    explicit Painted(const QWidget& window) {
+        for (auto* widget : window.findChildren<QWidget*>()) {
+            if (qobject_cast<TextView*>(widget) != nullptr
+                || qobject_cast<Meter*>(widget) != nullptr
+                || qobject_cast<QAbstractButton*>(widget) != nullptr) {
+                widget->installEventFilter(this);
+            }
+        }
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            if (names.isEmpty() && first) {
+                first();
+            }
+            names.insert(static_cast<QWidget*>(watched)->accessibleName());
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+    QSet<QString> names;
+    std::function<void()> first; ///< called at the first of them
+};
 
 /// Counts what the toolkit does for the screen.
 class ScreenWork : public QObject {
@@ -104,6 +132,60 @@ private slots:
         bench.health = QByteArray(working).replace("\"completed\": 4", "\"completed\": 5");
         bench.poll();
         QCOMPARE(bench.connection(), u"● CONNECTED"_s);
+    }
+
+    void aChangedBayIsPaintedAlone() {
+        ControlBench bench;
+        bench.other["/v1/diagnostics"] = backendGood;
+        const QByteArray three = R"({"deep_scan_enabled": true, "slots": [
+            {"slot": 1, "state": "busy", "progress_current": 1, "progress_total": 10},
+            {"slot": 2, "state": "busy", "progress_current": 2, "progress_total": 10},
+            {"slot": 3, "state": "busy", "progress_current": 3, "progress_total": 10}]})";
+        bench.health = three;
+        bench.open();
+        bench.poll();
+        Painted painted(bench.window());
+        bench.poll();
+        QCOMPARE(painted.names, QSet<QString>());
+        bench.health = QByteArray(three).replace(": 2, \"progress_total", ": 4, \"progress_total");
+        bench.poll();
+        QCOMPARE(painted.names.size(), 2);
+        QVERIFY(painted.names.contains(u"BAY 2"_s));
+        painted.names.remove(u"BAY 2"_s);
+        QVERIFY(painted.names.values().constFirst().startsWith(u"BAY 2  ●"_s));
+        QVERIFY(bench.shows(painted.names.values().constFirst()));
+    }
+
+    void whatNobodySeesIsNotComputed_data() {
+        QTest::addColumn<bool>("minimised");
+        QTest::newRow("hidden") << false;
+        QTest::newRow("minimised") << true;
+    }
+
+    void whatNobodySeesIsNotComputed() {
+        QFETCH(const bool, minimised);
+        ControlBench bench;
+        bench.open();
+        QVERIFY(bench.shows(u"Ready for your devices"_s));
+        if (minimised) {
+            bench.window().showMinimized();
+        } else {
+            bench.window().hide();
+        }
+        bench.settle();
+        bench.health = working;
+        bench.poll();
+        QVERIFY(bench.control->online());
+        QVERIFY(bench.shows(u"Ready for your devices"_s));
+
+        // The first frame is right.
+        Painted painted(bench.window());
+        bool rightAtFirst = false;
+        painted.first = [&] { rightAtFirst = bench.shows(u"1 processor working"_s); };
+        bench.control->openDashboard();
+        bench.settle();
+        QVERIFY(!painted.names.isEmpty());
+        QVERIFY(rightAtFirst);
     }
 
     void firstMissWhileNotConnectedIsStopped() {

@@ -83,6 +83,7 @@ DashboardWindow::DashboardWindow()
     centre();
     // Until a person uses the keyboard, no control has it: a stray key must not pause anything.
     setFocus();
+    connect(visibility_, &WindowVisibility::mayBeSeen, this, &DashboardWindow::mayBeSeen);
     connect(visibility_, &WindowVisibility::changed, this, &DashboardWindow::visibilityChanged);
     // The toolkit itself knows the menu key only.
     auto* menuKey = new QShortcut(Qt::SHIFT | Qt::Key_F10, this);

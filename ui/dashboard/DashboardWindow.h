@@ -43,6 +43,9 @@ public:
     void openMenu();
 
 signals:
+    /// It may be painted next: what nobody saw until now must be right.
+    void mayBeSeen();
+
     void visibilityChanged();
 
 protected:

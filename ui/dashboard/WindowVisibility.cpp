@@ -26,9 +26,13 @@ bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::Show:
         watchHandle();
         [[fallthrough]];
-    case QEvent::Hide:
     case QEvent::Expose:
     case QEvent::WindowStateChange:
+        if (window_.isVisible() && !window_.isMinimized()) {
+            emit mayBeSeen();
+        }
+        [[fallthrough]];
+    case QEvent::Hide:
         // The toolkit has not settled the new state while it tells of it.
         QMetaObject::invokeMethod(this, &WindowVisibility::noteChange, Qt::QueuedConnection);
         break;

@@ -29,6 +29,9 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
+    /// It may be painted next, perhaps for the first time since it was seen last.
+    void mayBeSeen();
+
     void changed();
 
 private:
