@@ -10,13 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Program {
-    const char* name;
-    QString path;
-    /// It calls something that has a guarded variant.
-    bool fortified;
-};
-
 QString outputOf(const QString& tool, const QStringList& arguments) {
     QProcess process;
     process.start(tool, arguments);
@@ -61,14 +54,10 @@ private:
 
 void HardeningTest::programs() {
     QTest::addColumn<QString>("program");
-    QTest::addColumn<bool>("fortified");
-    for (const Program& program :
-         {Program{"dashboard", QStringLiteral(VESK_DASHBOARD), true},
-          Program{"companion", QStringLiteral(VESK_COMPANION), false},
-          Program{"generator", QStringLiteral(VESK_GENERATOR), false},
-          Program{"worker", QStringLiteral(VESK_WORKER_SIM), true}}) {
-        QTest::newRow(program.name) << program.path << program.fortified;
-    }
+    QTest::newRow("dashboard") << QStringLiteral(VESK_DASHBOARD);
+    QTest::newRow("companion") << QStringLiteral(VESK_COMPANION);
+    QTest::newRow("generator") << QStringLiteral(VESK_GENERATOR);
+    QTest::newRow("worker") << QStringLiteral(VESK_WORKER_SIM);
 }
 
 void HardeningTest::loadedAnywhere_data() {
@@ -112,14 +101,16 @@ void HardeningTest::stackIsGuarded() {
     QVERIFY(readelf("--dyn-syms", program).contains(u"__stack_chk_fail"));
 }
 
+/// The other two call nothing that has a guarded variant.
 void HardeningTest::callsAreGuarded_data() {
-    programs();
+    QTest::addColumn<QString>("program");
+    QTest::newRow("dashboard") << QStringLiteral(VESK_DASHBOARD);
+    QTest::newRow("worker") << QStringLiteral(VESK_WORKER_SIM);
 }
 
 void HardeningTest::callsAreGuarded() {
     QFETCH(const QString, program);
-    QFETCH(const bool, fortified);
-    QCOMPARE(matches(readelf("--dyn-syms", program), uR"(\bUND __\w+_chk@)"_s), fortified);
+    QVERIFY(matches(readelf("--dyn-syms", program), uR"(\bUND __\w+_chk@)"_s));
 }
 
 void HardeningTest::jumpsHaveLandingPads_data() {
