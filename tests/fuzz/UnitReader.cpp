@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -41,6 +42,13 @@ std::vector<std::string> physicalLines(const std::string& text) {
     return lines;
 }
 
+/// Characters that are none are taken for broken UTF-8.
+bool isClean(const std::string& line) {
+    const auto points = QString::fromUtf8(QByteArray::fromStdString(line)).toUcs4();
+    return std::none_of(
+        points.begin(), points.end(), [](uint point) { return QChar::isNonCharacter(point); });
+}
+
 /// "section/key" to value. A back-slash at the end goes on with the next line.
 Settings settingsIn(const std::string& text) {
     Settings settings;
@@ -62,6 +70,7 @@ Settings settingsIn(const std::string& text) {
         }
         const auto equals = whole.find('=');
         require(equals != std::string::npos, "a line of a unit is a setting");
+        require(isClean(whole), "a line of a unit is clean");
         settings.emplace(
             section + stripped(whole.substr(0, equals)), stripped(whole.substr(equals + 1)));
     }
@@ -219,6 +228,9 @@ private:
             require(
                 found.emplace(word.substr(0, equals), word.substr(equals + 1)).second,
                 "a variable is set once");
+        }
+        for (const auto& [name, value] : found) {
+            require(isClean(value), "a variable is clean");
         }
         settings_.erase(begin, end);
         std::map<std::string, std::string> wanted;
