@@ -49,11 +49,13 @@ std::optional<ServiceError> configureLogin(const ServiceLocations& locations, bo
     if (enabled) {
         return install(locations);
     }
-    if (!locations.startsAtLogin()) {
+    // What cannot be looked at may be there all the same: then the removal tells why not.
+    const auto file = nativePath(locations.agentURL());
+    std::error_code error;
+    if (std::filesystem::status(file, error).type() == std::filesystem::file_type::not_found) {
         return std::nullopt;
     }
-    std::error_code error;
-    std::filesystem::remove_all(nativePath(locations.agentURL()), error);
+    std::filesystem::remove_all(file, error);
     if (error) {
         return systemError(
             error.value(), u"\"%1\" could not be removed"_s.arg(locations.agentURL()));

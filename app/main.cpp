@@ -7,6 +7,7 @@
 #include "app/HomeFolder.h"
 #include "app/HostName.h"
 #include "app/InstanceLock.h"
+#include "app/PreferencesFormat.h"
 #include "app/PromptQuit.h"
 #include "app/SelfTest.h"
 #include "service/HttpSession.h"
@@ -83,7 +84,7 @@ int main(int argc, char* argv[]) {
     QApplication::setPalette(Theme::palette());
 
     QSettings defaults(
-        QSettings::NativeFormat, QSettings::UserScope, QApplication::organizationName(),
+        preferencesFormat(), QSettings::UserScope, QApplication::organizationName(),
         QApplication::applicationName());
     defaults.setFallbacksEnabled(false);
 

@@ -1,6 +1,19 @@
 set(VESK_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, empty for none")
 
-# Warnings, sanitizers and the source root as include path, for one target of ours. GCC counts a
+# What distributions build their packages with. Control-flow protection is there on some processors
+# only.
+if(UNIX AND NOT APPLE)
+    include(CheckCXXCompilerFlag)
+    set(vesk_hardening_compile
+        -fstack-protector-strong -fstack-clash-protection -D_FORTIFY_SOURCE=3 -fPIE)
+    check_cxx_compiler_flag(-fcf-protection VESK_HAS_CONTROL_FLOW_PROTECTION)
+    if(VESK_HAS_CONTROL_FLOW_PROTECTION)
+        list(APPEND vesk_hardening_compile -fcf-protection)
+    endif()
+    set(vesk_hardening_link -pie -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+endif()
+
+# Warnings, hardening, sanitizers and the source root as include path, for one target of ours. GCC counts a
 # member as forgotten that designated initialisers leave at its default.
 function(vesk_configure target)
     target_compile_options(${target} PRIVATE
@@ -17,6 +30,9 @@ function(vesk_configure target)
         target_compile_options(${target} PRIVATE
             -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
         target_link_options(${target} PRIVATE -fsanitize=${VESK_SANITIZE})
+    elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+        target_compile_options(${target} PRIVATE ${vesk_hardening_compile})
+        target_link_options(${target} PRIVATE ${vesk_hardening_link})
     endif()
 endfunction()
 

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian packages that ./run, ./test and ./bench need; to be sourced.
+# The Debian packages that ./run, ./test, ./fuzz and ./bench need; to be sourced.
 
 # shellcheck disable=SC2034 # used by those that source this file
 build_packages=(
@@ -10,6 +10,10 @@ build_packages=(
 
 # shellcheck disable=SC2034
 lint_packages=(clang-tidy)
+
+# The compiler that has a fuzzer, and what it links with.
+# shellcheck disable=SC2034
+fuzz_packages=(clang libclang-rt-14-dev)
 
 # A user's service manager; installed, it starts nothing by itself.
 # shellcheck disable=SC2034
@@ -25,7 +29,7 @@ bench_packages=(dbus-daemon openbox xvfb)
 
 # shellcheck disable=SC2034
 test_packages=(
-    at-spi2-core clang-format gir1.2-atspi-2.0 python3 python3-gi python3-xlib systemd
+    at-spi2-core binutils clang-format gir1.2-atspi-2.0 python3 python3-gi python3-xlib systemd
     trayer
 )
 

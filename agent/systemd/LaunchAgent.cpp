@@ -171,11 +171,14 @@ bool isPassable(const QString& name, const QString& value) {
     const auto isControl = [](QChar sign) {
         return (sign < u' ' && sign != u'\t' && sign != u'\n') || sign == u'\x7f';
     };
+    const auto isNoCharacter = [](char32_t point) { return QChar::isNonCharacter(point); };
+    const auto points = value.toUcs4();
     return !name.isEmpty() && isLetter(name.front())
            && std::all_of(
                name.begin(), name.end(),
                [&](QChar sign) { return isLetter(sign) || isDigit(sign); })
-           && std::none_of(value.begin(), value.end(), isControl);
+           && std::none_of(value.begin(), value.end(), isControl)
+           && std::none_of(points.begin(), points.end(), isNoCharacter);
 }
 
 void readEnvironment(AgentReader& reader, LaunchAgent& agent) {

@@ -34,11 +34,20 @@ QByteArray hex(char sign) {
     return "\\x" + QByteArray(1, sign).toHex();
 }
 
+/// systemd takes a line with a code point that is no character for broken, and leaves it out.
+bool isText(const QByteArray& bytes) {
+    const auto points = QString::fromUtf8(bytes).toUcs4();
+    return std::none_of(
+        points.begin(), points.end(), [](char32_t point) { return QChar::isNonCharacter(point); });
+}
+
 /// One word of a list in a unit file.
 QByteArray word(const QByteArray& bytes) {
+    const bool takenAsItStands = isText(bytes);
+    const auto isAscii = [](char sign) { return sign >= 0; };
     QByteArray quoted;
     for (const char sign : bytes) {
-        if (isControl(sign)) {
+        if (isControl(sign) || !(takenAsItStands || isAscii(sign))) {
             quoted += hex(sign);
         } else if (sign == '"' || sign == '\\') {
             quoted += '\\';
@@ -58,9 +67,10 @@ QByteArray argument(const QString& text) {
 }
 
 bool isPlainExecutable(const QByteArray& path) {
-    return std::none_of(path.begin(), path.end(), [](char sign) {
+    const auto isRefused = [](char sign) {
         return isControl(sign) || sign == '"' || sign == '\'' || sign == '\\';
-    });
+    };
+    return isText(path) && std::none_of(path.begin(), path.end(), isRefused);
 }
 
 /// A setting that is one path: neither quotes nor escapes, and what looks like the end of a line or
@@ -73,7 +83,8 @@ QByteArray pathSetting(const QByteArray& path) {
 
 /// systemd takes no way up either.
 bool isPlainPath(const QByteArray& path) {
-    return std::none_of(path.begin(), path.end(), isControl) && !path.split('/').contains("..");
+    return isText(path) && std::none_of(path.begin(), path.end(), isControl)
+           && !path.split('/').contains("..");
 }
 
 class Translation {

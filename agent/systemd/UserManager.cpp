@@ -19,26 +19,11 @@ std::optional<ServiceError> failureOf(const ToolResult& result) {
 
 } // namespace
 
-UserManager::UserManager(QString systemctl, QString runtimeFolder)
-    : systemctl_(std::move(systemctl)), runtimeFolder_(std::move(runtimeFolder)) {}
-
-QString UserManager::unitFolder() const {
-    return runtimeFolder_ + u"/systemd/user"_s;
-}
-
-std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QString& unit) const {
-    const ToolResult result = call(
-        {u"show"_s,
-         u"--property=LoadState,MainPID,FragmentPath,SourcePath,ExecMainPID,ExecMainCode,"
-         "ExecMainStatus"_s,
-         unit});
-    if (const auto* failure = std::get_if<ServiceError>(&result)) {
-        return *failure;
-    }
+UserManager::UnitState UserManager::readState(const QString& shown) {
     UnitState state;
     bool exited = false;
     int status = 0;
-    const QStringList lines = std::get<QString>(result).split(u'\n');
+    const QStringList lines = shown.split(u'\n');
     for (const QString& line : lines) {
         const QString key = line.section(u'=', 0, 0);
         const QString value = line.section(u'=', 1);
@@ -62,6 +47,25 @@ std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QStr
         state.executionFailure = status;
     }
     return state;
+}
+
+UserManager::UserManager(QString systemctl, QString runtimeFolder)
+    : systemctl_(std::move(systemctl)), runtimeFolder_(std::move(runtimeFolder)) {}
+
+QString UserManager::unitFolder() const {
+    return runtimeFolder_ + u"/systemd/user"_s;
+}
+
+std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QString& unit) const {
+    const ToolResult result = call(
+        {u"show"_s,
+         u"--property=LoadState,MainPID,FragmentPath,SourcePath,ExecMainPID,ExecMainCode,"
+         "ExecMainStatus"_s,
+         unit});
+    if (const auto* failure = std::get_if<ServiceError>(&result)) {
+        return *failure;
+    }
+    return readState(std::get<QString>(result));
 }
 
 std::optional<ServiceError> UserManager::restart(const QString& unit) const {

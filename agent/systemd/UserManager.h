@@ -28,6 +28,9 @@ public:
     static constexpr int outputFailure = 209;
     static constexpr int errorFailure = 222;
 
+    /// What systemd's tool shows of a unit, a property a line.
+    [[nodiscard]] static UnitState readState(const QString& shown);
+
     /// `runtimeFolder` is the user's XDG_RUNTIME_DIR.
     UserManager(QString systemctl, QString runtimeFolder);
 

@@ -217,6 +217,7 @@ void LaunchAgentTest::refused_data() {
     variable("control character", u"A"_s, u"\u001b"_s);
     variable("carriage return", u"A"_s, u"\r\n"_s);
     variable("delete", u"A"_s, u"\u007f"_s);
+    variable("no character", u"A"_s, u"a\uffff"_s);
     key("relative folder", u"WorkingDirectory"_s, u"a"_s);
     key("folder a number", u"WorkingDirectory"_s, qint64(1));
     key("relative output", u"StandardOutPath"_s, u"a.log"_s);

@@ -94,6 +94,7 @@ private slots:
     void enableAgain();
     void disable();
     void disableWithNothingThere();
+    void disableWhereNothingCanBeSeen();
     void templateThroughALink();
     void badTemplates_data();
     void badTemplates();
@@ -161,6 +162,15 @@ void LoginItemTest::disableWithNothingThere() {
     const Home home;
     QCOMPARE(configureLogin(home.locations, false), std::nullopt);
     QVERIFY(!QFile::exists(home.agentFolder()));
+}
+
+void LoginItemTest::disableWhereNothingCanBeSeen() {
+    const Home home;
+    QVERIFY(QFile::link(home.agentFolder(), home.agentFolder()));
+    const auto failure = configureLogin(home.locations, false);
+    QVERIFY(failure);
+    QCOMPARE(failure->code, ELOOP);
+    QVERIFY(failure->description.contains(u"could not be removed"));
 }
 
 void LoginItemTest::templateThroughALink() {

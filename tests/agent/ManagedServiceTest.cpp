@@ -548,6 +548,7 @@ void ManagedServiceTest::wordsArriveUntouched_data() {
     row("carriage return", u"a\r\nb\r"_s, false);
     row("delete", u"a\u007f"_s, false);
     row("C1 control character", u"a\u0085b"_s);
+    row("no characters", u"ä\ufdd0 \U0001ffff"_s, false);
     row("long", QString(20'000, u'x') + u" \"\\%$\n"_s);
 }
 

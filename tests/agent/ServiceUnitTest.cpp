@@ -124,6 +124,7 @@ void ServiceUnitTest::words_data() {
     row("semicolon", u";"_s, ";");
     row("comment", u"#"_s, "#");
     row("UTF-8", u"ä€😀"_s, "ä€😀");
+    row("no character", u"aä\uffff"_s, "a\\xc3\\xa4\\xef\\xbf\\xbf");
     QTest::newRow("dollar") << u"$A ${B} $$"_s << QByteArray("\"$$A $${B} $$$$\"")
                             << QByteArray("\"A=$A ${B} $$\"");
 }
@@ -156,6 +157,7 @@ void ServiceUnitTest::programs_data() {
     QTest::newRow("back-slash") << u"/\\"_s << linked << true;
     QTest::newRow("line feed") << u"/\n"_s << linked << true;
     QTest::newRow("delete") << u"/\u007f"_s << linked << true;
+    QTest::newRow("no character") << u"/\ufdd0"_s << linked << true;
 }
 
 void ServiceUnitTest::programs() {
@@ -192,6 +194,7 @@ void ServiceUnitTest::paths_data() {
     QTest::newRow("line feed") << u"/a\nb"_s << QByteArray();
     QTest::newRow("tab") << u"/a\t"_s << QByteArray();
     QTest::newRow("carriage return") << u"/a\r"_s << QByteArray();
+    QTest::newRow("no character") << u"/a\U0001fffe"_s << QByteArray();
 }
 
 void ServiceUnitTest::paths() {

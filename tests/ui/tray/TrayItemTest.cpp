@@ -139,7 +139,7 @@ void TrayItemTest::menuBeforeTheFirstAnswer() {
 void TrayItemTest::menuFollowsTheDashboard() {
     const auto [item, host] = itemOn(true);
     const QStringList fixed = textsOf(item->menu());
-    const auto showsAs = [&](const Dashboard& dashboard) {
+    const auto showsAs = [&, &item = item](const Dashboard& dashboard) {
         item->show(dashboard);
         QStringList expected = fixed;
         expected[0] = dashboard.trayState;
