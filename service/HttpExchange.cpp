@@ -13,6 +13,7 @@
 #include <exception>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace vesk {
 
@@ -57,7 +58,7 @@ http::request<http::string_body> message(const ServiceRequest& request) {
 }
 
 /// The body of the answer; an exception for whatever goes wrong.
-asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& request) {
+asio::awaitable<std::optional<std::string>> exchange(const ServiceRequest& request) {
     const asio::ip::tcp::endpoint service(
         asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(request.port));
     beast::tcp_stream stream(co_await asio::this_coro::executor);
@@ -76,7 +77,7 @@ asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& reques
         co_await http::async_read(stream, buffer, parser, asio::use_awaitable);
         const auto status = parser.get().result();
         if (status == http::status::ok) {
-            co_return QByteArray::fromStdString(parser.get().body());
+            co_return std::move(parser.get().body());
         }
         // An interim answer announces the real one; none of ours changes the protocol.
         if (http::to_status_class(status) != http::status_class::informational
@@ -88,7 +89,7 @@ asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& reques
 
 } // namespace
 
-asio::awaitable<std::optional<QByteArray>> httpBody(ServiceRequest request) {
+asio::awaitable<std::optional<std::string>> httpBody(ServiceRequest request) {
     if (!isSendable(request)) {
         co_return std::nullopt;
     }

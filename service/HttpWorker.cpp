@@ -20,7 +20,12 @@ public:
     asio::executor_work_guard<asio::io_context::executor_type> stays{context.get_executor()};
 
     static asio::awaitable<void> carry(HttpWorker& worker, Order order) {
-        order.read(co_await httpBody(std::move(order.request)));
+        const auto body = co_await httpBody(std::move(order.request));
+        // A view of it, which nobody keeps: it may be large.
+        order.read(
+            body ? std::optional(
+                QByteArray::fromRawData(body->data(), static_cast<qsizetype>(body->size())))
+                 : std::nullopt);
         worker.putDown(order.id);
     }
 };

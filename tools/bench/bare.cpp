@@ -1,22 +1,19 @@
 /// What the dashboard is measured against: a window of the same toolkit and size with three meters
-/// and one poll, and nothing else.
+/// and one poll, and nothing else, made of what the toolkit has.
 
 #include <QApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QPainter>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -69,11 +66,11 @@ private:
     std::array<Meter*, 3> meters_{};
 };
 
-/// One request on a connection of its own after the other.
+/// One request after the other, by the toolkit's own client.
 class Poll final {
 public:
-    Poll(Meters& meters, in_port_t port, std::chrono::milliseconds interval)
-        : meters_(meters), port_(port) {
+    Poll(Meters& meters, quint16 port, std::chrono::milliseconds interval)
+        : meters_(meters), request_(QUrl(u"http://127.0.0.1:%1/v1/health"_s.arg(port))) {
         timer_.setSingleShot(true);
         timer_.setTimerType(Qt::PreciseTimer);
         timer_.setInterval(interval);
@@ -83,51 +80,18 @@ public:
 
 private:
     void ask() {
-        answer_.clear();
-        socket_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port_);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        constexpr QByteArrayView request = "GET /v1/health HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n";
-        // On the loopback interface neither of them waits.
-        if (connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0
-            || send(socket_, request.data(), size_t(request.size()), MSG_NOSIGNAL) < 0) {
-            end();
-            return;
-        }
-        notifier_ = new QSocketNotifier(socket_, QSocketNotifier::Read, &timer_);
-        QObject::connect(notifier_, &QSocketNotifier::activated, &timer_, [this] { read(); });
-    }
-
-    void read() {
-        static std::array<char, 65536> buffer{};
-        const ssize_t size = recv(socket_, buffer.data(), buffer.size(), MSG_DONTWAIT);
-        if (size > 0) {
-            answer_.append(buffer.data(), size);
-        } else if (size == 0 || errno != EAGAIN) {
-            const QByteArray body = answer_.sliced(answer_.indexOf("\r\n\r\n") + 4);
-            meters_.take(QJsonDocument::fromJson(body)["slots"_L1].toArray());
-            end();
-        }
-    }
-
-    void end() {
-        if (notifier_ != nullptr) {
-            notifier_->setEnabled(false);
-            notifier_->deleteLater();
-            notifier_ = nullptr;
-        }
-        close(socket_);
-        timer_.start();
+        QNetworkReply* reply = client_.get(request_);
+        QObject::connect(reply, &QNetworkReply::finished, &timer_, [this, reply] {
+            meters_.take(QJsonDocument::fromJson(reply->readAll())["slots"_L1].toArray());
+            reply->deleteLater();
+            timer_.start();
+        });
     }
 
     Meters& meters_;
-    in_port_t port_;
+    QNetworkRequest request_;
     QTimer timer_;
-    int socket_ = -1;
-    QSocketNotifier* notifier_ = nullptr;
-    QByteArray answer_;
+    QNetworkAccessManager client_;
 };
 
 } // namespace

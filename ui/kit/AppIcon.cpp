@@ -28,8 +28,7 @@ void drawTile(QPainter& painter, const QRectF& glyph) {
 
 QIcon applicationIcon() {
     const DrawnIcon drawn{
-        .edges = {16, 24, 32, 48, 64, 128, tileCanvas},
-        .draw = [](QPainter& painter, int edge) {
+        .edges = {16, 24, 32, 48, 64, 128, tileCanvas}, .draw = [](QPainter& painter, int edge) {
             painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
             // In a list or a task bar the mark would be a speck.
             drawTile(

@@ -5,6 +5,7 @@
 #include "ui/tray/XembedTray.h"
 
 #include <QDBusConnection>
+#include <QTimer>
 
 namespace vesk {
 
@@ -26,31 +27,46 @@ public:
 class DesktopTrays final : public TrayHost {
 public:
     DesktopTrays() {
-        connect(&notifierHost_, &StatusNotifierHost::changed, this, &TrayHost::placeChanged);
-        connect(&xembedTray_, &XembedTray::changed, this, [this] {
-            if (!notifierHost_.isPresent()) {
-                emit placeChanged();
-            }
-        });
+        // The window comes first: the bus and the X server take their time.
+        QTimer::singleShot(0, this, &DesktopTrays::look);
     }
 
     [[nodiscard]] std::unique_ptr<HostedItem>
     makeItem(const HostedItem::Face& face, QMenu& menu) override {
-        if (notifierHost_.isPresent()) {
-            return std::make_unique<StatusNotifierItem>(bus_, face, menu);
+        if (!places_) {
+            return nullptr;
+        }
+        if (places_->notifierHost.isPresent()) {
+            return std::make_unique<StatusNotifierItem>(places_->bus, face, menu);
         }
         // The toolkit decides with its first item, for the life of the process, which kind of tray
         // it goes to: it must not come to that while there may be a notifier host.
-        if (notifierHost_.isKnown() && xembedTray_.isPresent()) {
+        if (places_->notifierHost.isKnown() && places_->xembedTray.isPresent()) {
             return std::make_unique<XembedItem>(face, menu);
         }
         return nullptr;
     }
 
 private:
-    QDBusConnection bus_ = QDBusConnection::sessionBus();
-    StatusNotifierHost notifierHost_{bus_};
-    XembedTray xembedTray_;
+    struct Places {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        StatusNotifierHost notifierHost{bus};
+        XembedTray xembedTray;
+    };
+
+    void look() {
+        places_ = std::make_unique<Places>();
+        connect(
+            &places_->notifierHost, &StatusNotifierHost::changed, this, &TrayHost::placeChanged);
+        connect(&places_->xembedTray, &XembedTray::changed, this, [this] {
+            if (!places_->notifierHost.isPresent()) {
+                emit placeChanged();
+            }
+        });
+        emit placeChanged();
+    }
+
+    std::unique_ptr<Places> places_;
 };
 
 } // namespace
