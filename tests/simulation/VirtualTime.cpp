@@ -26,6 +26,12 @@ void VirtualTime::pass(Duration duration) {
     passing_ = outer;
 }
 
+int VirtualTime::execute() {
+    horizon_ = TimePoint::max();
+    awake_ = true;
+    return QCoreApplication::exec();
+}
+
 bool VirtualTime::processEvents(QEventLoop::ProcessEventsFlags flags) {
     interrupted_ = false;
     emit awake();
@@ -41,6 +47,9 @@ bool VirtualTime::processEvents(QEventLoop::ProcessEventsFlags flags) {
     }
     emit aboutToBlock();
     if (!advance()) {
+        if (passing_ == nullptr) {
+            qFatal("nothing will ever happen again");
+        }
         passing_->exit();
     }
     return false;
@@ -69,7 +78,9 @@ bool VirtualTime::fireTimers() {
 bool VirtualTime::advance() {
     const bool timerWithin = !due_.empty() && due_.begin()->first.first <= horizon_;
     if (!timerWithin) {
-        now_ = std::max(now_, horizon_);
+        if (passing_ != nullptr) {
+            now_ = std::max(now_, horizon_);
+        }
         return false;
     }
     now_ = std::max(now_, due_.begin()->first.first);

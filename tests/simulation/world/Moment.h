@@ -1,0 +1,49 @@
+#pragma once
+
+#include "tests/simulation/world/ScreenTexts.h"
+
+#include "model/Timing.h"
+
+#include <QList>
+
+namespace vesk {
+
+/// One moment of virtual time after all that falls into it has happened: what the invariants judge.
+struct Moment {
+    /// A health fetch that began.
+    struct Fetch {
+        bool otherUnderWay = false;
+        bool changeUnderWay = false;
+        Seconds early{0}; ///< before its time without a reason
+    };
+
+    /// A restart of a service without a listener that began.
+    struct Restart {
+        int misses = 0;
+        bool saidRunning = false;
+        bool starting = false;
+        std::optional<Seconds> sinceLast;
+    };
+
+    QList<Fetch> fetches;
+    bool fetchDue = false; ///< something asked for one that did not begin
+    Seconds late{0};       ///< by how much the next fetch is behind its time
+    QList<Restart> restarts;
+    int changesUnderWay = 0; ///< the most at a time
+    QStringList unasked;     ///< requests and runs that nobody called for
+    QStringList missing;     ///< those that should have come
+    QStringList malformed;
+    bool applied = false;               ///< setup wrote the login file, or removed it
+    std::optional<QString> setupPosted; ///< what setup had to post when that is not what it did
+    bool quitPressed = false;
+    int missesInARow = 0;
+    bool everConnected = false;
+    bool online = false;
+    bool changing = false;
+    bool accepting = false;
+    bool lastWasGood = false;
+    bool owesTheTruth = false; ///< without faults for long enough to know how the service stands
+    ScreenTexts expected;
+};
+
+} // namespace vesk

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "tests/simulation/world/Chronicle.h"
+#include "tests/simulation/world/Dice.h"
+#include "tests/simulation/world/Screen.h"
+#include "tests/simulation/world/Witness.h"
+
+#include <functional>
+
+class QMenu;
+
+namespace vesk {
+
+class Control;
+
+/// A person before the program, who presses everything that can be pressed, in any order.
+class SimulatedPerson {
+public:
+    SimulatedPerson(Dice& dice, Chronicle& chronicle, Witness& witness);
+
+    /// Sits down before a program that was started, or gets up from it.
+    void meet(Screen* screen, Control* control);
+
+    /// Does one thing, perhaps twice.
+    void act();
+
+    /// Ends whatever is open, as somebody who leaves: the window, perhaps.
+    void leave();
+
+private:
+    using Meaning = std::function<void()>;
+
+    void actOnce();
+    void actInMenu(QMenu& menu);
+    void actOutside();
+    void actInWindow();
+    void actInSettings();
+    void actInSetup();
+    void actInAlert(Alert& alert);
+    void useKeyboard(QWidget& window);
+
+    void click(QWidget& control, const QString& name);
+    void pressKey(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers, QStringView name);
+    void close(QWidget& window, const Meaning& meaning);
+
+    /// What it means to use a control, as it is now.
+    [[nodiscard]] Meaning meaningOf(const QWidget* control) const;
+    [[nodiscard]] Meaning meaningInSetup(const QWidget* control) const;
+
+    /// What it means to press Escape, or to close the window.
+    [[nodiscard]] Meaning dismissalOf(const QWidget& window) const;
+
+    void note(const QString& what) { chronicle_.note(u"person", what); }
+
+    Dice& dice_;
+    Chronicle& chronicle_;
+    Witness& witness_;
+    Screen* screen_ = nullptr;
+    Control* control_ = nullptr;
+};
+
+} // namespace vesk
