@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -32,8 +33,11 @@ void forgetSurroundings() {
 }
 
 ssize_t hear(void* /*cookie*/, const char* bytes, std::size_t size) {
-    if (Simulation* simulation = Simulation::running()) {
-        simulation->wrote(QString::fromUtf8(bytes, static_cast<qsizetype>(size)).trimmed());
+    static QByteArray line;
+    line.append(bytes, static_cast<qsizetype>(size));
+    Simulation* simulation = Simulation::running();
+    if (simulation != nullptr && line.endsWith('\n')) {
+        simulation->wrote(QString::fromUtf8(std::exchange(line, {})).chopped(1));
     }
     return static_cast<ssize_t>(size);
 }

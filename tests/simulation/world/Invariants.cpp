@@ -310,7 +310,7 @@ const QList<Invariant>& invariants() {
         {"No health fetch begins earlier than its interval without a reason.", noFetchTooEarly},
         {"The next health fetch begins within its interval and tolerance.", noFetchTooLate},
         {"What a person looks at anew, opens or starts is fetched at once.", askedForIsFetched},
-        {"A restart comes only after three misses in a row.", restartOnlyAfterThreeMisses},
+        {"A restart comes only where the manager was asked after three misses in a row.", restartOnlyAfterThreeMisses},
         {"A restart comes only where the manager says that the service runs.",
          restartOnlyOfARunningService},
         {"No restart begins while a start is under way.", noRestartDuringAStart},

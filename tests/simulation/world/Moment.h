@@ -19,7 +19,7 @@ struct Moment {
 
     /// A restart of a service without a listener that began.
     struct Restart {
-        int misses = 0;
+        int misses = 0; ///< in a row, when the manager was asked
         bool saidRunning = false;
         bool starting = false;
         std::optional<Seconds> sinceLast;

@@ -140,8 +140,7 @@ const Screen::Setup* Screen::setup() const {
 bool Screen::windowSeen() const {
     const QWindow* handle = window_->windowHandle();
     return window_->isVisible() && !window_->isMinimized() && handle != nullptr
-           && handle->isExposed() && !SimulatedDesktop::instance().covered()
-           && QGuiApplication::applicationState() != Qt::ApplicationHidden;
+           && handle->isExposed() && !SimulatedDesktop::instance().covered();
 }
 
 QWidget* Screen::front() const {

@@ -173,6 +173,7 @@ void Witness::faultsEnd() {
 void Witness::serviceRestarts() {
     if (calm_) {
         caughtUp_ = false;
+        truthSince_ = now();
         // What is under way may still fail, and only the next fetch sees the service.
         catchUpBy_ =
             std::max(armed_.latest, now() + patience + (armedNow().latest - now())) + patience;
@@ -191,6 +192,7 @@ void Witness::sent(std::size_t number, const ServiceRequest& request) {
              .changeUnderWay = known_.changing,
              .early = std::max(early, Seconds(0))});
         fetching_ = true;
+        fetchBegan_ = now();
         underWay_[number] = Ask::health;
     } else if (line == "GET /v1/diagnostics") {
         settle(u"diagnostics"_s);
@@ -244,7 +246,7 @@ void Witness::answered(std::size_t number, const std::optional<QByteArray>& body
 void Witness::healthAnswered(const std::optional<QJsonObject>& document) {
     fetching_ = false;
     if (document) {
-        caughtUp_ = true;
+        caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
         render(*document);
         const Seconds every = setup_ ? 30s : visible() ? 60s : 300s;
         if (!checked_ || now() - *checked_ > every) {
@@ -290,6 +292,8 @@ void Witness::policyAnswered(const std::optional<QJsonObject>& document) {
 
 void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
     changingMode_ = false;
+    // Whatever was changed since it was sent, it may bring what was before.
+    serviceRestarts();
     if (document) {
         render(*document);
     } else {
@@ -316,6 +320,7 @@ void Witness::miss() {
     ++known_.misses;
     if (known_.misses >= 3 && !known_.starting && !recovering_) {
         recovering_ = true;
+        missesAtCheck_ = known_.misses;
         owe(u"print"_s);
     }
     if (known_.online && known_.misses < 3) {
@@ -514,7 +519,7 @@ void Witness::runBegun(std::size_t number, const SimulatedTool::Run& run) {
     }
     if (verb == u"kickstart") {
         moment_.restarts.append(
-            {.misses = known_.misses,
+            {.misses = missesAtCheck_,
              .saidRunning = saidRunning_,
              .starting = known_.starting,
              .sinceLast =
@@ -539,7 +544,9 @@ void Witness::runEnds(std::size_t number, const ToolResult& result) {
         restartEnds(failure == nullptr);
         if (failure != nullptr) {
             owe(u"line: Corvala worker listener recovery failed: "_s
-                + failure->description.trimmed().replace(u'\n', u' '));
+                + QString(failure->description.endsWith(u'\n') ? failure->description.chopped(1)
+                                                       : failure->description)
+                      .replace(u'\n', u' '));
         }
     }
 }

@@ -144,6 +144,7 @@ private:
 
     std::map<std::size_t, Ask> underWay_;
     bool fetching_ = false;
+    TimePoint fetchBegan_;
     Armed armed_;
     bool mustFetch_ = false;
     bool reloaded_ = false;
@@ -167,6 +168,7 @@ private:
 
     std::map<std::size_t, QString> runs_;
     bool recovering_ = false;
+    int missesAtCheck_ = 0; ///< when the manager was asked
     bool saidRunning_ = false;
     std::optional<TimePoint> lastRestart_;
 
@@ -174,6 +176,7 @@ private:
     QStringList owed_;
     bool calm_ = false;
     bool caughtUp_ = false;
+    TimePoint truthSince_;
     TimePoint catchUpBy_;
     Moment moment_;
 };
