@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <utility>
 
 namespace {
@@ -74,7 +75,9 @@ int main(int argc, char* argv[]) {
 
     QCommandLineParser parser;
     parser.addHelpOption();
-    const QCommandLineOption seed(u"seed"_s, u"What the world is made of."_s, u"number"_s, u"1"_s);
+    const QCommandLineOption seed(
+        u"seed"_s, u"What the world is made of; a fresh one each time without."_s, u"number"_s,
+        QString::number(std::random_device()()));
     const QCommandLineOption hours(u"hours"_s, u"How long it goes on."_s, u"number"_s, u"100"_s);
     const QCommandLineOption trace(u"trace"_s, u"Print each event."_s);
     parser.addOptions({seed, hours, trace});

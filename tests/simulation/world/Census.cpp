@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <utility>
 
 #include <malloc.h>
 
@@ -11,25 +12,47 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// In so many hours there is one in which everything was open once, and one in which nothing is.
+constexpr int period = 30;
+
+/// Caches of the toolkit, and pictures of windows that it keeps or not.
+constexpr std::size_t slack = 2560 * 1024;
+
+} // namespace
+
 QString Census::take(std::size_t timers) {
-    const auto widgets = QApplication::allWidgets().size();
-    const std::size_t bytes = mallinfo2().uordblks;
-    if (++taken_ <= settling) {
-        widgets_ = std::max(widgets_, widgets);
-        timers_ = std::max(timers_, timers);
-        bytes_ = std::max(bytes_, bytes);
+    const Count now{
+        .widgets = QApplication::allWidgets().size(),
+        .timers = timers,
+        .bytes = mallinfo2().uordblks};
+    if (++hours_ <= period) {
+        most_ = {
+            .widgets = std::max(most_.widgets, now.widgets),
+            .timers = std::max(most_.timers, now.timers),
+            .bytes = std::max(most_.bytes, now.bytes)};
         return {};
     }
-    if (widgets > widgets_) {
-        return u"%1 widgets, %2 before"_s.arg(widgets).arg(widgets_);
+    const Count least = least_.value_or(now);
+    least_ = {
+        .widgets = std::min(least.widgets, now.widgets),
+        .timers = std::min(least.timers, now.timers),
+        .bytes = std::min(least.bytes, now.bytes)};
+    if (hours_ % period != 0) {
+        return {};
     }
-    if (timers > timers_ + 4) {
-        return u"%1 timers, %2 before"_s.arg(timers).arg(timers_);
-    }
-    if (bytes > bytes_ + slack) {
-        return u"%1 bytes, %2 before"_s.arg(bytes).arg(bytes_);
-    }
-    return {};
+    const Count lately = *std::exchange(least_, std::nullopt);
+    const bool grown = lately.widgets > most_.widgets || lately.timers > most_.timers
+                       || lately.bytes > most_.bytes + slack;
+    return grown ? u"%1 widgets, %2 timers, %3 bytes; %4, %5 and %6 at most at the beginning"_s
+                       .arg(lately.widgets)
+                       .arg(lately.timers)
+                       .arg(lately.bytes)
+                       .arg(most_.widgets)
+                       .arg(most_.timers)
+                       .arg(most_.bytes)
+                 : QString();
 }
 
 } // namespace vesk

@@ -1,24 +1,27 @@
 #pragma once
 
-#include <QHash>
 #include <QString>
+
+#include <optional>
 
 namespace vesk {
 
-/// Counts what a program keeps, at moments in which it has the same open.
+/// Counts what a program keeps, at moments in which it has nothing special open.
 class Census {
 public:
     /// To be called about once an hour. What has grown, or nothing.
     [[nodiscard]] QString take(std::size_t timers);
 
 private:
-    static constexpr int settling = 10; // until caches are full
-    static constexpr qsizetype slack = 512 * 1024;
+    struct Count {
+        qsizetype widgets = 0;
+        std::size_t timers = 0;
+        std::size_t bytes = 0;
+    };
 
-    int taken_ = 0;
-    qsizetype widgets_ = 0;
-    std::size_t timers_ = 0;
-    std::size_t bytes_ = 0;
+    int hours_ = 0;
+    Count most_;                 // in the first hours
+    std::optional<Count> least_; // of as many hours since
 };
 
 } // namespace vesk

@@ -60,8 +60,8 @@ void Chronicle::tell(const char* rule, const QByteArray& complaint) const {
             std::puts(last_.at(at % kept).constData());
         }
     }
-    std::printf("\nBROKEN at %s: %s\n%s\n", clockText().trimmed().constData(), rule,
-        complaint.constData());
+    std::printf(
+        "\nBROKEN at %s: %s\n%s\n", clockText().trimmed().constData(), rule, complaint.constData());
     std::printf(
         "See it again: vesk-simulate --seed %llu --hours %g --trace\n", run_.seed, run_.hours);
 }

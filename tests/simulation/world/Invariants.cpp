@@ -88,6 +88,11 @@ QString truthWithoutFaults(const Evidence& evidence) {
     if (!evidence.moment.owesTheTruth || evidence.moment.changing) {
         return {};
     }
+    if (!evidence.serviceAnswers) {
+        return unless(
+            evidence.shown.panel.connection == u"● SERVICE STOPPED",
+            u"it says %1, while the service is down"_s.arg(evidence.shown.panel.connection));
+    }
     return unless(
         evidence.shown.panel.connection == u"● CONNECTED"
             && (evidence.shown.panel.toggle == Qt::Checked) == evidence.serviceAccepts,
@@ -310,7 +315,8 @@ const QList<Invariant>& invariants() {
         {"No health fetch begins earlier than its interval without a reason.", noFetchTooEarly},
         {"The next health fetch begins within its interval and tolerance.", noFetchTooLate},
         {"What a person looks at anew, opens or starts is fetched at once.", askedForIsFetched},
-        {"A restart comes only where the manager was asked after three misses in a row.", restartOnlyAfterThreeMisses},
+        {"A restart comes only where the manager was asked after three misses in a row.",
+         restartOnlyAfterThreeMisses},
         {"A restart comes only where the manager says that the service runs.",
          restartOnlyOfARunningService},
         {"No restart begins while a start is under way.", noRestartDuringAStart},

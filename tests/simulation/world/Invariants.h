@@ -12,6 +12,7 @@ namespace vesk {
 struct Evidence {
     const Moment& moment;
     const ScreenTexts& shown;
+    bool serviceAnswers = false;   ///< the service
     bool serviceAccepts = false;   ///< deep jobs
     bool setupVisitedKept = false; ///< as the preferences say
     bool setupCompleteKept = false;

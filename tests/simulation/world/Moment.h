@@ -37,7 +37,6 @@ struct Moment {
     std::optional<QString> setupPosted; ///< what setup had to post when that is not what it did
     bool quitPressed = false;
     int missesInARow = 0;
-    bool everConnected = false;
     bool online = false;
     bool changing = false;
     bool accepting = false;

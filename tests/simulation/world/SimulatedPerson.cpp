@@ -54,10 +54,22 @@ void SimulatedPerson::leave() {
     if (screen_ == nullptr) {
         return;
     }
-    screen_->look();
-    if (screen_->front() == &screen_->window() && QApplication::activePopupWidget() == nullptr) {
-        close(screen_->window(), {});
+    if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+        pressKey(*menu, Qt::Key_Escape, Qt::NoModifier, u"Escape in the menu");
+    }
+    constexpr int patience = 8; // setup does not close while it is applied
+    for (int left = patience; left > 0; --left) {
+        screen_->look();
+        QWidget* front = screen_->front();
+        if (front == nullptr) {
+            break;
+        }
+        const bool isMain = front == &screen_->window();
+        close(*front, isMain ? Meaning() : dismissalOf(*front));
         witness_.glance();
+        if (isMain) {
+            break;
+        }
     }
 }
 

@@ -24,7 +24,7 @@ public:
     /// Does one thing, perhaps twice.
     void act();
 
-    /// Ends whatever is open, as somebody who leaves: the window, perhaps.
+    /// Closes what is open, as somebody who leaves.
     void leave();
 
 private:

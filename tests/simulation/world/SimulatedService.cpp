@@ -82,6 +82,7 @@ void SimulatedService::change() {
     case 6:
         // Another controller, or the service itself.
         accepting_ = !accepting_;
+        health_.clear();
         chronicle_.note(u"service", accepting_ ? u"resumes deep jobs"_s : u"pauses deep jobs"_s);
         break;
     default:
@@ -89,11 +90,9 @@ void SimulatedService::change() {
     }
 }
 
-void SimulatedService::setFaults(bool faults) {
-    faults_ = faults;
-    if (!faults) {
-        become(State::up);
-    }
+void SimulatedService::endFaults(bool up) {
+    faults_ = false;
+    become(up ? State::up : State::down);
 }
 
 void SimulatedService::become(State state) {
@@ -106,6 +105,7 @@ void SimulatedService::become(State state) {
 
 void SimulatedService::workOn() {
     document_ = serviceDocument(dice_);
+    health_.clear();
     diagnostics_ = serviceDiagnostics(dice_);
     chronicle_.note(u"service", u"goes on with its jobs"_s);
 }
@@ -167,6 +167,10 @@ SimulatedService::Reply SimulatedService::reply(const ServiceRequest& request) {
 }
 
 void SimulatedService::obey(const ServiceRequest& request) {
+    if (request.body.isEmpty()) {
+        return;
+    }
+    health_.clear();
     const QJsonObject wish = QJsonDocument::fromJson(request.body).object();
     if (request.path == "/v1/local/services") {
         accepting_ = wish.value(u"deep_scan_enabled").toBool();
@@ -179,15 +183,20 @@ QByteArray SimulatedService::answerTo(const ServiceRequest& request) {
     if (request.path == "/v1/diagnostics") {
         return QJsonDocument(diagnostics_).toJson(QJsonDocument::Compact);
     }
+    const bool spoil = faults_ && dice_.oneIn(8);
+    if (!spoil && !health_.isEmpty()) {
+        return health_;
+    }
     QJsonObject answer = document_;
     answer[u"deep_scan_enabled"_s] = accepting_;
     QJsonObject policy = answer.value(u"activity_policy").toObject();
     policy[u"performance_mode"_s] = mode_;
     answer[u"activity_policy"_s] = policy;
-    if (faults_ && dice_.oneIn(8)) {
-        answer = withWrongType(answer, dice_);
+    if (spoil) {
+        return QJsonDocument(withWrongType(answer, dice_)).toJson(QJsonDocument::Compact);
     }
-    return QJsonDocument(answer).toJson(QJsonDocument::Compact);
+    health_ = QJsonDocument(answer).toJson(QJsonDocument::Compact);
+    return health_;
 }
 
 /// What is no health document.

@@ -36,9 +36,13 @@ public:
     /// Something becomes of it by itself.
     void change();
 
-    /// From now on nothing goes wrong, or things may again. Without faults it is up, answers soon
-    /// and keeps its jobs as they are.
-    void setFaults(bool faults);
+    /// Things may go wrong from now on.
+    void beginFaults() { faults_ = true; }
+
+    /// From now on it is up, answers soon and keeps its jobs as they are; or it is down.
+    void endFaults(bool up);
+
+    [[nodiscard]] bool answers() const noexcept { return state_ == State::up; }
 
     [[nodiscard]] bool acceptsDeepJobs() const noexcept { return accepting_; }
 
@@ -74,6 +78,7 @@ private:
     bool accepting_ = true;
     QString mode_;
     QJsonObject document_; // all but what depends on the two above
+    QByteArray health_;    // all of it, unless something has changed
     QJsonObject diagnostics_;
     QTimer start_;
 };

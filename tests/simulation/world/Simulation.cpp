@@ -123,6 +123,7 @@ void Simulation::run() {
     planDesktop();
     planService();
     planWeather();
+    planCensus();
     while (!over_) {
         launch();
         if (!over_) {
@@ -172,6 +173,7 @@ void Simulation::judge(bool stillRunning) {
     const Evidence evidence{
         .moment = moment,
         .shown = shown,
+        .serviceAnswers = service_.answers(),
         .serviceAccepts = service_.acceptsDeepJobs(),
         .setupVisitedKept = defaults_.value(u"setupVisitedV2"_s).toBool(),
         .setupCompleteKept = defaults_.value(u"setupCompleteV2"_s).toBool(),
@@ -187,7 +189,26 @@ void Simulation::judge(bool stillRunning) {
             chronicle_.fail(invariant.sentence, complaint);
         }
     }
+    if (censusDue_ && !shown.setup && !shown.settings && shown.alerts.isEmpty()
+        && QApplication::activePopupWidget() == nullptr && !moment.quitPressed) {
+        takeCensus();
+    }
     witness_.nextMoment();
+}
+
+void Simulation::takeCensus() {
+    censusDue_ = false;
+    exchange_.forget();
+    tool_.forget();
+    const QString grown = census_.take(virtualTime().timers());
+    if (!grown.isEmpty()) {
+        chronicle_.fail("Memory and objects do not grow from hour to hour.", grown);
+    }
+}
+
+void Simulation::planCensus() {
+    censusDue_ = true;
+    after(3'600'000ms, 3'600'000ms, &Simulation::planCensus);
 }
 
 void Simulation::noteScreen(const PanelTexts& panel) {
@@ -199,6 +220,7 @@ void Simulation::noteScreen(const PanelTexts& panel) {
 }
 
 void Simulation::wrote(const QString& line) {
+    chronicle_.note(u"program", u"writes "_s + line);
     witness_.wrote(line);
 }
 
@@ -220,9 +242,12 @@ void Simulation::visit() {
         after(1ms, dice_.oneIn(5) ? 30'000ms : 2500ms, &Simulation::visit);
         return;
     }
-    if (dice_.oneIn(2)) {
-        person_.leave();
+    if (dice_.oneIn(4)) {
+        // For a moment, with everything as it is.
+        after(1000ms, 900'000ms, &Simulation::planPerson);
+        return;
     }
+    person_.leave();
     after(60'000ms, 5'400'000ms, &Simulation::planPerson);
 }
 
@@ -274,11 +299,12 @@ void Simulation::planService() {
 void Simulation::planWeather() {
     const bool faults = dice_.oneIn(2);
     chronicle_.note(u"world", faults ? u"faults begin"_s : u"faults end"_s);
-    service_.setFaults(faults);
     manager_.setFaults(faults);
     if (faults) {
+        service_.beginFaults();
         witness_.faultsBegin();
     } else {
+        service_.endFaults(!dice_.oneIn(4));
         witness_.faultsEnd();
     }
     after(60'000ms, 3'600'000ms, &Simulation::planWeather);

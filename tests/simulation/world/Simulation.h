@@ -43,6 +43,7 @@ public:
 private:
     void launch();
     void judge(bool stillRunning);
+    void takeCensus();
     void noteScreen(const PanelTexts& panel);
 
     void connectWorld();
@@ -50,6 +51,7 @@ private:
     void planDesktop();
     void planService();
     void planWeather();
+    void planCensus();
     void visit();
     void stirDesktop();
     void after(
@@ -74,6 +76,7 @@ private:
     Census census_;
     TimePoint end_;
     bool over_ = false;
+    bool censusDue_ = false;
     int actionsLeft_ = 0;
     int turns_ = 0;
     QString lastConnection_;

@@ -29,7 +29,12 @@ std::optional<QJsonObject> goodDocument(const std::optional<QByteArray>& body) {
     if (!body) {
         return std::nullopt;
     }
-    const QJsonObject document = QJsonDocument::fromJson(*body).object();
+    static QByteArray lastBody; // mostly it is the same
+    static QJsonObject document;
+    if (*body != lastBody) {
+        lastBody = *body;
+        document = QJsonDocument::fromJson(lastBody).object();
+    }
     return document.value(u"deep_scan_enabled").isBool() ? std::optional(document) : std::nullopt;
 }
 
@@ -55,6 +60,8 @@ void Witness::launched(bool setupRequested) {
         QTimer::singleShot(500ms, Qt::PreciseTimer, life_.get(), [this] { openSetup(); });
     }
     openWindow();
+    armed_ = armedNow();
+    serviceRestarts();
 }
 
 void Witness::ended() {
@@ -75,7 +82,6 @@ void Witness::ended() {
     lastRestart_.reset();
     alerts_.clear();
     owed_.clear();
-    calm_ = false;
     moment_ = {};
 }
 
@@ -340,6 +346,7 @@ void Witness::stopped() {
     showStopped(panel_, known_);
     writeLines(panel_, known_);
     refreshReadiness();
+    caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
 }
 
 // --- The person ---------------------------------------------------------------------------------
@@ -544,8 +551,9 @@ void Witness::runEnds(std::size_t number, const ToolResult& result) {
         restartEnds(failure == nullptr);
         if (failure != nullptr) {
             owe(u"line: Corvala worker listener recovery failed: "_s
-                + QString(failure->description.endsWith(u'\n') ? failure->description.chopped(1)
-                                                       : failure->description)
+                + QString(
+                      failure->description.endsWith(u'\n') ? failure->description.chopped(1)
+                                                           : failure->description)
                       .replace(u'\n', u' '));
         }
     }
