@@ -221,6 +221,12 @@ QString sheetsAreThoseOpened(const Evidence& evidence) {
             yesOrNo(evidence.shown.settings.has_value())));
 }
 
+QString whatOpensIsSeen(const Evidence& evidence) {
+    return unless(
+        !evidence.moment.opened || evidence.moment.disturbed || evidence.shown.windowShown,
+        u"its window is not shown"_s);
+}
+
 QString panelIsFresh(const Evidence& evidence) {
     const PanelTexts& shown = evidence.shown.panel;
     const PanelTexts& expected = evidence.moment.expected.panel;
@@ -289,6 +295,7 @@ QString setupIsFresh(const Evidence& evidence) {
     return differing("the step", shown->step, expected->step)
            + differing("the button", shown->next, expected->next)
            + differing("the readiness", shown->readiness, expected->readiness)
+           + differing("the limits", shown->limits, expected->limits)
            + unless(
                shown->nextEnabled == expected->nextEnabled,
                u"the button can be pressed: "_s + yesOrNo(shown->nextEnabled));
@@ -342,6 +349,7 @@ const QList<Invariant>& invariants() {
         {"An alert stays until it is dismissed, and every failure that owes one shows one.",
          alertsAreThoseOwed},
         {"The sheets that are open are those that a person opened.", sheetsAreThoseOpened},
+        {"A sheet or an alert that opens brings its window back into sight.", whatOpensIsSeen},
         {"The panel says what follows from the facts.", panelIsFresh},
         {"The controls can be used as the facts allow.", controlsAreAvailable},
         {"The tray item says what follows from the facts.", trayIsFresh},

@@ -33,6 +33,8 @@ struct Moment {
     QStringList unasked;     ///< requests and runs that nobody called for
     QStringList missing;     ///< those that should have come
     QStringList malformed;
+    bool opened = false;                ///< a sheet or an alert
+    bool disturbed = false;             ///< the desktop did something to the window
     bool applied = false;               ///< setup wrote the login file, or removed it
     std::optional<QString> setupPosted; ///< what setup had to post when that is not what it did
     bool quitPressed = false;

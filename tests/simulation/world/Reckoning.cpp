@@ -318,6 +318,18 @@ SettingsTexts settingsTexts(const Knowledge& knowledge, bool changingMode) {
     return texts;
 }
 
+QString limitsOf(const Knowledge& knowledge) {
+    const QJsonObject policy = reading::object(knowledge.document, u"activity_policy"_s);
+    const auto usual = reading::whole(policy, u"configured_duty_percent"_s)
+                           .value_or(reading::whole(policy, u"duty_percent"_s).value_or(40));
+    return u"Foreground or warm-Mac duty: %1% with one lane. Normal duty: %2%. Cool idle ceiling "
+           "after five minutes: %3%. Capacity and duty recover gradually, but activity or heat "
+           "downshifts immediately. These are rest-period targets, not operating-system CPU/GPU "
+           "caps."_s.arg(reading::whole(policy, u"active_duty_percent"_s).value_or(15))
+               .arg(usual)
+               .arg(reading::whole(policy, u"idle_ceiling_percent"_s).value_or(65));
+}
+
 QString readinessOf(const Knowledge& knowledge) {
     if (!knowledge.online) {
         return u"Processing service: stopped\nStart the worker to check the installed scan "

@@ -43,4 +43,6 @@ void writeLines(PanelTexts& panel, const Knowledge& knowledge);
 
 [[nodiscard]] QString readinessOf(const Knowledge& knowledge);
 
+[[nodiscard]] QString limitsOf(const Knowledge& knowledge);
+
 } // namespace vesk

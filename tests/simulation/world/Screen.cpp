@@ -48,6 +48,16 @@ int chosen(const QList<Segment*>& segments) {
     return static_cast<int>(found - segments.begin());
 }
 
+/// The paragraph that begins so, or nothing.
+QString lineOf(const QWidget& window, QStringView beginning) {
+    for (const auto* label : window.findChildren<QLabel*>()) {
+        if (label->isVisible() && label->text().startsWith(beginning)) {
+            return label->text();
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 Screen::Screen() {
@@ -176,17 +186,14 @@ ScreenTexts Screen::read() const {
             .choicesEnabled = setup_.deep->isEnabled() || setup_.login->isEnabled(),
             .deep = setup_.deep->isChecked(),
             .login = setup_.login->isChecked(),
-            .readiness = {}};
-        for (const auto* label : setup_.sheet->findChildren<QLabel*>()) {
-            if (label->isVisible() && label->text().startsWith(u"Processing service:")) {
-                texts.setup->readiness = label->text();
-            }
-        }
+            .readiness = lineOf(*setup_.sheet, u"Processing service:"),
+            .limits = lineOf(*setup_.sheet, u"Foreground or warm-Mac duty:")};
     }
     for (const Alert* alert : alerts_) {
         texts.alerts.append(alert->accessibleDescription());
     }
     texts.alerts.sort();
+    texts.windowShown = window_->isVisible() && !window_->isMinimized();
     return texts;
 }
 

@@ -45,6 +45,7 @@ struct SetupTexts {
     bool deep = false;
     bool login = false;
     QString readiness; ///< empty where the page does not tell it
+    QString limits;    ///< the same
 };
 
 /// All that a person can read.
@@ -52,7 +53,8 @@ struct ScreenTexts {
     PanelTexts panel;
     std::optional<SettingsTexts> settings;
     std::optional<SetupTexts> setup;
-    QStringList alerts; ///< sorted
+    QStringList alerts;      ///< sorted
+    bool windowShown = true; ///< and not minimised
 };
 
 } // namespace vesk

@@ -90,6 +90,10 @@ QJsonObject policy(Dice& dice) {
         {u"configured_duty_percent"_s, dice.between(10, 90)},
         {u"effective_workers"_s, dice.below(4)},
         {u"configured_workers"_s, 3}};
+    if (dice.oneIn(2)) {
+        policy[u"active_duty_percent"_s] = dice.between(5, 40);
+        policy[u"idle_ceiling_percent"_s] = dice.between(50, 90);
+    }
     if (!dice.oneIn(4)) {
         policy[u"effective_duty_percent"_s] = dice.between(10, 90);
     }

@@ -293,7 +293,7 @@ void SimulatedPerson::useKeyboard(QWidget& window) {
         pressKey(window, Qt::Key_Comma, Qt::ControlModifier, u"Ctrl+,");
         break;
     case 6:
-        if (dice_.oneIn(12)) {
+        if (dice_.oneIn(6)) {
             witness_.quit();
             pressKey(window, Qt::Key_Q, Qt::ControlModifier, u"Ctrl+Q");
         }
@@ -386,8 +386,10 @@ SimulatedPerson::Meaning SimulatedPerson::meaningInSetup(const QWidget* control)
     if (control == setup.login) {
         return [this, on = !setup.login->isChecked()] { witness_.setupLogin(on); };
     }
-    if (setup.modes.contains(control)) {
-        return [this] { witness_.setupDetail(); };
+    for (int detail = 0; detail < setup.modes.size(); ++detail) {
+        if (control == setup.modes.at(detail)) {
+            return [this, detail] { witness_.setupDetail(detail == 1); };
+        }
     }
     return {};
 }

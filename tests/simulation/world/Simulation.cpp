@@ -261,6 +261,7 @@ void Simulation::stirDesktop() {
         desktop_.setTray(dice_.oneIn(2));
         return;
     }
+    witness_.disturbed();
     QWidget& window = screen_->window();
     switch (dice_.below(7)) {
     case 0:

@@ -283,8 +283,8 @@ void Witness::policyAnswered(const std::optional<QJsonObject>& document) {
         panel_.toggle = known_.accepting ? Qt::Checked : Qt::Unchecked;
         panel_.toggleEnabled = known_.online;
         writeLines(panel_, known_);
-        alerts_.append(u"Could not change deep-job acceptance. The saved policy has not been "
-                       "confirmed."_s);
+        alert(u"Could not change deep-job acceptance. The saved policy has not been "
+              "confirmed."_s);
     }
     if (fetching_) {
         // That one may bring what was before.
@@ -303,7 +303,7 @@ void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
     if (document) {
         render(*document);
     } else {
-        alerts_.append(u"Could not save processing mode. Please try again."_s);
+        alert(u"Could not save processing mode. Please try again."_s);
     }
 }
 
@@ -381,6 +381,7 @@ void Witness::changePolicy(bool on, bool fromSetup) {
 
 void Witness::openSettings() {
     settingsOpen_ = true;
+    moment_.opened = true;
 }
 
 void Witness::closeSettings() {
@@ -394,6 +395,11 @@ void Witness::pickMode(int mode) {
     changingMode_ = true;
     chosenMode_ = mode;
     owe(u"mode "_s + modes.at(mode));
+}
+
+void Witness::alert(const QString& text) {
+    alerts_.append(text);
+    moment_.opened = true;
 }
 
 void Witness::dismissAlert(const QString& text) {
@@ -411,7 +417,9 @@ void Witness::openSetup() {
     setup_ = Setup{
         .deep = !known_.online || known_.accepting,
         .login = lasting_.startsAtLogin,
-        .readiness = {}};
+        .readiness = {},
+        .limits = {}};
+    moment_.opened = true;
     reload();
 }
 
@@ -424,13 +432,13 @@ void Witness::setupNext() {
         return;
     }
     ++setup_->step;
-    refreshReadiness();
+    writePage();
 }
 
 void Witness::setupBack() {
     if (!setup_->applying && setup_->step > 0) {
         --setup_->step;
-        refreshReadiness();
+        writePage();
     }
 }
 
@@ -438,6 +446,11 @@ void Witness::setupSkip() {
     if (!setup_->applying) {
         closeSetup();
     }
+}
+
+void Witness::setupDetail(bool advanced) {
+    setup_->advanced = advanced;
+    writePage();
 }
 
 void Witness::setupDeep(bool on) {
@@ -458,6 +471,14 @@ void Witness::refreshReadiness() {
     }
 }
 
+void Witness::writePage() {
+    if (setup_) {
+        const bool told = setup_->step == 1 && setup_->advanced;
+        setup_->limits = told ? limitsOf(known_) : QString();
+        refreshReadiness();
+    }
+}
+
 void Witness::closeSetup() {
     setup_.reset();
     setupTicks_.stop();
@@ -466,7 +487,7 @@ void Witness::closeSetup() {
 
 void Witness::apply() {
     if (setup_->login && !lasting_.loginFault.isEmpty()) {
-        alerts_.append(lasting_.loginFault);
+        alert(lasting_.loginFault);
         return;
     }
     lasting_.startsAtLogin = setup_->login;
@@ -490,8 +511,8 @@ void Witness::tick() {
     } else if (setup_->ticks == 20) {
         setupTicks_.stop();
         setup_->applying = false;
-        alerts_.append(u"The worker did not become ready. Check the existing Python runtime and "
-                       "launch configuration, then retry."_s);
+        alert(u"The worker did not become ready. Check the existing Python runtime and "
+              "launch configuration, then retry."_s);
     }
 }
 
@@ -563,12 +584,12 @@ void Witness::startEnds(const ServiceError* failure) {
     known_.starting = false;
     if (failure != nullptr) {
         stopped();
-        alerts_.append(alertText(failure->description));
+        alert(alertText(failure->description));
         return;
     }
     reload();
     if (checkOfSetup_ == setupsOpened_) {
-        refreshReadiness();
+        writePage();
     }
 }
 
@@ -619,7 +640,8 @@ ScreenTexts Witness::texts() const {
             .choicesEnabled = !setup_->applying,
             .deep = setup_->deep,
             .login = setup_->login,
-            .readiness = setup_->readiness};
+            .readiness = setup_->readiness,
+            .limits = setup_->limits};
     }
     texts.alerts.sort();
     return texts;

@@ -50,7 +50,7 @@ public:
     void setupBack();
     void setupSkip();
     void setupCheck();
-    void setupDetail() { refreshReadiness(); }
+    void setupDetail(bool advanced);
     void setupDeep(bool on);
     void setupLogin(bool on);
     void dismissAlert(const QString& text);
@@ -66,6 +66,9 @@ public:
     void applicationActive();
     void applicationHidden();
     void wrote(const QString& line);
+
+    /// Something happened to the window that nobody in the program asked for.
+    void disturbed() { moment_.disturbed = true; }
 
     /// Something may have changed what can be seen of the window.
     void glance();
@@ -100,7 +103,9 @@ private:
         bool applying = false;
         bool chosen = false;
         int ticks = 0;
+        bool advanced = false;
         QString readiness;
+        QString limits;
     };
 
     struct Armed {
@@ -132,7 +137,9 @@ private:
     void setupFinished(bool confirmed);
     void closeSetup();
     void refreshReadiness();
+    void writePage();
     void owe(const QString& what) { owed_.append(what); }
+    void alert(const QString& text);
     void settle(const QString& what);
     [[nodiscard]] ScreenTexts texts() const;
 
