@@ -12,6 +12,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -112,12 +114,7 @@ void Simulation::run() {
     end_ = virtualTime().now()
            + std::chrono::duration_cast<VirtualTime::Duration>(
                std::chrono::duration<double, std::ratio<3600>>(run_.hours));
-    QTimer::singleShot(
-        std::chrono::ceil<std::chrono::milliseconds>(end_ - virtualTime().now()), Qt::PreciseTimer,
-        this, [this] {
-            over_ = true;
-            QCoreApplication::exit();
-        });
+    awaitEnd();
     changeLoginTemplate();
     planPerson();
     planDesktop();
@@ -130,6 +127,19 @@ void Simulation::run() {
             virtualTime().pass(dice_.between(1000ms, 600'000ms));
         }
     }
+}
+
+/// Hour by hour, since timers know no more than some weeks.
+void Simulation::awaitEnd() {
+    if (virtualTime().now() >= end_) {
+        over_ = true;
+        QCoreApplication::exit();
+        return;
+    }
+    const auto left = std::min<VirtualTime::Duration>(end_ - virtualTime().now(), 1h);
+    QTimer::singleShot(
+        std::chrono::ceil<std::chrono::milliseconds>(left), Qt::PreciseTimer, this,
+        &Simulation::awaitEnd);
 }
 
 void Simulation::launch() {

@@ -41,6 +41,7 @@ public:
     void wrote(const QString& line);
 
 private:
+    void awaitEnd();
     void launch();
     void judge(bool stillRunning);
     void takeCensus();
