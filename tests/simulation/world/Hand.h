@@ -4,7 +4,6 @@
 
 class QPoint;
 class QWidget;
-class QWindow;
 
 /// What a person's hand does, given to the program as a window system gives it: a window that
 /// another blocks gets nothing.

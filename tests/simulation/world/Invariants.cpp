@@ -71,7 +71,7 @@ QString connectedOnlyAfterAnswer(const Evidence& evidence) {
 
 QString stoppedOnlyAfterThree(const Evidence& evidence) {
     return unless(
-        evidence.shown.panel.connection != u"● SERVICE STOPPED" || !evidence.moment.online,
+        evidence.shown.panel.connection != u"● SERVICE STOPPED" || evidence.moment.mayBeStopped,
         u"it says so after %1"_s.arg(evidence.moment.missesInARow));
 }
 

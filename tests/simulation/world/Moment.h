@@ -40,6 +40,7 @@ struct Moment {
     bool quitPressed = false;
     int missesInARow = 0;
     bool online = false;
+    bool mayBeStopped = false; ///< three misses, a failed start, or no answer ever
     bool changing = false;
     bool accepting = false;
     bool lastWasGood = false;

@@ -19,9 +19,6 @@ SimulatedManager::SimulatedManager(
 void SimulatedManager::take(std::size_t number, const SimulatedTool::Run& run) {
     const QString verb = run.script.isEmpty() ? run.arguments.value(0) : u"start"_s;
     chronicle_.note(u"tool", u"run %1: %2"_s.arg(number).arg(verb));
-    if (verb == u"start") {
-        ++startsBegun_;
-    }
     if (faults_ && dice_.oneIn(40)) {
         chronicle_.note(u"manager", u"hangs in run %1"_s.arg(number));
         return;
@@ -40,9 +37,6 @@ void SimulatedManager::end(std::size_t number, const QString& verb) {
     const bool good = std::holds_alternative<QString>(result);
     chronicle_.note(
         u"manager", u"ends run %1, %2"_s.arg(number).arg(good ? u"good"_s : u"failed"_s));
-    if (verb == u"start") {
-        ++startsEnded_;
-    }
     emit ending(number, result);
     tool_.end(number, result);
 }

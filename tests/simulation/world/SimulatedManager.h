@@ -20,10 +20,6 @@ public:
 
     void setFaults(bool faults) { faults_ = faults; }
 
-    /// How many starts were asked for, and how many of them were carried out to their end.
-    [[nodiscard]] int startsBegun() const noexcept { return startsBegun_; }
-    [[nodiscard]] int startsEnded() const noexcept { return startsEnded_; }
-
 signals:
     /// Before the controller gets it.
     void ending(std::size_t number, const vesk::ToolResult& result);
@@ -39,8 +35,6 @@ private:
     Chronicle& chronicle_;
     bool faults_ = true;
     bool knowsService_ = true;
-    int startsBegun_ = 0;
-    int startsEnded_ = 0;
 };
 
 } // namespace vesk

@@ -78,7 +78,7 @@ void Witness::ended() {
     setupTicks_.stop();
     checkOfSetup_ = 0;
     runs_.clear();
-    recovering_ = saidRunning_ = false;
+    recovering_ = saidRunning_ = startFailed_ = false;
     lastRestart_.reset();
     alerts_.clear();
     owed_.clear();
@@ -309,6 +309,7 @@ void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
 
 void Witness::render(const QJsonObject& document) {
     known_.misses = 0;
+    startFailed_ = false;
     known_.document = document;
     known_.online = true;
     known_.accepting = document.value(u"deep_scan_enabled").toBool();
@@ -583,6 +584,7 @@ void Witness::runEnds(std::size_t number, const ToolResult& result) {
 void Witness::startEnds(const ServiceError* failure) {
     known_.starting = false;
     if (failure != nullptr) {
+        startFailed_ = true;
         stopped();
         alert(alertText(failure->description));
         return;
@@ -678,6 +680,7 @@ Moment& Witness::momentEnds() {
     moment_.missing = owed_;
     moment_.missesInARow = known_.misses;
     moment_.online = known_.online;
+    moment_.mayBeStopped = known_.misses >= 3 || startFailed_ || known_.document.isEmpty();
     moment_.changing = known_.changing;
     moment_.accepting = known_.accepting;
     moment_.lastWasGood = known_.online && known_.misses == 0;

@@ -86,13 +86,6 @@ public:
     [[nodiscard]] Moment& momentEnds();
     void nextMoment();
 
-    [[nodiscard]] const Knowledge& knowledge() const { return known_; }
-
-    /// How long until the next fetch, as things are.
-    [[nodiscard]] Seconds interval() const;
-
-    [[nodiscard]] bool startUnderWay() const { return known_.starting; }
-
 private:
     enum class Ask { health, diagnostics, policy, mode };
 
@@ -115,6 +108,7 @@ private:
 
     void reload();
     void schedule();
+    [[nodiscard]] Seconds interval() const;
     [[nodiscard]] Armed armedNow() const;
     [[nodiscard]] bool visible() const;
     void judgeFetch();
@@ -175,7 +169,8 @@ private:
 
     std::map<std::size_t, QString> runs_;
     bool recovering_ = false;
-    int missesAtCheck_ = 0; ///< when the manager was asked
+    bool startFailed_ = false; ///< with no answer since
+    int missesAtCheck_ = 0;    ///< when the manager was asked
     bool saidRunning_ = false;
     std::optional<TimePoint> lastRestart_;
 
