@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// In so many hours there is one in which everything was open once, and one in which nothing is.
-constexpr int period = 30;
+constexpr int period = 20;
 
 /// Caches of the toolkit, and pictures of windows that it keeps or not.
 constexpr std::size_t slack = 2560 * 1024;

@@ -304,11 +304,7 @@ QString setupIsFresh(const Evidence& evidence) {
 // --- The end ------------------------------------------------------------------------------------
 
 QString quitsAtOnce(const Evidence& evidence) {
-    return unless(!evidence.moment.quitPressed || !evidence.stillRunning, u"it still runs"_s);
-}
-
-QString runsUntilTold(const Evidence& evidence) {
-    return unless(evidence.stillRunning || evidence.moment.quitPressed, u"it ended"_s);
+    return unless(!evidence.moment.quitPressed, u"it still runs"_s);
 }
 
 } // namespace
@@ -316,7 +312,6 @@ QString runsUntilTold(const Evidence& evidence) {
 const QList<Invariant>& invariants() {
     static const QList<Invariant> all{
         {"A quit ends the program at once, whatever is open or under way.", quitsAtOnce},
-        {"The program runs until a person ends it.", runsUntilTold},
         {"At most one health fetch is under way.", oneFetchAtATime},
         {"No health fetch begins while a change of deep jobs is under way.", noFetchDuringAChange},
         {"No health fetch begins earlier than its interval without a reason.", noFetchTooEarly},

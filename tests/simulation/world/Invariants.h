@@ -20,7 +20,6 @@ struct Evidence {
     bool setupComplete = false;
     bool loginFileThere = false; ///< looked at when setup applied
     bool startsAtLogin = false;
-    bool stillRunning = true; ///< the program
 };
 
 /// Something that always holds: a sentence, and what is wrong where it does not; empty where it

@@ -55,6 +55,9 @@ ToolResult SimulatedManager::resultOf(const QString& verb) {
                + (runs ? u"running\n\tpid = 17\n}\n"_s : u"not running\n}\n"_s);
     }
     if (faults_ && dice_.oneIn(4)) {
+        if (dice_.oneIn(2)) {
+            service_.restart(); // in spite of its own words
+        }
         return serviceError(5, dice_.oneOf(words));
     }
     knowsService_ = true;

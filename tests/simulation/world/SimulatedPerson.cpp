@@ -204,7 +204,7 @@ void SimulatedPerson::actInSettings() {
 
 void SimulatedPerson::actInSetup() {
     const Screen::Setup& setup = *screen_->setup();
-    switch (dice_.below(14)) {
+    switch (dice_.below(18)) {
     case 0:
         click(*setup.back, u"Back"_s);
         break;
@@ -225,10 +225,13 @@ void SimulatedPerson::actInSetup() {
         click(*setup.login, u"the box for login"_s);
         break;
     case 5:
-        click(*dice_.oneOf(setup.modes), u"a level of detail"_s);
-        break;
     case 6:
     case 7:
+        click(*dice_.oneOf(setup.modes), u"a level of detail"_s);
+        break;
+    case 8:
+    case 9:
+    case 10:
         click(*setup.startCheck, u"Start & check"_s);
         break;
     default:
@@ -237,14 +240,16 @@ void SimulatedPerson::actInSetup() {
 }
 
 void SimulatedPerson::actInAlert(Alert& alert) {
-    switch (dice_.below(4)) {
+    switch (dice_.below(6)) {
     case 0:
         close(alert, dismissalOf(alert));
         break;
     case 1:
-        break; // reads on
-    default:
+    case 2:
         click(*defaultButton(alert), u"OK"_s);
+        break;
+    default:
+        break; // reads on
     }
 }
 

@@ -148,7 +148,7 @@ SimulatedService::Reply SimulatedService::reply(const ServiceRequest& request) {
         }
         return {dice_.oneIn(2) ? patience : dice_.between(1ms, 4000ms), std::nullopt};
     }
-    if (!post || !dice_.oneIn(6)) {
+    if (!post || !dice_.oneIn(4)) {
         obey(request); // else it confirms what was, the opposite perhaps
     }
     switch (dice_.below(24)) {

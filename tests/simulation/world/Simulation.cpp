@@ -101,7 +101,7 @@ void Simulation::connectWorld() {
     });
     connect(&virtualTime(), &QAbstractEventDispatcher::aboutToBlock, this, [this] {
         turns_ = 0;
-        judge(true);
+        judge();
     });
     connect(&virtualTime(), &QAbstractEventDispatcher::awake, this, [this] {
         if (++turns_ > mostTurns) {
@@ -161,8 +161,8 @@ void Simulation::launch() {
     person_.meet(screen_.get(), control_.get());
     control_->applicationDidFinishLaunching();
     virtualTime().execute();
-    if (!over_) {
-        judge(false);
+    if (!over_ && !witness_.momentEnds().quitPressed) {
+        chronicle_.fail("The program runs until a person ends it.", u"it ended"_s);
     }
     chronicle_.note(u"program", u"ends"_s);
     person_.meet(nullptr, nullptr);
@@ -171,7 +171,7 @@ void Simulation::launch() {
     screen_.reset();
 }
 
-void Simulation::judge(bool stillRunning) {
+void Simulation::judge() {
     if (control_ == nullptr) {
         return;
     }
@@ -190,8 +190,7 @@ void Simulation::judge(bool stillRunning) {
         .setupVisited = lasting.setupVisited,
         .setupComplete = lasting.setupComplete,
         .loginFileThere = moment.applied && QFileInfo::exists(locations.agentURL()),
-        .startsAtLogin = lasting.startsAtLogin,
-        .stillRunning = stillRunning};
+        .startsAtLogin = lasting.startsAtLogin};
     noteScreen(shown.panel);
     for (const Invariant& invariant : invariants()) {
         const QString complaint = invariant.broken(evidence);

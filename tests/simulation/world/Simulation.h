@@ -43,7 +43,7 @@ public:
 private:
     void awaitEnd();
     void launch();
-    void judge(bool stillRunning);
+    void judge();
     void takeCensus();
     void noteScreen(const PanelTexts& panel);
 
