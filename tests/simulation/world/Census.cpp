@@ -1,5 +1,7 @@
 #include "Census.h"
 
+#include "ui/kit/Sheet.h"
+
 #include <QApplication>
 #include <QWidget>
 
@@ -14,19 +16,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// In so many hours there is one in which everything was open once, and one in which nothing is.
-constexpr int period = 20;
+/// In so many hours there is one in which as little is kept as can be.
+constexpr int period = 12;
 
 /// Caches of the toolkit, and pictures of windows that it keeps or not.
 constexpr std::size_t slack = 2560 * 1024;
 
+/// Without those of the settings, which are made on first use and stay.
+qsizetype widgets() {
+    for (const QWidget* window : QApplication::topLevelWidgets()) {
+        if (qobject_cast<const Sheet*>(window) != nullptr) {
+            return QApplication::allWidgets().size() - 1 - window->findChildren<QWidget*>().size();
+        }
+    }
+    return QApplication::allWidgets().size();
+}
+
 } // namespace
 
 QString Census::take(std::size_t timers) {
-    const Count now{
-        .widgets = QApplication::allWidgets().size(),
-        .timers = timers,
-        .bytes = mallinfo2().uordblks};
+    const Count now{.widgets = widgets(), .timers = timers, .bytes = mallinfo2().uordblks};
     if (++hours_ <= period) {
         most_ = {
             .widgets = std::max(most_.widgets, now.widgets),

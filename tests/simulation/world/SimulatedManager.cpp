@@ -54,8 +54,8 @@ ToolResult SimulatedManager::resultOf(const QString& verb) {
         return u"gui/501/it = {\n\tstate = "_s
                + (runs ? u"running\n\tpid = 17\n}\n"_s : u"not running\n}\n"_s);
     }
-    if (faults_ && dice_.oneIn(4)) {
-        if (dice_.oneIn(2)) {
+    if (faults_ && dice_.oneIn(3)) {
+        if (!dice_.oneIn(3)) {
             service_.restart(); // in spite of its own words
         }
         return serviceError(5, dice_.oneOf(words));

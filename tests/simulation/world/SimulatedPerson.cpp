@@ -82,9 +82,13 @@ void SimulatedPerson::actOnce() {
         return;
     }
     QWidget* front = screen_->front();
-    if (front == nullptr || dice_.oneIn(6)) {
+    if (determined_ && front != nullptr && dice_.oneIn(2)) {
+        getThroughSetup(*front);
+    } else if (front == nullptr || dice_.oneIn(6)) {
         actOutside();
-    } else if (dice_.oneIn(4) && QApplication::activeWindow() == front) {
+    } else if (
+        dice_.oneIn(4) && !(determined_ && qobject_cast<Alert*>(front) != nullptr)
+        && QApplication::activeWindow() == front) {
         useKeyboard(*front);
     } else if (front == &screen_->window()) {
         actInWindow();
@@ -92,8 +96,16 @@ void SimulatedPerson::actOnce() {
         actInSettings();
     } else if (screen_->setup() != nullptr && front == screen_->setup()->sheet) {
         actInSetup();
-    } else if (auto* alert = qobject_cast<Alert*>(front)) {
+    } else if (auto* alert = qobject_cast<Alert*>(front); alert != nullptr && !determined_) {
         actInAlert(*alert);
+    }
+}
+
+void SimulatedPerson::getThroughSetup(QWidget& front) {
+    if (&front == &screen_->window()) {
+        click(screen_->setupButton(), u"Setup"_s);
+    } else if (screen_->setup() != nullptr && &front == screen_->setup()->sheet) {
+        click(*screen_->setup()->next, u"Next"_s);
     }
 }
 

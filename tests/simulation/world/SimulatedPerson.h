@@ -18,6 +18,9 @@ class SimulatedPerson {
 public:
     SimulatedPerson(Dice& dice, Chronicle& chronicle, Witness& witness);
 
+    /// Comes for a while, in a mood of its own.
+    void arrive() { determined_ = dice_.oneIn(3); }
+
     /// Sits down before a program that was started, or gets up from it.
     void meet(Screen* screen, Control* control);
 
@@ -31,6 +34,7 @@ private:
     using Meaning = std::function<void()>;
 
     void actOnce();
+    void getThroughSetup(QWidget& front);
     void actInMenu(QMenu& menu);
     void actOutside();
     void actInWindow();
@@ -55,6 +59,7 @@ private:
     Dice& dice_;
     Chronicle& chronicle_;
     Witness& witness_;
+    bool determined_ = false; ///< to get through setup, whatever alerts say
     Screen* screen_ = nullptr;
     Control* control_ = nullptr;
 };

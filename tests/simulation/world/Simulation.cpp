@@ -241,6 +241,7 @@ void Simulation::after(
 }
 
 void Simulation::planPerson() {
+    person_.arrive();
     actionsLeft_ = dice_.between(3, 40);
     visit();
 }
