@@ -104,9 +104,27 @@ void SimulatedPerson::actOnce() {
 void SimulatedPerson::getThroughSetup(QWidget& front) {
     if (&front == &screen_->window()) {
         click(screen_->setupButton(), u"Setup"_s);
-    } else if (screen_->setup() != nullptr && &front == screen_->setup()->sheet) {
-        click(*screen_->setup()->next, u"Next"_s);
+        return;
     }
+    if (screen_->setup() == nullptr || &front != screen_->setup()->sheet) {
+        return;
+    }
+    const Screen::Setup& setup = *screen_->setup();
+    if (!setup.next->isEnabled()) {
+        if (dice_.oneIn(4) && QApplication::activeWindow() == &front) {
+            witness_.quit();
+            pressKey(front, Qt::Key_Q, Qt::ControlModifier, u"Ctrl+Q");
+        }
+        return;
+    }
+    // What the page has besides, at times.
+    for (QWidget* extra : QList<QWidget*>{setup.modes.constLast(), setup.startCheck, setup.deep}) {
+        if (extra->isVisible() && dice_.oneIn(2)) {
+            click(*extra, u"what the page offers"_s);
+            return;
+        }
+    }
+    click(*setup.next, u"Next"_s);
 }
 
 void SimulatedPerson::actInMenu(QMenu& menu) {
