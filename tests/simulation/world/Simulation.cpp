@@ -295,6 +295,7 @@ void Simulation::stirDesktop() {
         break;
     case 5:
         desktop_.sleep(dice_.between(1000ms, 3'600'000ms));
+        witness_.serviceRestarts(); // for what it can know of that time
         break;
     default:
         changeLoginTemplate();
