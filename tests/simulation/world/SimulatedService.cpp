@@ -62,8 +62,11 @@ void SimulatedService::change() {
     if (!faults_) {
         return;
     }
-    switch (dice_.below(12)) {
+    switch (dice_.below(15)) {
     case 0:
+    case 7:
+    case 8:
+    case 9:
         become(State::down);
         break;
     case 1:

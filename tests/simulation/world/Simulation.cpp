@@ -23,6 +23,7 @@ namespace {
 
 constexpr qint64 port = 45835;
 const QString hostName = u"bench"_s;
+const QString setupCompleteKey = u"setupCompleteV2"_s;
 
 /// More turns of the event loop than anything takes that comes to an end.
 constexpr int mostTurns = 10'000;
@@ -186,7 +187,7 @@ void Simulation::judge() {
         .serviceAnswers = service_.answers(),
         .serviceAccepts = service_.acceptsDeepJobs(),
         .setupVisitedKept = defaults_.value(u"setupVisitedV2"_s).toBool(),
-        .setupCompleteKept = defaults_.value(u"setupCompleteV2"_s).toBool(),
+        .setupCompleteKept = defaults_.value(setupCompleteKey).toBool(),
         .setupVisited = lasting.setupVisited,
         .setupComplete = lasting.setupComplete,
         .loginFileThere = moment.applied && QFileInfo::exists(locations.agentURL()),
@@ -197,6 +198,11 @@ void Simulation::judge() {
         if (!complaint.isEmpty()) {
             chronicle_.fail(invariant.sentence, complaint);
         }
+    }
+    if (moment.applied) {
+        // As for somebody who comes to it for the first time.
+        defaults_.remove(setupCompleteKey);
+        witness_.lasting().setupComplete = false;
     }
     if (censusDue_ && !shown.setup && !shown.settings && shown.alerts.isEmpty()
         && QApplication::activePopupWidget() == nullptr && !moment.quitPressed) {
