@@ -48,7 +48,8 @@ SimulatedService::SimulatedService(SimulatedExchange& exchange, Dice& dice, Chro
     start_.setTimerType(Qt::PreciseTimer);
     connect(&start_, &QTimer::timeout, this, [this] {
         emit restarted();
-        become(State::up);
+        // A restart does not always help.
+        become(faults_ && dice_.oneIn(3) ? State::listenerDead : State::up);
     });
 }
 
@@ -62,11 +63,9 @@ void SimulatedService::change() {
     if (!faults_) {
         return;
     }
-    switch (dice_.below(15)) {
+    switch (dice_.below(13)) {
     case 0:
     case 7:
-    case 8:
-    case 9:
         become(State::down);
         break;
     case 1:
