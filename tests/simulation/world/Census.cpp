@@ -35,30 +35,25 @@ qsizetype widgets() {
 } // namespace
 
 QString Census::take(std::size_t timers) {
-    const Count now{.widgets = widgets(), .timers = timers, .bytes = mallinfo2().uordblks};
+    const qsizetype now = widgets();
+    if (now != widgets_.value_or(now)) {
+        return u"%1 widgets, %2 before"_s.arg(now).arg(*widgets_);
+    }
+    widgets_ = now;
+    const Count count{.timers = timers, .bytes = mallinfo2().uordblks};
     if (++hours_ <= period) {
-        most_ = {
-            .widgets = std::max(most_.widgets, now.widgets),
-            .timers = std::max(most_.timers, now.timers),
-            .bytes = std::max(most_.bytes, now.bytes)};
+        most_ = {std::max(most_.timers, count.timers), std::max(most_.bytes, count.bytes)};
         return {};
     }
-    const Count least = least_.value_or(now);
-    least_ = {
-        .widgets = std::min(least.widgets, now.widgets),
-        .timers = std::min(least.timers, now.timers),
-        .bytes = std::min(least.bytes, now.bytes)};
+    const Count least = least_.value_or(count);
+    least_ = {std::min(least.timers, count.timers), std::min(least.bytes, count.bytes)};
     if (hours_ % period != 0) {
         return {};
     }
     const Count lately = *std::exchange(least_, std::nullopt);
-    const bool grown = lately.widgets > most_.widgets || lately.timers > most_.timers
-                       || lately.bytes > most_.bytes + slack;
-    return grown ? u"%1 widgets, %2 timers, %3 bytes; %4, %5 and %6 at most at the beginning"_s
-                       .arg(lately.widgets)
-                       .arg(lately.timers)
+    const bool grown = lately.timers > most_.timers || lately.bytes > most_.bytes + slack;
+    return grown ? u"%1 timers, %2 bytes; %3 and %4 at most at the beginning"_s.arg(lately.timers)
                        .arg(lately.bytes)
-                       .arg(most_.widgets)
                        .arg(most_.timers)
                        .arg(most_.bytes)
                  : QString();

@@ -14,11 +14,11 @@ public:
 
 private:
     struct Count {
-        qsizetype widgets = 0;
         std::size_t timers = 0;
         std::size_t bytes = 0;
     };
 
+    std::optional<qsizetype> widgets_; // always the same
     int hours_ = 0;
     Count most_;                 // in the first hours
     std::optional<Count> least_; // of as many hours since
