@@ -14,7 +14,7 @@ public:
     /// Called with each request and its number, counted from 0, at once.
     std::function<void(std::size_t number, const ServiceRequest& request)> requested;
 
-    /// All requests so far.
+    /// All requests so far, or since the last forget().
     [[nodiscard]] const QList<ServiceRequest>& requests() const { return requests_; }
 
     /// Requests of this start, as "GET /v1/health".
@@ -42,6 +42,9 @@ public:
         }
     }
 
+    /// Keeps no more of the past than has not ended.
+    void forget() { requests_.clear(); }
+
 private:
     struct Open {
         QPointer<QObject> receiver;
@@ -52,7 +55,7 @@ private:
     void carry(
         const ServiceRequest& request, QObject* receiver, Read read,
         std::function<void()> done) override {
-        const auto number = static_cast<std::size_t>(requests_.size());
+        const std::size_t number = carried_++;
         open_.emplace(number, Open{receiver, std::move(read), std::move(done)});
         requests_.append(request);
         if (requested) {
@@ -61,6 +64,7 @@ private:
     }
 
     QList<ServiceRequest> requests_;
+    std::size_t carried_ = 0;
     std::map<std::size_t, Open> open_;
 };
 

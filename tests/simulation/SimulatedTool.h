@@ -20,7 +20,7 @@ public:
     /// Called with each run and its number, counted from 0, at once.
     std::function<void(std::size_t number, const Run& run)> started;
 
-    /// All runs so far.
+    /// All runs so far, or since the last forget().
     [[nodiscard]] const QList<Run>& runs() const { return runs_; }
 
     /// The numbers of those that have not ended.
@@ -49,6 +49,9 @@ public:
         begin({.script = script, .arguments = arguments}, receiver, std::move(done));
     }
 
+    /// Keeps no more of the past than has not ended.
+    void forget() { runs_.clear(); }
+
 private:
     struct Open {
         QPointer<QObject> receiver;
@@ -56,7 +59,7 @@ private:
     };
 
     void begin(const Run& run, QObject* receiver, Done done) {
-        const auto number = static_cast<std::size_t>(runs_.size());
+        const std::size_t number = begun_++;
         open_.emplace(number, Open{receiver, std::move(done)});
         runs_.append(run);
         if (started) {
@@ -65,6 +68,7 @@ private:
     }
 
     QList<Run> runs_;
+    std::size_t begun_ = 0;
     std::map<std::size_t, Open> open_;
 };
 

@@ -25,6 +25,14 @@ void VirtualTime::pass(Duration duration) {
     passing_ = outer;
 }
 
+int VirtualTime::execute() {
+    const auto outer = std::exchange(passing_, std::nullopt);
+    awake_ = true;
+    const int status = QCoreApplication::exec();
+    passing_ = outer;
+    return status;
+}
+
 bool VirtualTime::processEvents(QEventLoop::ProcessEventsFlags flags) {
     interrupted_ = false;
     emit awake();

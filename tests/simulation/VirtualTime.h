@@ -34,6 +34,9 @@ public:
     /// Lets everything happen that is due now.
     void settle() { pass(Duration::zero()); }
 
+    /// Runs the application until it is asked to end, whenever that is.
+    int execute();
+
     /// The machine sleeps: the clock goes on, and nothing happens.
     void sleep(Duration duration) { now_ += duration; }
 

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <array>
+#include <optional>
+
+namespace vesk {
+
+/// What the window and the tray item say.
+struct PanelTexts {
+    QString connection;
+    QString status;
+    QString detail;
+    QString rack;
+    QString devices;
+    QString summary;
+    std::array<QString, 3> rows;
+    std::array<double, 3> meters{};
+    QString start;
+    bool startEnabled = true;
+    Qt::CheckState toggle = Qt::PartiallyChecked;
+    bool toggleEnabled = false;
+    QString trayState;
+    QString trayAction;
+    bool trayActionEnabled = true;
+    QString toolTip; ///< empty without an item
+};
+
+/// What the open settings sheet says.
+struct SettingsTexts {
+    int mode = 0;
+    bool enabled = false;
+    QString thermal;
+    QString performance;
+};
+
+/// What the open setup sheet says.
+struct SetupTexts {
+    QString step;
+    QString next;
+    bool nextEnabled = true;
+    bool choicesEnabled = true; ///< the two check boxes can be changed
+    bool deep = false;
+    bool login = false;
+    QString readiness; ///< empty where the page does not tell it
+    QString limits;    ///< the same
+};
+
+/// All that a person can read.
+struct ScreenTexts {
+    PanelTexts panel;
+    std::optional<SettingsTexts> settings;
+    std::optional<SetupTexts> setup;
+    QStringList alerts;      ///< sorted
+    bool windowShown = true; ///< and not minimised
+    bool panelSeen = true;   ///< the window's own texts; nobody can read them else
+};
+
+} // namespace vesk

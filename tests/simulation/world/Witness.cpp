@@ -1,0 +1,699 @@
+#include "Witness.h"
+
+#include "tests/simulation/VirtualTime.h"
+#include "tests/simulation/world/Screen.h"
+#include "tests/simulation/world/SimulatedDesktop.h"
+
+#include <QGuiApplication>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace vesk {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QStringList modes{u"automatic"_s, u"quiet"_s, u"faster"_s};
+
+/// How long an exchange may take.
+constexpr auto patience = 4s;
+
+TimePoint now() {
+    return VirtualTime::instance().now();
+}
+
+std::optional<QJsonObject> goodDocument(const std::optional<QByteArray>& body) {
+    if (!body) {
+        return std::nullopt;
+    }
+    static QByteArray lastBody; // mostly it is the same
+    static QJsonObject document;
+    if (*body != lastBody) {
+        lastBody = *body;
+        document = QJsonDocument::fromJson(lastBody).object();
+    }
+    return document.value(u"deep_scan_enabled").isBool() ? std::optional(document) : std::nullopt;
+}
+
+/// A long message is cut.
+QString alertText(const QString& message) {
+    return message.size() > 10'000 ? message.left(10'000) + u'…' : message;
+}
+
+} // namespace
+
+Witness::Witness(qint64 port, QString host) {
+    known_.port = port;
+    known_.host = std::move(host);
+    setupTicks_.setTimerType(Qt::PreciseTimer);
+    setupTicks_.setInterval(1s);
+    connect(&setupTicks_, &QTimer::timeout, this, &Witness::tick);
+}
+
+void Witness::launched(bool setupRequested) {
+    life_ = std::make_unique<QObject>();
+    panel_ = firstPanel();
+    if (setupRequested || !lasting_.setupVisited) {
+        QTimer::singleShot(500ms, Qt::PreciseTimer, life_.get(), [this] { openSetup(); });
+    }
+    openWindow();
+    armed_ = armedNow();
+    serviceRestarts();
+}
+
+void Witness::ended() {
+    const Knowledge fresh{.port = known_.port, .host = known_.host};
+    known_ = fresh;
+    life_.reset();
+    screen_ = nullptr;
+    underWay_.clear();
+    fetching_ = mustFetch_ = reloaded_ = seen_ = seenAtGlance_ = menuOpen_ = false;
+    flips_ = 0;
+    checked_.reset();
+    settingsOpen_ = changingMode_ = false;
+    setup_.reset();
+    setupTicks_.stop();
+    checkOfSetup_ = 0;
+    runs_.clear();
+    recovering_ = saidRunning_ = startFailed_ = false;
+    lastRestart_.reset();
+    alerts_.clear();
+    owed_.clear();
+    moment_ = {};
+}
+
+// --- What is to happen next ---------------------------------------------------------------------
+
+Seconds Witness::interval() const {
+    const bool active = known_.online && busyBays(known_.document) > 0;
+    if (setup_ || (visible() && active)) {
+        return 1.5s;
+    }
+    if (visible()) {
+        return 5s;
+    }
+    return active ? 10s : 30s;
+}
+
+bool Witness::visible() const {
+    return menuOpen_
+           || (screen_ != nullptr && screen_->windowSeen()
+               && QGuiApplication::applicationState() != Qt::ApplicationHidden);
+}
+
+Witness::Armed Witness::armedNow() const {
+    const Seconds wait = interval();
+    const Seconds tolerance = std::min(Seconds(1s), wait / 10);
+    const auto ceiled = [](Seconds span) {
+        return std::chrono::ceil<std::chrono::milliseconds>(span);
+    };
+    return {now() + ceiled(wait), now() + ceiled(wait + tolerance) + 1ms};
+}
+
+void Witness::schedule() {
+    armed_ = armedNow();
+    if (calm_ && !caughtUp_) {
+        catchUpBy_ = std::max(catchUpBy_, armed_.latest + patience);
+    }
+}
+
+void Witness::reload() {
+    reloaded_ = true;
+    if (fetching_ || known_.changing) {
+        schedule();
+    } else {
+        mustFetch_ = true;
+    }
+}
+
+void Witness::glance() {
+    const bool seen = screen_ != nullptr && screen_->windowSeen();
+    flips_ += seen != seenAtGlance_ ? 1 : 0;
+    seenAtGlance_ = seen;
+}
+
+void Witness::menuOpened() {
+    menuOpen_ = true;
+    reload();
+}
+
+void Witness::menuClosed() {
+    menuOpen_ = false;
+    schedule();
+}
+
+void Witness::applicationActive() {
+    reload();
+}
+
+void Witness::applicationHidden() {
+    schedule();
+}
+
+void Witness::openWindow() {
+    reload();
+}
+
+void Witness::quit() {
+    moment_.quitPressed = true;
+}
+
+void Witness::settle(const QString& what) {
+    if (!owed_.removeOne(what)) {
+        moment_.unasked.append(what);
+    }
+}
+
+void Witness::wrote(const QString& line) {
+    settle(u"line: "_s + line);
+}
+
+void Witness::faultsEnd() {
+    calm_ = true;
+    serviceRestarts();
+}
+
+void Witness::serviceRestarts() {
+    if (calm_) {
+        caughtUp_ = false;
+        truthSince_ = now();
+        // What is under way may still fail, and only the next fetch sees the service.
+        catchUpBy_ =
+            std::max(armed_.latest, now() + patience + (armedNow().latest - now())) + patience;
+    }
+}
+
+// --- The service --------------------------------------------------------------------------------
+
+void Witness::sent(std::size_t number, const ServiceRequest& request) {
+    const QByteArray line = request.method + ' ' + request.path;
+    const QJsonObject body = QJsonDocument::fromJson(request.body).object();
+    if (line == "GET /v1/health") {
+        const Seconds early = armed_.earliest - now();
+        moment_.fetches.append(
+            {.otherUnderWay = fetching_,
+             .changeUnderWay = known_.changing,
+             .early = std::max(early, Seconds(0))});
+        fetching_ = true;
+        fetchBegan_ = now();
+        underWay_[number] = Ask::health;
+    } else if (line == "GET /v1/diagnostics") {
+        settle(u"diagnostics"_s);
+        checked_ = now();
+        underWay_[number] = Ask::diagnostics;
+    } else if (line == "POST /v1/local/services") {
+        const auto ongoing =
+            std::count_if(underWay_.begin(), underWay_.end(), [](const auto& each) {
+                return each.second == Ask::policy;
+            });
+        moment_.changesUnderWay = std::max(moment_.changesUnderWay, static_cast<int>(ongoing) + 1);
+        const bool value = body.value(u"deep_scan_enabled").toBool();
+        if (policyFromSetup_ && setup_ && value != setup_->chosen) {
+            moment_.setupPosted = value ? u"on"_s : u"off"_s;
+        }
+        settle(value ? u"policy on"_s : u"policy off"_s);
+        underWay_[number] = Ask::policy;
+    } else if (line == "POST /v1/local/performance") {
+        settle(u"mode "_s + body.value(u"mode").toString());
+        underWay_[number] = Ask::mode;
+    } else {
+        moment_.malformed.append(QString::fromUtf8(line));
+    }
+    if (request.port != known_.port || request.timeout != patience
+        || (request.method == "POST" && body.size() != 1)) {
+        moment_.malformed.append(QString::fromUtf8(line));
+    }
+}
+
+void Witness::answered(std::size_t number, const std::optional<QByteArray>& body) {
+    const auto ask = underWay_.extract(number);
+    if (ask.empty()) {
+        return; // nobody waits for it any more
+    }
+    switch (ask.mapped()) {
+    case Ask::health:
+        healthAnswered(goodDocument(body));
+        break;
+    case Ask::diagnostics:
+        diagnosticsAnswered(body);
+        break;
+    case Ask::policy:
+        policyAnswered(goodDocument(body));
+        break;
+    case Ask::mode:
+        modeAnswered(goodDocument(body));
+        break;
+    }
+}
+
+void Witness::healthAnswered(const std::optional<QJsonObject>& document) {
+    fetching_ = false;
+    if (document) {
+        caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
+        render(*document);
+        const Seconds every = setup_ ? 30s : visible() ? 60s : 300s;
+        if (!checked_ || now() - *checked_ > every) {
+            owe(u"diagnostics"_s);
+        }
+    } else {
+        miss();
+    }
+    schedule();
+}
+
+void Witness::diagnosticsAnswered(const std::optional<QByteArray>& body) {
+    const QJsonObject backend =
+        body ? QJsonDocument::fromJson(*body).object().value(u"backend").toObject() : QJsonObject();
+    known_.backendReady =
+        backend.value(u"reachable") == true && backend.value(u"model_ready") == true;
+    // While the service is late it is no sign of life.
+    if (known_.online && known_.misses == 0) {
+        showConnected();
+    }
+}
+
+void Witness::policyAnswered(const std::optional<QJsonObject>& document) {
+    known_.changing = false;
+    if (document) {
+        render(*document);
+    } else {
+        panel_.toggle = known_.accepting ? Qt::Checked : Qt::Unchecked;
+        panel_.toggleEnabled = known_.online;
+        writeLines(panel_, known_);
+        alert(u"Could not change deep-job acceptance. The saved policy has not been "
+              "confirmed."_s);
+    }
+    if (fetching_) {
+        // That one may bring what was before.
+        serviceRestarts();
+    }
+    if (policyFromSetup_) {
+        setupFinished(document && known_.accepting == policyWanted_);
+    }
+    schedule();
+}
+
+void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
+    changingMode_ = false;
+    // Whatever was changed since it was sent, it may bring what was before.
+    serviceRestarts();
+    if (document) {
+        render(*document);
+    } else {
+        alert(u"Could not save processing mode. Please try again."_s);
+    }
+}
+
+void Witness::render(const QJsonObject& document) {
+    known_.misses = 0;
+    startFailed_ = false;
+    known_.document = document;
+    known_.online = true;
+    known_.accepting = document.value(u"deep_scan_enabled").toBool();
+    known_.heard = true;
+    showConnected();
+}
+
+void Witness::showConnected() {
+    panel_ = connectedPanel(known_);
+    writeLines(panel_, known_);
+    refreshReadiness();
+}
+
+void Witness::miss() {
+    ++known_.misses;
+    if (known_.misses >= 3 && !known_.starting && !recovering_) {
+        recovering_ = true;
+        missesAtCheck_ = known_.misses;
+        owe(u"print"_s);
+    }
+    if (known_.online && known_.misses < 3) {
+        showReconnecting(panel_);
+        writeLines(panel_, known_);
+    } else {
+        stopped();
+    }
+}
+
+void Witness::stopped() {
+    known_.online = false;
+    known_.heard = true;
+    known_.backendReady.reset();
+    checked_.reset();
+    std::erase_if(underWay_, [](const auto& each) { return each.second == Ask::diagnostics; });
+    showStopped(panel_, known_);
+    writeLines(panel_, known_);
+    refreshReadiness();
+    caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
+}
+
+// --- The person ---------------------------------------------------------------------------------
+
+void Witness::pressStart() {
+    if (known_.online) {
+        changePolicy(!known_.accepting, false);
+    } else {
+        startService(false);
+    }
+}
+
+void Witness::switchDeep(bool on) {
+    panel_.toggle = on ? Qt::Checked : Qt::Unchecked;
+    changePolicy(on, false);
+}
+
+void Witness::changePolicy(bool on, bool fromSetup) {
+    if (known_.changing) {
+        if (fromSetup) {
+            setupFinished(false);
+        }
+        return;
+    }
+    known_.changing = true;
+    policyWanted_ = on;
+    policyFromSetup_ = fromSetup;
+    owe(on ? u"policy on"_s : u"policy off"_s);
+    panel_.toggleEnabled = false;
+    writeLines(panel_, known_);
+}
+
+void Witness::openSettings() {
+    settingsOpen_ = true;
+    moment_.opened = true;
+}
+
+void Witness::closeSettings() {
+    settingsOpen_ = false;
+}
+
+void Witness::pickMode(int mode) {
+    if (changingMode_ || !known_.online) {
+        return;
+    }
+    changingMode_ = true;
+    chosenMode_ = mode;
+    owe(u"mode "_s + modes.at(mode));
+}
+
+void Witness::alert(const QString& text) {
+    alerts_.append(text);
+    moment_.opened = true;
+}
+
+void Witness::dismissAlert(const QString& text) {
+    alerts_.removeOne(text);
+}
+
+// --- Setup --------------------------------------------------------------------------------------
+
+void Witness::openSetup() {
+    if (setup_) {
+        return;
+    }
+    ++setupsOpened_;
+    lasting_.setupVisited = true;
+    setup_ = Setup{
+        .deep = !known_.online || known_.accepting,
+        .login = lasting_.startsAtLogin,
+        .readiness = {},
+        .limits = {}};
+    moment_.opened = true;
+    reload();
+}
+
+void Witness::setupNext() {
+    if (setup_->applying) {
+        return;
+    }
+    if (setup_->step == 3) {
+        apply();
+        return;
+    }
+    ++setup_->step;
+    writePage();
+}
+
+void Witness::setupBack() {
+    if (!setup_->applying && setup_->step > 0) {
+        --setup_->step;
+        writePage();
+    }
+}
+
+void Witness::setupSkip() {
+    if (!setup_->applying) {
+        closeSetup();
+    }
+}
+
+void Witness::setupDetail(bool advanced) {
+    setup_->advanced = advanced;
+    writePage();
+}
+
+void Witness::setupDeep(bool on) {
+    setup_->deep = on;
+}
+
+void Witness::setupLogin(bool on) {
+    setup_->login = on;
+}
+
+void Witness::setupCheck() {
+    startService(true);
+}
+
+void Witness::refreshReadiness() {
+    if (setup_) {
+        setup_->readiness = setup_->step == 1 ? readinessOf(known_) : QString();
+    }
+}
+
+void Witness::writePage() {
+    if (setup_) {
+        const bool told = setup_->step == 1 && setup_->advanced;
+        setup_->limits = told ? limitsOf(known_) : QString();
+        refreshReadiness();
+    }
+}
+
+void Witness::closeSetup() {
+    setup_.reset();
+    setupTicks_.stop();
+    schedule();
+}
+
+void Witness::apply() {
+    if (setup_->login && !lasting_.loginFault.isEmpty()) {
+        alert(lasting_.loginFault);
+        return;
+    }
+    lasting_.startsAtLogin = setup_->login;
+    moment_.applied = true;
+    setup_->applying = true;
+    setup_->chosen = setup_->deep;
+    if (known_.online) {
+        changePolicy(setup_->chosen, true);
+        return;
+    }
+    startService(false);
+    setup_->ticks = 0;
+    setupTicks_.start();
+}
+
+void Witness::tick() {
+    ++setup_->ticks;
+    if (known_.online) {
+        setupTicks_.stop();
+        changePolicy(setup_->chosen, true);
+    } else if (setup_->ticks == 20) {
+        setupTicks_.stop();
+        setup_->applying = false;
+        alert(u"The worker did not become ready. Check the existing Python runtime and "
+              "launch configuration, then retry."_s);
+    }
+}
+
+void Witness::setupFinished(bool confirmed) {
+    if (!confirmed) {
+        setup_->applying = false;
+        return;
+    }
+    lasting_.setupComplete = true;
+    closeSetup();
+}
+
+// --- The service manager ------------------------------------------------------------------------
+
+void Witness::startService(bool fromCheck) {
+    if (known_.starting) {
+        return;
+    }
+    known_.starting = true;
+    checkOfSetup_ = fromCheck ? setupsOpened_ : 0;
+    owe(u"start"_s);
+    panel_.startEnabled = false;
+    panel_.status = u"Starting processing…"_s;
+    writeLines(panel_, known_);
+}
+
+void Witness::runBegun(std::size_t number, const SimulatedTool::Run& run) {
+    const QString verb = run.script.isEmpty() ? run.arguments.value(0) : u"start"_s;
+    const qsizetype arguments = verb == u"start" ? 4 : verb == u"print" ? 2 : 3;
+    if (run.arguments.size() != arguments) {
+        moment_.malformed.append(verb + u' ' + run.arguments.join(u' '));
+    }
+    if (verb == u"kickstart") {
+        moment_.restarts.append(
+            {.misses = missesAtCheck_,
+             .saidRunning = saidRunning_,
+             .starting = known_.starting,
+             .sinceLast =
+                 lastRestart_ ? std::optional<Seconds>(now() - *lastRestart_) : std::nullopt});
+        lastRestart_ = now();
+    }
+    settle(verb);
+    runs_[number] = verb;
+}
+
+void Witness::runEnds(std::size_t number, const ToolResult& result) {
+    const auto run = runs_.extract(number);
+    if (run.empty()) {
+        return; // of a program that has ended
+    }
+    const auto* failure = std::get_if<ServiceError>(&result);
+    if (run.mapped() == u"start") {
+        startEnds(failure);
+    } else if (run.mapped() == u"print") {
+        printEnds(std::get_if<QString>(&result));
+    } else {
+        restartEnds(failure == nullptr);
+        if (failure != nullptr) {
+            owe(u"line: Corvala worker listener recovery failed: "_s
+                + QString(
+                      failure->description.endsWith(u'\n') ? failure->description.chopped(1)
+                                                           : failure->description)
+                      .replace(u'\n', u' '));
+        }
+    }
+}
+
+void Witness::startEnds(const ServiceError* failure) {
+    known_.starting = false;
+    if (failure != nullptr) {
+        startFailed_ = true;
+        stopped();
+        alert(alertText(failure->description));
+        return;
+    }
+    reload();
+    if (checkOfSetup_ == setupsOpened_) {
+        writePage();
+    }
+}
+
+void Witness::printEnds(const QString* text) {
+    saidRunning_ = text != nullptr && text->contains(u"\tstate = running\n");
+    const bool cool = !lastRestart_ || now() - *lastRestart_ >= 90s;
+    if (!saidRunning_ || known_.starting || !cool) {
+        recovering_ = false;
+        return;
+    }
+    owe(u"kickstart"_s);
+    panel_.detail = u"The service was running without a live listener. Restarting the existing "
+                    "service safely…"_s;
+    panel_.trayState = u"Recovering processing service…"_s;
+    writeLines(panel_, known_);
+}
+
+void Witness::restartEnds(bool good) {
+    if (!good) {
+        recovering_ = false;
+        return;
+    }
+    QTimer::singleShot(1s, Qt::PreciseTimer, life_.get(), [this] {
+        recovering_ = false;
+        reload();
+    });
+}
+
+// --- The end of a moment ------------------------------------------------------------------------
+
+ScreenTexts Witness::texts() const {
+    ScreenTexts texts{.panel = panel_, .settings = {}, .setup = {}, .alerts = alerts_};
+    if (settingsOpen_) {
+        texts.settings = settingsTexts(known_, changingMode_);
+        if (changingMode_) {
+            texts.settings->mode = chosenMode_;
+        }
+    }
+    if (setup_) {
+        QString next = setup_->step == 3 ? u"Apply & finish"_s : u"Continue"_s;
+        if (setup_->applying) {
+            next = u"Applying…"_s;
+        }
+        texts.setup = {
+            .step = u"HALVEX  /  STEP %1 OF 4"_s.arg(setup_->step + 1),
+            .next = next,
+            .nextEnabled = !setup_->applying,
+            .choicesEnabled = !setup_->applying,
+            .deep = setup_->deep,
+            .login = setup_->login,
+            .readiness = setup_->readiness,
+            .limits = setup_->limits};
+    }
+    texts.alerts.sort();
+    return texts;
+}
+
+void Witness::judgeFetch() {
+    glance();
+    if (seenAtGlance_ != seen_) {
+        seen_ = seenAtGlance_;
+        if (visible()) {
+            reload();
+        } else {
+            schedule();
+        }
+    } else if (flips_ > 1) {
+        // Nobody can tell from outside whether it was noticed.
+        reloaded_ = true;
+        const Armed anew = armedNow();
+        armed_ = {std::min(armed_.earliest, anew.earliest), std::max(armed_.latest, anew.latest)};
+    }
+    if (reloaded_ || flips_ > 1) {
+        for (Moment::Fetch& fetch : moment_.fetches) {
+            fetch.early = Seconds(0);
+        }
+    }
+    moment_.fetchDue = mustFetch_ && moment_.fetches.isEmpty() && !known_.changing;
+    if (!fetching_ && !known_.changing) {
+        moment_.late = std::max(Seconds(now() - armed_.latest), Seconds(0));
+    }
+}
+
+Moment& Witness::momentEnds() {
+    judgeFetch();
+    moment_.missing = owed_;
+    moment_.missesInARow = known_.misses;
+    moment_.online = known_.online;
+    moment_.mayBeStopped = known_.misses >= 3 || startFailed_ || known_.document.isEmpty();
+    moment_.changing = known_.changing;
+    moment_.accepting = known_.accepting;
+    moment_.lastWasGood = known_.online && known_.misses == 0;
+    moment_.owesTheTruth = calm_ && (caughtUp_ || now() > catchUpBy_);
+    moment_.expected = texts();
+    return moment_;
+}
+
+void Witness::nextMoment() {
+    moment_ = {};
+    owed_.clear();
+    mustFetch_ = reloaded_ = false;
+    flips_ = 0;
+}
+
+} // namespace vesk

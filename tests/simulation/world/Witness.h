@@ -1,0 +1,186 @@
+#pragma once
+
+#include "tests/simulation/SimulatedExchange.h"
+#include "tests/simulation/SimulatedTool.h"
+#include "tests/simulation/world/Moment.h"
+#include "tests/simulation/world/Reckoning.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+
+namespace vesk {
+
+class Screen;
+
+/// Follows everything that goes into the controller and everything that comes out of it, and knows
+/// at each moment what it has to know, to show and to do: a model of its own, that asks the product
+/// nothing.
+class Witness final : public QObject {
+    Q_OBJECT
+
+public:
+    /// What stays over restarts of the program.
+    struct Lasting {
+        bool setupVisited = false;
+        bool setupComplete = false;
+        bool startsAtLogin = false;
+        /// What a person is told when the login file cannot be made; empty when it can.
+        QString loginFault;
+    };
+
+    Witness(qint64 port, QString host);
+
+    // The life of the program.
+    void launched(bool setupRequested);
+    void seenFirst(const Screen& screen) { screen_ = &screen; }
+    void ended();
+
+    // What a person does, before the program learns of it.
+    void openWindow();
+    void pressStart();
+    void switchDeep(bool on);
+    void openSettings();
+    void closeSettings();
+    void pickMode(int mode);
+    void openSetup();
+    void setupNext();
+    void setupBack();
+    void setupSkip();
+    void setupCheck();
+    void setupDetail(bool advanced);
+    void setupDeep(bool on);
+    void setupLogin(bool on);
+    void dismissAlert(const QString& text);
+    void quit();
+
+    // What passes between the program and its world.
+    void sent(std::size_t number, const ServiceRequest& request);
+    void answered(std::size_t number, const std::optional<QByteArray>& body);
+    void runBegun(std::size_t number, const SimulatedTool::Run& run);
+    void runEnds(std::size_t number, const ToolResult& result);
+    void menuOpened();
+    void menuClosed();
+    void applicationActive();
+    void applicationHidden();
+    void wrote(const QString& line);
+
+    /// Something happened to the window that nobody in the program asked for.
+    void disturbed() { moment_.disturbed = true; }
+
+    /// Something may have changed what can be seen of the window.
+    void glance();
+
+    /// From now on the service is up and well, with nothing in its way, until faults begin.
+    void faultsEnd();
+    void faultsBegin() { calm_ = false; }
+
+    /// It went down and up once more all the same.
+    void serviceRestarts();
+
+    Lasting& lasting() { return lasting_; }
+
+    /// The moment that ends now, for those who judge it. Then the next one begins.
+    [[nodiscard]] Moment& momentEnds();
+    void nextMoment();
+
+private:
+    enum class Ask { health, diagnostics, policy, mode };
+
+    struct Setup {
+        int step = 0;
+        bool deep = false;
+        bool login = false;
+        bool applying = false;
+        bool chosen = false;
+        int ticks = 0;
+        bool advanced = false;
+        QString readiness;
+        QString limits;
+    };
+
+    struct Armed {
+        TimePoint earliest;
+        TimePoint latest;
+    };
+
+    void reload();
+    void schedule();
+    [[nodiscard]] Seconds interval() const;
+    [[nodiscard]] Armed armedNow() const;
+    [[nodiscard]] bool visible() const;
+    void judgeFetch();
+
+    void healthAnswered(const std::optional<QJsonObject>& document);
+    void policyAnswered(const std::optional<QJsonObject>& document);
+    void modeAnswered(const std::optional<QJsonObject>& document);
+    void diagnosticsAnswered(const std::optional<QByteArray>& body);
+    void render(const QJsonObject& document);
+    void showConnected();
+    void miss();
+    void stopped();
+    void changePolicy(bool on, bool fromSetup);
+    void startService(bool fromCheck);
+    void startEnds(const ServiceError* failure);
+    void printEnds(const QString* text);
+    void restartEnds(bool good);
+    void apply();
+    void tick();
+    void setupFinished(bool confirmed);
+    void closeSetup();
+    void refreshReadiness();
+    void writePage();
+    void owe(const QString& what) { owed_.append(what); }
+    void alert(const QString& text);
+    void settle(const QString& what);
+    [[nodiscard]] ScreenTexts texts() const;
+
+    Knowledge known_;
+    Lasting lasting_;
+    const Screen* screen_ = nullptr;
+    std::unique_ptr<QObject> life_;
+    PanelTexts panel_;
+
+    std::map<std::size_t, Ask> underWay_;
+    bool fetching_ = false;
+    TimePoint fetchBegan_;
+    Armed armed_;
+    bool mustFetch_ = false;
+    bool reloaded_ = false;
+    bool seen_ = false;
+    bool seenAtGlance_ = false;
+    int flips_ = 0;
+    bool menuOpen_ = false;
+    std::optional<TimePoint> checked_;
+
+    bool policyWanted_ = false;
+    bool policyFromSetup_ = false;
+
+    bool settingsOpen_ = false;
+    bool changingMode_ = false;
+    int chosenMode_ = 0;
+
+    std::optional<Setup> setup_;
+    int setupsOpened_ = 0;
+    QTimer setupTicks_;
+    int checkOfSetup_ = 0; // the how-manieth setup wants to hear of the start, 0 for none
+
+    std::map<std::size_t, QString> runs_;
+    bool recovering_ = false;
+    bool startFailed_ = false; ///< with no answer since
+    int missesAtCheck_ = 0;    ///< when the manager was asked
+    bool saidRunning_ = false;
+    std::optional<TimePoint> lastRestart_;
+
+    QStringList alerts_;
+    QStringList owed_;
+    bool calm_ = false;
+    bool caughtUp_ = false;
+    TimePoint truthSince_;
+    TimePoint catchUpBy_;
+    Moment moment_;
+};
+
+} // namespace vesk
