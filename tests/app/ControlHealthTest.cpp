@@ -255,6 +255,9 @@ private slots:
         bench.health = working;
         bench.poll();
         QVERIFY(within(bench.poll(), 1500ms));
+        bench.health = QByteArray(working).replace("busy", "waiting");
+        bench.poll();
+        QVERIFY(within(bench.poll(), 1500ms));
         // The pending one is put off at once.
         bench.window().hide();
         QVERIFY(within(bench.poll(), 10s));
@@ -267,6 +270,9 @@ private slots:
         // In sight again it is asked at once.
         bench.window().show();
         QVERIFY(bench.poll() < 10ms);
+        QVERIFY(within(bench.poll(), 5s));
+        bench.health = R"({"deep_scan_enabled": true, "slots": [{"slot": 1, "state": "idle"}]})";
+        bench.poll();
         QVERIFY(within(bench.poll(), 5s));
     }
 
