@@ -33,7 +33,9 @@ struct Events {
     static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
 
     JsonHandler& handler;
-    std::string parts{};
+    std::string parts;
+
+    explicit Events(JsonHandler& listener) : handler(listener) {}
 
     bool on_document_begin(json::error_code& /*error*/) { return true; }
     bool on_document_end(json::error_code& /*error*/) { return true; }

@@ -6,6 +6,11 @@
 #include "ui/texts/SetupPages.h"
 #include "ui/texts/WorkerCard.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,29 +20,50 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Whether the counts can be added up one by one.
-bool addsUp(const QList<SlotRecord>& records, std::optional<qint64> SlotRecord::*count) {
+/// The bays as the toolkit reads them: none where one of them is no dictionary.
+QJsonArray bays(const QJsonObject& document) {
+    const QJsonArray records = document[u"slots"].toArray();
+    const bool isWhole = std::all_of(
+        records.begin(), records.end(), [](const QJsonValue& bay) { return bay.isObject(); });
+    return isWhole ? records : QJsonArray();
+}
+
+/// What the counts come to, added up one by one; nothing where 64 bits do not hold it.
+std::optional<qint64> total(const QJsonArray& bays, QStringView count) {
     using Limits = std::numeric_limits<qint64>;
     qint64 total = 0;
-    for (const SlotRecord& record : records) {
-        const qint64 more = (record.*count).value_or(0);
+    for (const QJsonValue& bay : bays) {
+        // Its default is what it gives for no whole number.
+        const qint64 more = bay[count].toInteger(0);
         if (more > 0 ? total > Limits::max() - more : total < Limits::min() - more) {
-            return false;
+            return {};
         }
         total += more;
     }
-    return true;
+    return total;
+}
+
+/// The toolkit's reader, which builds the whole document, is the measure.
+void checkBays(const Bays& read, const QByteArray& body) {
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    require(document.isObject(), "what is a document for us is one for the toolkit");
+    const QJsonArray expected = bays(document.object());
+    require(read.count() == expected.size(), "every bay is counted");
+    require(read.completed() == total(expected, u"completed"), "completed jobs are counted");
+    require(read.failed() == total(expected, u"failed"), "failed jobs are counted");
+    const auto active = std::count_if(expected.begin(), expected.end(), [](const QJsonValue& bay) {
+        const QString state = bay[u"state"].toString();
+        return state == u"busy" || state == u"waiting";
+    });
+    require(read.active() == active, "active bays are counted");
 }
 
 /// Totals and times that no 64 bits hold end the program with a message, as they are meant to: what
 /// would compute them is left out then.
 bool isShowable(const HealthDocument& document) {
     constexpr double beyond = 9223372036854775808.0;
-    const bool completedAddUp = addsUp(document.bays.records(), &SlotRecord::completed);
-    const bool failedAddUp = addsUp(document.bays.records(), &SlotRecord::failed);
-    require(document.bays.completed().has_value() == completedAddUp, "completed jobs are counted");
-    require(document.bays.failed().has_value() == failedAddUp, "failed jobs are counted");
-    return completedAddUp && failedAddUp && document.cooldownSeconds.value_or(0) < beyond;
+    return document.bays.completed() && document.bays.failed()
+           && document.cooldownSeconds.value_or(0) < beyond;
 }
 
 void checkPanel(const CompactPanel& panel, const ServiceFacts& facts) {
@@ -70,7 +96,8 @@ void checkTexts(const ServiceFacts& facts) {
         checkPanel(panel, facts);
         require(panel == compactPanel(dashboard, facts), "a panel is the same each time");
     }
-    for (const SlotRecord& record : facts.lastHealth.bays.records()) {
+    for (int number = 1; number <= Bays::shown; ++number) {
+        const SlotRecord& record = facts.lastHealth.bays.numbered(number);
         const WorkerCard card(record, {facts.online, facts.accepting});
         require(!card.badge.isEmpty() && !card.title.isEmpty(), "a card has words");
         require(facts.online || !card.badgeLive, "no card is live offline");
@@ -111,6 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     require(facts.backendReady.has_value(), "what is a document for one is one for the other");
     facts.lastHealth = health->document;
+    checkBays(facts.lastHealth.bays, body);
     facts.accepting = health->deep;
     facts.changingPolicy = (flags & 1U) != 0;
     facts.starting = (flags & 2U) != 0;

@@ -30,8 +30,9 @@ void showState(QCheckBox& box, const ToggleFace& face) {
 
 /// Rack, devices and bays are read in columns.
 ElidedLabel* rackLine() {
-    auto* line = label(QString(), smallText, QFont::Medium, Theme::muted);
+    auto* line = new ElidedLabel(QString());
     line->setFont(monospaced(smallText, QFont::Medium));
+    line->setColor(Theme::muted);
     line->fillWidth();
     return line;
 }

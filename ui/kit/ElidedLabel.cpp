@@ -74,6 +74,9 @@ QString ElidedLabel::toolTipText() const {
 }
 
 QSize ElidedLabel::sizeHint() const {
+    if (sizePolicy().horizontalPolicy() == QSizePolicy::Ignored) {
+        return minimumSizeHint();
+    }
     const qreal width = QFontMetricsF(font()).horizontalAdvance(line_);
     return {static_cast<int>(std::ceil(width)), fontMetrics().height()};
 }
@@ -111,6 +114,9 @@ void ElidedLabel::resizeEvent(QResizeEvent* event) {
 
 void ElidedLabel::shape() {
     const QString before = shown_.text();
+    if (line_.isEmpty() && before.isEmpty()) {
+        return;
+    }
     const qreal ascent = shown_.lineCount() > 0 ? shown_.lineAt(0).ascent() : 0;
     layOut(line_);
     const bool fits = shown_.lineAt(0).horizontalAdvance() <= width();

@@ -23,9 +23,11 @@ bool growsSideways(const QWidget& view) {
 } // namespace
 
 ElidedLabel* label(const QString& text, int size, QFont::Weight weight, const QColor& color) {
-    auto* view = new ElidedLabel(text);
+    // Its font first: each that is looked at has to be found and loaded.
+    auto* view = new ElidedLabel(QString());
     view->setFont(systemFont(size, weight));
     view->setColor(color);
+    view->setText(text);
     return view;
 }
 
