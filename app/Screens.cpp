@@ -8,6 +8,7 @@
 #include "ui/texts/CompactPanel.h"
 #include "ui/tray/TrayHost.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QDialog>
 
@@ -81,7 +82,8 @@ void Screens::giveKeys(QDialog& sheet) {
 void Screens::show(const Dashboard& dashboard, const ServiceFacts& facts) {
     tray_.show(dashboard);
     unseen_ = {dashboard, facts};
-    if (window_.isVisibleToUser()) {
+    // A screen reader reads what is covered as well.
+    if (window_.isVisibleToUser() || QAccessible::isActive()) {
         showPanel();
     }
 }

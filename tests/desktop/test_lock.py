@@ -13,6 +13,7 @@ from harness.process import Process
 from harness.waiting import wait_for
 from harness.worker import bay
 
+MAIN = "Corvala for Mac · Halvex"
 ALREADY_OPEN = b"Corvala for Mac is already open.\n"
 SELF_TEST = (
     b"8 worker/rack presentation, 9 refresh policy and 8 listener recovery checks passed\n"
@@ -52,7 +53,9 @@ class LockTest(DesktopCase):
         self.assert_refused(self.run_to_end(str(worker.port)))
         self.assert_refused(self.run_to_end("--setup"))
         self.assertTrue(first.is_running())
-        self.assertEqual(len(self.desktop.windows.of_process(first.pid)), 1)
+        windows = self.desktop.windows
+        titles = [windows.title(window) for window in windows.of_process(first.pid)]
+        self.assertEqual(titles.count(MAIN), 1)
         self.assertIn("● CONNECTED", first.texts())
 
     def test_second_start_shows_the_window_of_the_first(self):

@@ -58,8 +58,7 @@ class SetupTest(DesktopCase):
         windows.press_close(next(w for w in sheets if windows.title(w) == SHEET))
 
     def texts(self, dashboard):
-        labels = dashboard.sheet(SHEET).showing("label")
-        return [label.name for label in sorted(labels, key=lambda label: label.place[1])]
+        return dashboard.sheet(SHEET).reading("label")
 
     def wait_for_page(self, dashboard, texts):
         seen = []

@@ -65,6 +65,14 @@ class Node:
         except GLib.Error:
             return []  # it changes as we look
 
+    def reading(self, role):
+        """The names of the nodes of that role that are on screen here, from top to bottom."""
+        try:
+            nodes = sorted(self.showing(role), key=lambda node: node.place[1])
+            return [node.name for node in nodes]
+        except GLib.Error:
+            return []  # it changes as we look
+
     def find(self, role, name):
         """The first of them with that name; None without one."""
         return next((node for node in self.showing(role) if node.name == name), None)

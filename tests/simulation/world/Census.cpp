@@ -20,7 +20,7 @@ namespace {
 constexpr int period = 12;
 
 /// Caches of the toolkit, and pictures of windows that it keeps or not.
-constexpr std::size_t slack = 2560 * 1024;
+constexpr std::size_t slack = 8 * std::size_t{1024} * 1024;
 
 /// Without those of the settings, which are made on first use and stay.
 qsizetype widgets() {
