@@ -4,7 +4,6 @@
 // The library's own sources, so that no shared library has to be loaded at each start.
 #include <boost/json/src.hpp>
 
-#include <charconv>
 #include <cmath>
 #include <string>
 
@@ -26,7 +25,7 @@ std::optional<qint64> wholeNumber(double value) {
 
 /// What the library's parser tells, with texts that come in parts put together.
 struct Events {
-    // Given up where no string of the library's own could be longer.
+    // The library's limits; the size of an answer is limited where it comes in.
     static constexpr std::size_t max_object_size = static_cast<std::size_t>(-1);
     static constexpr std::size_t max_array_size = static_cast<std::size_t>(-1);
     static constexpr std::size_t max_key_size = static_cast<std::size_t>(-1);
@@ -93,11 +92,10 @@ struct Events {
     }
     bool on_double(double /*rounded*/, json::string_view last, json::error_code& error) {
         // The library rounds to one of the two next to it, not to the nearer one.
-        const QByteArrayView text = whole(last);
-        double value = 0;
-        const auto read = std::from_chars(text.begin(), text.end(), value);
+        bool fits = false;
+        const double value = whole(last).toDouble(&fits);
         parts.clear();
-        if (read.ec == std::errc::result_out_of_range) {
+        if (!fits) {
             error = json::error::exponent_overflow;
             return false;
         }
