@@ -18,7 +18,7 @@ namespace vesk {
 class Exchange {
 public:
     /// What is made of the body of an answer with status exactly 200; nothing where it is none to
-    /// go by. It runs on whatever thread the answer came in; the bytes are there during the call.
+    /// go by. It runs on whatever thread the answer came in.
     template<typename Value>
     using Reader = std::optional<Value> (*)(const QByteArray& body);
 

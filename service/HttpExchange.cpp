@@ -5,6 +5,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
+#include <boost/beast/core/buffers_range.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -57,8 +59,51 @@ http::request<http::string_body> message(const ServiceRequest& request) {
     return message;
 }
 
+/// The body of an answer, which may be more than there is memory for: an exception of its reader
+/// would come out of the loop that all exchanges share, and leave this one without an end.
+class AnswerBody {
+public:
+    using value_type = QByteArray;
+
+    class reader {
+    public:
+        template<bool isRequest, typename Fields>
+        reader(http::header<isRequest, Fields>& /*header*/, QByteArray& body) : body_(body) {}
+
+        void init(const boost::optional<std::uint64_t>& length, beast::error_code& error) {
+            error = {};
+            try {
+                body_.reserve(static_cast<qsizetype>(length.value_or(0)));
+            } catch (const std::bad_alloc&) {
+                error = make_error_code(boost::system::errc::not_enough_memory);
+            }
+        }
+
+        template<typename Buffers>
+        std::size_t put(const Buffers& buffers, beast::error_code& error) {
+            std::size_t taken = 0;
+            error = {};
+            try {
+                for (const asio::const_buffer part : beast::buffers_range_ref(buffers)) {
+                    body_.append(
+                        static_cast<const char*>(part.data()), static_cast<qsizetype>(part.size()));
+                    taken += part.size();
+                }
+            } catch (const std::bad_alloc&) {
+                error = make_error_code(boost::system::errc::not_enough_memory);
+            }
+            return taken;
+        }
+
+        void finish(beast::error_code& error) { error = {}; }
+
+    private:
+        QByteArray& body_;
+    };
+};
+
 /// The body of the answer; an exception for whatever goes wrong.
-asio::awaitable<std::optional<std::string>> exchange(const ServiceRequest& request) {
+asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& request) {
     const asio::ip::tcp::endpoint service(
         asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(request.port));
     beast::tcp_stream stream(co_await asio::this_coro::executor);
@@ -71,7 +116,7 @@ asio::awaitable<std::optional<std::string>> exchange(const ServiceRequest& reque
     // So much is read at a time; by itself the library asks for 512 bytes again and again.
     buffer.reserve(readBytes);
     while (true) {
-        http::response_parser<http::string_body> parser;
+        http::response_parser<AnswerBody> parser;
         parser.header_limit(maxHeaderBytes);
         parser.body_limit(static_cast<std::uint64_t>(HttpSession::maxAnswerBytes));
         co_await http::async_read(stream, buffer, parser, asio::use_awaitable);
@@ -89,7 +134,7 @@ asio::awaitable<std::optional<std::string>> exchange(const ServiceRequest& reque
 
 } // namespace
 
-asio::awaitable<std::optional<std::string>> httpBody(ServiceRequest request) {
+asio::awaitable<std::optional<QByteArray>> httpBody(ServiceRequest request) {
     if (!isSendable(request)) {
         co_return std::nullopt;
     }

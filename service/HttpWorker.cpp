@@ -7,6 +7,7 @@
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 
+#include <new>
 #include <utility>
 
 namespace vesk {
@@ -21,11 +22,12 @@ public:
 
     static asio::awaitable<void> carry(HttpWorker& worker, Order order) {
         const auto body = co_await httpBody(std::move(order.request));
-        // A view of it, which nobody keeps: it may be large.
-        order.read(
-            body ? std::optional(
-                QByteArray::fromRawData(body->data(), static_cast<qsizetype>(body->size())))
-                 : std::nullopt);
+        try {
+            order.read(body);
+        } catch (const std::bad_alloc&) {
+            // An answer for which there is no memory is none.
+            order.read(std::nullopt);
+        }
         worker.putDown(order.id);
     }
 };

@@ -9,6 +9,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <new>
+
 #include <sys/socket.h>
 
 using namespace vesk;
@@ -337,6 +339,25 @@ private slots:
         qputenv("TESSALURE_WORKER_TOKEN", "a\r\nX-Injected: 1");
         QVERIFY(!fetch(request(peer.serverPort(), "/v1/health")));
         QCOMPARE(peer.connections(), 0);
+    }
+
+    void answerThatMemoryDoesNotHoldIsNone() {
+        HttpPeer peer;
+        peer.answerWithJson("{}");
+        HttpSession session;
+        int calls = 0;
+        session.send(
+            request(peer.serverPort(), "/"), this,
+            +[](const QByteArray&) -> std::optional<int> { throw std::bad_alloc(); },
+            [&](const std::optional<int>& answer) {
+                QVERIFY(!answer);
+                ++calls;
+            });
+        QTRY_COMPARE(calls, 1);
+        Attempt later;
+        later.send(session, request(peer.serverPort(), "/"), this);
+        QTRY_VERIFY(later.answer);
+        QCOMPARE(calls, 1);
     }
 
     void exchangesOverlap() {
