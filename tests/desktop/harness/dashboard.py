@@ -70,6 +70,10 @@ class Dashboard:
         """What standard error says besides the documented lines."""
         return [line for line in self.err.splitlines() if not DOCUMENTED.fullmatch(line)]
 
+    @property
+    def cpu_seconds(self):
+        return self._process.cpu_seconds
+
     def is_running(self):
         return self._process.is_running()
 

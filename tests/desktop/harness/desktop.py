@@ -27,8 +27,11 @@ class Desktop:
         self.environment = self._bare_environment()
         self.windows = None
         try:
-            self._start_screen()
-            self._start_bus()
+            _screen, self.environment["DISPLAY"] = self.start_screen()
+            _bus, self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus()
+            # The bindings look here, and connect once in the life of this process.
+            for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
+                os.environ[name] = self.environment[name]
             self._start_window_manager()
         except BaseException:
             self.stop()
@@ -72,12 +75,13 @@ class Desktop:
         self._processes.append(process)
         return process
 
-    def _start_screen(self):
+    def start_screen(self, name="screen"):
+        """A screen, and what DISPLAY is to be for it."""
         read_end, write_end = os.pipe()
         screen = self._start(
             ["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
              "-nolisten", "tcp", "-noreset"],
-            "screen",
+            name,
             pass_fds=[write_end],
         )
         os.close(write_end)
@@ -85,19 +89,16 @@ class Desktop:
             number = answer.readline().strip()
         if not number:
             raise RuntimeError("the screen did not start: " + screen.err)
-        self.environment["DISPLAY"] = ":" + number
+        return screen, ":" + number
 
-    def _start_bus(self):
+    def start_bus(self, name="bus"):
+        """A session bus and its address."""
         bus = self._start(
             ["dbus-daemon", "--session", "--nofork", "--print-address",
              "--address=unix:tmpdir=" + self.folder],
-            "bus",
+            name,
         )
-        address = wait_for("the session bus's address", lambda: bus.out.strip())
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
-        # The bindings look here, and connect once in the life of this process.
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = address
-        os.environ["DISPLAY"] = self.environment["DISPLAY"]
+        return bus, wait_for("the session bus's address", lambda: bus.out.strip())
 
     def _start_window_manager(self):
         self._start(["openbox", "--sm-disable"], "window-manager")

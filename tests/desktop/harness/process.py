@@ -45,6 +45,13 @@ class Process:
         with open(path, "rb") as file:
             return file.read().decode()
 
+    @property
+    def cpu_seconds(self):
+        """What its threads have used of the processors so far."""
+        with open(f"/proc/{self.pid}/stat", encoding="ascii") as file:
+            user, system = file.read().rsplit(")", 1)[1].split()[11:13]
+        return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
+
     def is_running(self):
         return self._child.poll() is None
 
