@@ -36,6 +36,14 @@ using namespace Qt::StringLiterals;
     std::_Exit(EXIT_FAILURE);
 }
 
+/// The toolkit ends the program in the middle of everything when the screen is gone; of what it has
+/// to say standard error lets nothing through.
+void tellWhetherScreenIsGone() {
+    if (QCoreApplication::instance() != nullptr) {
+        std::fputs("VeskWorkerControl: the screen is gone\n", stderr);
+    }
+}
+
 void serve(const DesktopRequests& requests, Control& control) {
     QObject::connect(&requests, &DesktopRequests::openRequested, &control, &Control::openDashboard);
     QObject::connect(
@@ -75,6 +83,7 @@ int main(int argc, char* argv[]) {
     }
 
     QApplication application(programOnly, argv);
+    std::atexit(tellWhetherScreenIsGone);
     const PromptQuit promptQuit(application);
     QApplication::setOrganizationName(u"Halvex"_s);
     QApplication::setApplicationName(u"VeskWorkerControl"_s);

@@ -227,6 +227,14 @@ class MachineTest(DesktopCase):
         self.assertEqual(dashboard.wait(SLACK), 0)
         self.assertEqual(dashboard.err, "")
 
+    def test_screen_gone(self):
+        screen, name = self.desktop.start_screen("other-screen")
+        _worker, dashboard = self.unseen_dashboard(DISPLAY=name)
+        screen.send(signal.SIGKILL)
+        screen.wait()
+        self.assertEqual(dashboard.wait(SLACK), 1)
+        self.assertEqual(dashboard.err, "VeskWorkerControl: the screen is gone\n")
+
     def test_service_accepts_and_never_answers(self):
         connections = []
         with socket.create_server(("127.0.0.1", 0)) as service:

@@ -14,7 +14,7 @@ ALERT = "Corvala for Mac needs attention"
 # All that the program may ever say on standard error.
 DOCUMENTED = re.compile(
     r"Corvala for Mac is already open\.|Corvala worker listener recovery failed: .*"
-    r"|Presentation test failed"
+    r"|Presentation test failed|VeskWorkerControl: the screen is gone"
 )
 
 _numbers = itertools.count(1)
