@@ -15,7 +15,6 @@ import time
 from harness.case import DesktopCase
 from harness.dashboard import ALERT, visited_home
 from harness.desktop import DASHBOARD
-from harness.process import Process
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
@@ -94,27 +93,17 @@ class MachineTest(DesktopCase):
         wait_for("two fetches", lambda: len(worker.arrivals()) >= 2)
         return worker, dashboard
 
-    def test_start_with_few_descriptors(self):
-        for most in (3, 5, 7, 9, 11):
-            with self.step(most):
-                program = Process(
-                    ["prlimit", f"--nofile={most}:{most}", DASHBOARD, "1"],
-                    {**self.desktop.environment, **visited_home(self.desktop)},
-                    self.desktop.folder, f"few{most}",
-                )
-                self.addCleanup(program.stop)
-                windows = self.desktop.windows
-                wait_for(
-                    "its end or its window in front",
-                    lambda: not program.is_running()
-                    or any(map(windows.is_active, windows.of_process(program.pid))),
-                )
-                if program.is_running():
-                    self.person.key("q", "Control_L")
-                    self.assertEqual(program.wait(), 0)
-                else:
-                    self.assertNotEqual(program.wait(), 0)
-                    self.assertIn("open", program.err)
+    def first_free_descriptor(self, dashboard):
+        used = {int(name) for name in os.listdir(f"/proc/{dashboard.pid}/fd")}
+        return next(number for number in range(len(used) + 1) if number not in used)
+
+    def test_descriptors_used_up(self):
+        _worker, dashboard = self.busy_dashboard()
+        with self.limit(dashboard, resource.RLIMIT_NOFILE, self.first_free_descriptor(dashboard)):
+            dashboard.wait_for_text("● RECONNECTING")
+            self.assert_rests(dashboard)
+            dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.wait_until_live()
 
     def test_memory_limited(self):
         worker, dashboard = self.busy_dashboard()
