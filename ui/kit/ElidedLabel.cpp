@@ -104,7 +104,8 @@ void ElidedLabel::changeEvent(QEvent* event) {
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
-    shown_.draw(&painter, QPointF(0, (height() - fontMetrics().height()) / 2));
+    const int top = (height() - fontMetrics().height()) / 2;
+    shown_.draw(&painter, QPointF(0, top));
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event) {
