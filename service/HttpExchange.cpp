@@ -119,13 +119,18 @@ asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& reques
         http::response_parser<AnswerBody> parser;
         parser.header_limit(maxHeaderBytes);
         parser.body_limit(static_cast<std::uint64_t>(HttpSession::maxAnswerBytes));
+        // By itself the parser limits only what is left of a head after the first bytes of it.
+        if (co_await http::async_read_header(stream, buffer, parser, asio::use_awaitable)
+            > maxHeaderBytes) {
+            co_return std::nullopt;
+        }
         co_await http::async_read(stream, buffer, parser, asio::use_awaitable);
         const auto status = parser.get().result();
         if (status == http::status::ok) {
             co_return std::move(parser.get().body());
         }
         // An interim answer announces the real one; none of ours changes the protocol.
-        if (http::to_status_class(status) != http::status_class::informational
+        if (http::to_status_class(parser.get().result_int()) != http::status_class::informational
             || status == http::status::switching_protocols) {
             co_return std::nullopt;
         }

@@ -6,13 +6,13 @@
 #include "service/HttpSession.h"
 #include "tests/agent/PrivateManager.h"
 #include "tests/agent/PropertyListSamples.h"
+#include "tests/tools/KeptPort.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QPushButton>
 #include <QSettings>
-#include <QTcpServer>
 #include <QTest>
 
 #include <memory>
@@ -24,11 +24,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int patience = 30'000;
-
-quint16 freePort() {
-    QTcpServer server;
-    return server.listen(QHostAddress::LocalHost) ? server.serverPort() : 0;
-}
 
 QPushButton* startButton() {
     for (QWidget* widget : QApplication::allWidgets()) {
@@ -49,7 +44,7 @@ class ControlManagedTest : public QObject {
 private:
     QTemporaryDir home_;
     PrivateManager manager_{home_.path()};
-    const quint16 port_ = freePort();
+    const KeptPort port_;
     QSettings defaults_{home_.filePath(u"defaults.ini"_s), QSettings::IniFormat};
     TimePoint now_{1'000'000s};
     HttpSession session_;
@@ -70,7 +65,7 @@ private:
             "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"
             "<key>ProgramArguments</key><array><string>" VESK_WORKER
             "</string><string>--port</string><string>"
-            + QByteArray::number(port_) + "</string></array>"));
+            + QByteArray::number(port_.number()) + "</string></array>"));
     }
 
     /// Opens the dashboard, which asks the service each time, until that is so.
@@ -87,8 +82,8 @@ private:
     void closeListener() {
         bool done = false;
         session_.send(
-            postRequest(port_, "/sim/listener", {{u"closed_seconds"_s, 3600}}), this, readHealth,
-            [&](const auto& /*answer*/) { done = true; });
+            postRequest(port_.number(), "/sim/listener", {{u"closed_seconds"_s, 3600}}), this,
+            readHealth, [&](const auto& /*answer*/) { done = true; });
         QVERIFY(QTest::qWaitFor([&] { return done; }));
         QVERIFY(becomes(false));
     }
@@ -104,7 +99,7 @@ private slots:
         installTemplate();
         defaults_.setValue("setupVisitedV2", true);
         control_ = std::make_unique<Control>(Control::Surroundings{
-            .port = port_,
+            .port = port_.number(),
             .home = home_.path(),
             .hostName = u"bench"_s,
             .clock = [this] { return now_; },

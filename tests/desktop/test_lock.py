@@ -145,7 +145,7 @@ class LockTest(DesktopCase):
                 self.assert_passed(self.run_to_end(*before, "--self-test"))
 
     def test_only_the_exact_argument_is_the_self_test(self):
-        first = self.dashboard(home=self.home)
+        first = self.dashboard(self.kept_port(), home=self.home)
         first.window()
         for argument in ("--self-testing", "--SELF-TEST", "-self-test", "--self-test ",
                          "--self-test=1", "self-test"):
@@ -174,7 +174,7 @@ class LockTest(DesktopCase):
         os.chmod(self.folder, 0o755)
         with open(self.lock, "w", encoding="utf-8") as file:
             file.write("left behind")
-        first = self.dashboard(home=self.home)
+        first = self.dashboard(self.kept_port(), home=self.home)
         first.window()
         self.assert_refused(self.run_to_end())
         with open(self.lock, encoding="utf-8") as file:
@@ -184,12 +184,12 @@ class LockTest(DesktopCase):
     def test_lock_ends_with_the_process(self):
         for number in (signal.SIGTERM, signal.SIGKILL):
             with self.subTest(number):
-                copy = self.dashboard(home=self.home)
+                copy = self.dashboard(self.kept_port(), home=self.home)
                 copy.window()
                 self.assert_refused(self.run_to_end())
                 copy.send(number)
                 self.assertEqual(copy.wait(), -number)
-        self.dashboard(home=self.home).window()
+        self.dashboard(self.kept_port(), home=self.home).window()
 
     def test_lock_that_cannot_be_opened_counts_as_held(self):
         os.makedirs(self.lock)

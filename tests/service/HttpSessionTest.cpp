@@ -1,6 +1,7 @@
 #include "HttpPeer.h"
 
 #include "service/HttpSession.h"
+#include "tests/tools/KeptPort.h"
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
@@ -12,6 +13,8 @@
 #include <new>
 
 #include <sys/socket.h>
+
+#include <algorithm>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -128,6 +131,8 @@ private slots:
         QTest::newRow("JSON and more") << HttpPeer::response("200 OK", good + good);
         QTest::newRow("cut off") << QByteArray(
             "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n" + good);
+        QTest::newRow("short length")
+            << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n" + good);
         QTest::newRow("cut chunk")
             << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n40\r\n" + good);
         QTest::newRow("no HTTP") << QByteArray("hello\r\n\r\n");
@@ -155,6 +160,63 @@ private slots:
                          "6\r\n{\"a\": \r\n2\r\n1}\r\n0\r\n\r\n");
         });
         QVERIFY(fetch(request(peer.serverPort(), "/v1/health")));
+    }
+
+    void interimAnswersAnnounceTheRealOne() {
+        HttpPeer peer;
+        peer.answerWith([](QTcpSocket& socket) {
+            socket.write(
+                "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Early Hints\r\nLink: x\r\n\r\n"
+                + HttpPeer::response("200 OK", "{}"));
+        });
+        QVERIFY(fetch(request(peer.serverPort(), "/v1/health")));
+    }
+
+    void answerThatEndsWithTheConnectionIsGood() {
+        HttpPeer peer;
+        peer.answerWith([](QTcpSocket& socket) {
+            socket.write("HTTP/1.1 200 OK\r\n\r\n{}");
+            socket.disconnectFromHost();
+        });
+        QVERIFY(fetch(request(peer.serverPort(), "/v1/health")));
+    }
+
+    void headSizeIsBounded_data() {
+        QTest::addColumn<qsizetype>("size");
+        QTest::addColumn<bool>("good");
+        constexpr qsizetype largest = qsizetype{64} * 1024;
+        QTest::newRow("largest") << largest << true;
+        QTest::newRow("one more") << largest + 1 << false;
+        QTest::newRow("many times") << 10 * largest << false;
+    }
+
+    void headSizeIsBounded() {
+        QFETCH(const qsizetype, size);
+        QFETCH(const bool, good);
+        QByteArray head = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n";
+        const QByteArray end = "\r\n\r\n";
+        const QByteArray line = "X-Padding: " + QByteArray(1000, 'x') + "\r\n";
+        while (head.size() + line.size() < size - 100) {
+            head += line;
+        }
+        head += "X-Rest: ";
+        head += QByteArray(size - head.size() - end.size(), 'x') + end;
+        QCOMPARE(head.size(), size);
+        HttpPeer peer;
+        peer.answerWith([head](QTcpSocket& socket) {
+            // Little by little: all that has come in by then may be taken whole.
+            auto* timer = new QTimer(&socket);
+            connect(timer, &QTimer::timeout, &socket, [&socket, answer = head + "{}"]() mutable {
+                constexpr qsizetype portion = 10'000;
+                socket.write(answer.first(std::min(portion, answer.size())));
+                answer.remove(0, portion);
+                if (answer.isEmpty()) {
+                    socket.disconnectFromHost();
+                }
+            });
+            timer->start(1ms);
+        });
+        QCOMPARE(fetch(request(peer.serverPort(), "/v1/health")).has_value(), good);
     }
 
     void redirectIsAFailureAndNotFollowed() {
@@ -185,12 +247,24 @@ private slots:
         QCOMPARE(proxy.connections(), 0);
     }
 
+    void dripDoesNotOutliveTheDeadline_data() {
+        QTest::addColumn<QByteArray>("beginning");
+        QTest::addColumn<QByteArray>("drop");
+        const QByteArray status = "HTTP/1.1 200 OK\r\n";
+        const QByteArray head = status + "Content-Length: 1000\r\n\r\n";
+        QTest::newRow("head") << status + "X: " << QByteArray("x");
+        QTest::newRow("body") << head << QByteArray(" ");
+        QTest::newRow("stalled") << head + "{" << QByteArray();
+    }
+
     void dripDoesNotOutliveTheDeadline() {
+        QFETCH(const QByteArray, beginning);
+        QFETCH(const QByteArray, drop);
         HttpPeer peer;
-        peer.answerWith([](QTcpSocket& socket) {
-            socket.write("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+        peer.answerWith([beginning, drop](QTcpSocket& socket) {
+            socket.write(beginning);
             auto* drip = new QTimer(&socket);
-            connect(drip, &QTimer::timeout, &socket, [&socket] { socket.write(" "); });
+            connect(drip, &QTimer::timeout, &socket, [&socket, drop] { socket.write(drop); });
             drip->start(50ms);
         });
         QElapsedTimer clock;
@@ -209,6 +283,18 @@ private slots:
         QVERIFY(!fetch(request(peer.serverPort(), "/v1/health")));
         QVERIFY2(
             clock.elapsed() >= 3900 && clock.elapsed() < 6000,
+            qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void unreadRequestEndsAtTheDeadline() {
+        QTcpServer peer;
+        QVERIFY(peer.listen(QHostAddress::LocalHost));
+        peer.pauseAccepting();
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(!fetch(quick(request(peer.serverPort(), "/v1/health"))));
+        QVERIFY2(
+            clock.elapsed() >= 450 && clock.elapsed() < 3000,
             qPrintable(QString::number(clock.elapsed())));
     }
 
@@ -325,12 +411,8 @@ private slots:
     }
 
     void refusedConnectionIsAFailure() {
-        quint16 port = 0;
-        {
-            const HttpPeer peer;
-            port = peer.serverPort();
-        }
-        QVERIFY(!fetch(request(port, "/v1/health")));
+        const KeptPort port;
+        QVERIFY(!fetch(request(port.number(), "/v1/health")));
     }
 
     void tokenWithALineBreakIsNotSent() {

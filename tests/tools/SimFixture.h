@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 #include "tools/worker-sim/Service.h"
 #include "tools/worker-sim/Simulation.h"
@@ -13,11 +14,13 @@
 
 namespace vesk {
 
-/// A simulated service inside the test, on a free port.
+/// A simulated service inside the test, on a port that is its own even while it does not listen.
 class SimFixture {
 public:
-    explicit SimFixture(std::string token = {})
-        : service_(simulation_, std::move(token)), port_(service_.start(0).value_or(0)) {}
+    explicit SimFixture(std::string token = {}, double speed = 1)
+        : simulation_(1, {}, speed),
+          service_(simulation_, std::move(token)),
+          port_(service_.start(kept_.number()).value_or(0)) {}
 
     [[nodiscard]] int port() const { return port_; }
     [[nodiscard]] sim::Service& service() { return service_; }
@@ -45,7 +48,8 @@ public:
     }
 
 private:
-    sim::Simulation simulation_{1, {}, 1};
+    KeptPort kept_;
+    sim::Simulation simulation_;
     sim::Service service_;
     int port_;
 };

@@ -1,3 +1,4 @@
+#include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 
 #include <QElapsedTimer>
@@ -78,9 +79,10 @@ private slots:
 
     void servesUntilTheSignal() {
         QFETCH(int, number);
-        Program program({u"--port"_s, u"0"_s, u"--bays"_s, u"5"_s});
-        const int port = program.port();
-        QVERIFY(port > 0);
+        const vesk::KeptPort kept;
+        const int port = kept.number();
+        Program program({u"--port"_s, QString::number(port), u"--bays"_s, u"5"_s});
+        QCOMPARE(program.port(), port);
         const auto answer = exchange(port, rawRequest("GET", "/v1/health"));
         QCOMPARE(answer.status(), 200);
         QVERIFY(answer.body().contains(R"("slot":5)"));

@@ -12,8 +12,10 @@ namespace {
 using nlohmann::json;
 
 constexpr double longestWait = 3600;
-constexpr std::int64_t largestBody = 256LL * 1024 * 1024;
+constexpr std::int64_t mostRequests = 1'000'000;
+constexpr std::int64_t mostBytes = 256LL * 1024 * 1024;
 constexpr std::array paths{"health", "diagnostics", "services", "performance"};
+constexpr std::array framings{"chunked", "close"};
 
 /// Reads the keys of one document and remembers the first that is wrong.
 class Reader {
@@ -74,13 +76,14 @@ public:
         }
     }
 
-    void path(std::string& into) {
-        std::optional<std::string> name;
-        text("path", name);
-        if (name && std::ranges::find(paths, *name) == paths.end()) {
-            complain("path", "health, diagnostics, services or performance");
+    template<std::size_t Count>
+    void word(
+        const char* key, const std::array<const char*, Count>& words, const char* list,
+        std::optional<std::string>& into) {
+        text(key, into);
+        if (into && std::ranges::find(words, *into) == words.end()) {
+            complain(key, list);
         }
-        into = name.value_or("");
     }
 
     /// The first complaint; empty when every key was read and right.
@@ -120,18 +123,29 @@ std::variant<Fault, std::string> faultFromJson(const json& document) {
     }
     Fault fault;
     Reader reader(document);
-    reader.path(fault.path);
-    reader.whole("count", 1, 1'000'000, fault.count);
+    std::optional<std::string> path;
+    reader.word("path", paths, "health, diagnostics, services or performance", path);
+    fault.path = path.value_or("");
+    reader.whole("skip", 1, mostRequests, fault.skip);
+    reader.whole("count", 1, mostRequests, fault.count);
+    reader.seconds("unread", fault.unread);
     reader.seconds("late", fault.late);
+    reader.seconds("drip_head", fault.dripHead);
     reader.seconds("drip", fault.drip);
+    reader.seconds("stall", fault.stall);
     reader.flag("truncate", fault.truncate);
     reader.flag("hang_up", fault.hangUp);
     reader.flag("reset", fault.reset);
+    reader.text("raw", fault.raw);
+    reader.whole("head_size", 0, mostBytes, fault.headSize);
+    reader.whole("length", 0, mostBytes, fault.length);
+    reader.word("framing", framings, "chunked or close", fault.framing);
     reader.whole("status", 100, 999, fault.status);
     reader.text("redirect", fault.redirect);
+    reader.flag("done", fault.done);
     reader.text("body", fault.body);
     reader.object("patch", fault.patch);
-    reader.whole("size", 0, largestBody, fault.size);
+    reader.whole("size", 0, mostBytes, fault.size);
     reader.flag("opposite", fault.opposite);
     if (const std::string complaint = reader.verdict(); !complaint.empty()) {
         return complaint;
@@ -159,14 +173,23 @@ json toJson(const Fault& fault) {
     if (!fault.path.empty()) {
         document["path"] = fault.path;
     }
+    put("skip", fault.skip);
     put("count", fault.count);
+    putSeconds("unread", fault.unread);
     putSeconds("late", fault.late);
+    putSeconds("drip_head", fault.dripHead);
     putSeconds("drip", fault.drip);
+    putSeconds("stall", fault.stall);
     putFlag("truncate", fault.truncate);
     putFlag("hang_up", fault.hangUp);
     putFlag("reset", fault.reset);
+    put("raw", fault.raw);
+    put("head_size", fault.headSize);
+    put("length", fault.length);
+    put("framing", fault.framing);
     put("status", fault.status);
     put("redirect", fault.redirect);
+    putFlag("done", fault.done);
     put("body", fault.body);
     put("patch", fault.patch);
     put("size", fault.size);

@@ -17,6 +17,9 @@ public:
     /// The first fault for a request to `path`, counted down by one; nothing when none fits.
     [[nodiscard]] std::optional<Fault> take(std::string_view path);
 
+    /// The same if that fault leaves requests unread; else nothing, and nothing is counted.
+    [[nodiscard]] std::optional<Fault> takeUnread(std::string_view path);
+
     [[nodiscard]] const std::vector<Fault>& armed() const { return armed_; }
 
 private:

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <chrono>
+#include <tuple>
 
 namespace vesk::sim {
 
@@ -54,6 +55,10 @@ bool HttpServer::process_and_close_socket(socket_t socket) {
     bool open = true;
     for (auto left = keep_alive_max_count_; open && left > 0; --left) {
         if (!wire.waitForRequest(std::chrono::seconds(keep_alive_timeout_sec_))) {
+            break;
+        }
+        if (const auto time = unreadTime_(wire.comingPath())) {
+            std::ignore = gate_.wait(*time);
             break;
         }
         Exchange exchange;

@@ -14,8 +14,9 @@ constexpr auto address = "127.0.0.1";
 } // namespace
 
 Service::Service(Simulation& simulation, std::string token)
-    : workerApi_(simulation, std::move(token)),
-      switchApi_(simulation, [this](Seconds time) { closeListener(time); }) {
+    : simulation_(simulation),
+      workerApi_(simulation, std::move(token)),
+      switchApi_(simulation, [this](Seconds time, bool restart) { closeListener(time, restart); }) {
     workerApi_.install(server_);
     switchApi_.install(server_);
 }
@@ -37,10 +38,11 @@ std::optional<int> Service::start(int port) {
     return port_;
 }
 
-void Service::closeListener(Seconds time) {
+void Service::closeListener(Seconds time, bool restart) {
     {
         const std::lock_guard lock(mutex_);
         closedTime_ = time;
+        restart_ = restart;
     }
     server_.stopListening();
 }
@@ -79,6 +81,10 @@ bool Service::reopen() {
     changed_.wait_for(lock, closedTime_, quitting);
     while (!quitting_ && !server_.bind_to_port(address, port_)) {
         changed_.wait_for(lock, 100ms, quitting);
+    }
+    if (restart_) {
+        simulation_.restart();
+        restart_ = false;
     }
     return !quitting_;
 }

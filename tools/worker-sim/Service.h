@@ -27,8 +27,9 @@ public:
     /// the port, or nothing when it cannot be had.
     [[nodiscard]] std::optional<int> start(int port);
 
-    /// Refuses connections for that long, then listens on the same port again.
-    void closeListener(Seconds time);
+    /// Refuses connections for that long, then listens on the same port again; `restart`: with the
+    /// simulation at its start.
+    void closeListener(Seconds time, bool restart);
 
     /// Returns when the port is closed and every answer has been sent or cut.
     void stop();
@@ -37,6 +38,7 @@ private:
     void run();
     [[nodiscard]] bool reopen();
 
+    Simulation& simulation_;
     HttpServer server_;
     WorkerApi workerApi_;
     SwitchApi switchApi_;
@@ -46,6 +48,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     Seconds closedTime_{};
+    bool restart_ = false;
     bool quitting_ = false;
     bool finished_ = false;
 };

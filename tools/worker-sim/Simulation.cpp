@@ -7,12 +7,24 @@
 namespace vesk::sim {
 
 Simulation::Simulation(std::uint64_t seed, RackSize size, double speed)
-    : rack_(size, seed), speed_(speed) {}
+    : fresh_(size, seed), rack_(fresh_), speed_(speed) {}
 
 std::optional<Fault> Simulation::receive(LoggedRequest request, std::string_view path) {
     const std::lock_guard lock(mutex_);
     log_.add(std::move(request));
     return faults_.take(path);
+}
+
+std::optional<Seconds> Simulation::leaveUnread(std::string_view path) {
+    const std::lock_guard lock(mutex_);
+    const auto fault = faults_.takeUnread(path);
+    return fault ? fault->unread : std::nullopt;
+}
+
+void Simulation::restart() {
+    const std::lock_guard lock(mutex_);
+    rack_ = fresh_;
+    caughtUp_ = std::chrono::steady_clock::now();
 }
 
 nlohmann::json Simulation::health() {

@@ -23,6 +23,12 @@ public:
     /// Enters a request to `path` into the log and gives the fault that it meets.
     [[nodiscard]] std::optional<Fault> receive(LoggedRequest request, std::string_view path);
 
+    /// How long a request to `path` that has come is left unread; nothing when it is to be read.
+    [[nodiscard]] std::optional<Seconds> leaveUnread(std::string_view path);
+
+    /// The rack is as at the start again; log and faults stay.
+    void restart();
+
     [[nodiscard]] nlohmann::json health();
     void setDeepEnabled(bool enabled);
     void setMode(Mode mode);
@@ -38,6 +44,7 @@ private:
     void catchUp();
 
     std::mutex mutex_;
+    const Rack fresh_;
     Rack rack_;
     FaultSwitch faults_;
     RequestLog log_;

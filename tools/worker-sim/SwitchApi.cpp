@@ -26,7 +26,7 @@ void refuse(httplib::Response& response, const std::string& message) {
 
 } // namespace
 
-SwitchApi::SwitchApi(Simulation& simulation, std::function<void(Seconds)> closeListener)
+SwitchApi::SwitchApi(Simulation& simulation, CloseListener closeListener)
     : simulation_(simulation), closeListener_(std::move(closeListener)) {}
 
 void SwitchApi::install(HttpServer& server) {
@@ -75,7 +75,12 @@ void SwitchApi::close(const httplib::Request& request, httplib::Response& respon
         refuse(response, "closed_seconds must be a number above 0, at most 86400");
         return;
     }
-    closeListener_(Seconds(seconds.get<double>()));
+    const json restart = body.value("restart", json(false));
+    if (!restart.is_boolean()) {
+        refuse(response, "restart must be true or false");
+        return;
+    }
+    closeListener_(Seconds(seconds.get<double>()), restart.get<bool>());
     reply(response, body);
 }
 

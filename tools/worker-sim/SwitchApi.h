@@ -11,8 +11,11 @@ namespace vesk::sim {
 /// The fault switch and the request log, everything below /sim. A real service has none of this.
 class SwitchApi {
 public:
+    /// Closes the listener for that long; `restart`: what opens again has just been started.
+    using CloseListener = std::function<void(Seconds time, bool restart)>;
+
     /// `closeListener` is called on a handler's thread.
-    SwitchApi(Simulation& simulation, std::function<void(Seconds)> closeListener);
+    SwitchApi(Simulation& simulation, CloseListener closeListener);
 
     void install(HttpServer& server);
 
@@ -21,7 +24,7 @@ private:
     void close(const httplib::Request& request, httplib::Response& response);
 
     Simulation& simulation_;
-    std::function<void(Seconds)> closeListener_;
+    CloseListener closeListener_;
 };
 
 } // namespace vesk::sim

@@ -7,12 +7,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <sstream>
 #include <string_view>
+#include <tuple>
 
 namespace vesk::sim {
 
 namespace {
 
+constexpr std::string_view lineEnd = "\r\n";
 constexpr std::string_view endOfHead = "\r\n\r\n";
 constexpr std::chrono::seconds readTimeout{5};
 
@@ -33,6 +36,41 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
 }
 
+std::string chunked(std::string_view body) {
+    constexpr std::size_t most = 500;
+    std::ostringstream chunks;
+    chunks << std::hex;
+    for (; !body.empty(); body.remove_prefix(std::min(most, body.size()))) {
+        const auto chunk = body.substr(0, most);
+        chunks << chunk.size() << lineEnd << chunk << lineEnd;
+    }
+    chunks << 0 << endOfHead;
+    return chunks.str();
+}
+
+/// The head of an answer with what `fault` does to it.
+std::string faultyHead(std::string_view head, const Fault& fault) {
+    constexpr std::string_view lengthName = "Content-Length: ";
+    constexpr std::string_view paddingName = "X-Padding: ";
+    std::string lines(head.substr(0, head.size() - lineEnd.size()));
+    if (fault.length || fault.framing) {
+        if (const auto begin = lines.find(lengthName); begin != std::string::npos) {
+            lines.erase(begin, lines.find(lineEnd, begin) + lineEnd.size() - begin);
+        }
+    }
+    if (fault.length) {
+        lines.append(lengthName).append(std::to_string(*fault.length)).append(lineEnd);
+    }
+    if (fault.framing == "chunked") {
+        lines.append("Transfer-Encoding: chunked").append(lineEnd);
+    }
+    const auto size = lines.size() + paddingName.size() + 2 * lineEnd.size();
+    if (fault.headSize > size) {
+        lines.append(paddingName).append(*fault.headSize - size, 'x').append(lineEnd);
+    }
+    return lines.append(lineEnd);
+}
+
 } // namespace
 
 Wire::Wire(int socket, Gate& gate)
@@ -46,6 +84,20 @@ Wire::~Wire() {
 bool Wire::waitForRequest(std::chrono::milliseconds time) {
     head_.clear();
     return inputBegin_ < inputEnd_ || poll(socket_, POLLIN, time);
+}
+
+std::string Wire::comingPath() const {
+    std::array<char, 256> first{};
+    const auto size = inputBegin_ < inputEnd_
+                          ? 0
+                          : ::recv(socket_, first.data(), first.size(), MSG_PEEK | MSG_DONTWAIT);
+    const std::string_view line(first.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    const auto begin = line.find(' ');
+    const auto end = line.find_first_of(" ?", begin + 1);
+    if (begin == std::string_view::npos || end == std::string_view::npos) {
+        return {};
+    }
+    return std::string(line.substr(begin + 1, end - begin - 1));
 }
 
 std::vector<std::pair<std::string, std::string>> Wire::headers() const {
@@ -82,21 +134,34 @@ bool Wire::deliverFaulty(const Fault& fault) {
     if (fault.hangUp) {
         return false;
     }
+    if (fault.raw) {
+        std::ignore = send(*fault.raw);
+        return false;
+    }
     const std::string_view answer = output_;
     const auto head = answer.find(endOfHead);
     const auto bodyBegin = head == std::string_view::npos ? answer.size() : head + endOfHead.size();
     std::string_view body = answer.substr(bodyBegin);
-    if (fault.truncate) {
-        body = body.substr(0, body.size() / 2);
+    std::string chunks;
+    if (fault.framing == "chunked") {
+        chunks = chunked(body);
+        body = chunks;
     }
-    const bool sent =
-        send(answer.substr(0, bodyBegin)) && (fault.drip ? drip(body, *fault.drip) : send(body));
-    return sent && !fault.truncate;
+    const auto half = body.size() / 2;
+    const bool complete = drip(faultyHead(answer.substr(0, bodyBegin), fault), fault.dripHead)
+                          && drip(body.substr(0, half), fault.drip)
+                          && (!fault.stall || gate_.wait(*fault.stall)) && !fault.truncate
+                          && drip(body.substr(half), fault.drip);
+    // The client may know the end of the body by nothing else.
+    return complete && !fault.length && fault.framing != "close";
 }
 
-bool Wire::drip(std::string_view bytes, Seconds interval) {
+bool Wire::drip(std::string_view bytes, std::optional<Seconds> interval) {
+    if (!interval) {
+        return send(bytes);
+    }
     for (std::size_t position = 0; position < bytes.size(); ++position) {
-        if (!gate_.wait(interval) || !send(bytes.substr(position, 1))) {
+        if (!gate_.wait(*interval) || !send(bytes.substr(position, 1))) {
             return false;
         }
     }

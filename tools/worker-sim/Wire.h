@@ -29,6 +29,10 @@ public:
     /// Whether something came within `time`; an end of the connection counts as well.
     [[nodiscard]] bool waitForRequest(std::chrono::milliseconds time);
 
+    /// The path of the request that came, of which nothing has been read; empty when it was sent
+    /// together with the one before it, or its first line has not come in whole.
+    [[nodiscard]] std::string comingPath() const;
+
     /// The header lines of the request being read, in their order.
     [[nodiscard]] std::vector<std::pair<std::string, std::string>> headers() const;
 
@@ -45,7 +49,7 @@ public:
 
 private:
     bool deliverFaulty(const Fault& fault);
-    bool drip(std::string_view bytes, Seconds interval);
+    bool drip(std::string_view bytes, std::optional<Seconds> interval);
     [[nodiscard]] bool send(std::string_view bytes) const;
     void remember(const char* data, std::size_t size);
 

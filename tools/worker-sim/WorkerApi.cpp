@@ -52,6 +52,9 @@ void WorkerApi::install(HttpServer& server) {
     server.Patch(everything, handler);
     server.Delete(everything, handler);
     server.Options(everything, handler);
+    server.leaveUnread([this](std::string_view path) {
+        return path.starts_with("/v1/") ? simulation_.leaveUnread(path) : std::nullopt;
+    });
 }
 
 void WorkerApi::serve(const httplib::Request& request, httplib::Response& response) {

@@ -1,6 +1,7 @@
 """What the desktop tests share: one desktop a test process, everything else a test."""
 
 import contextlib
+import socket
 import unittest
 
 from .dashboard import Dashboard
@@ -47,8 +48,17 @@ class DesktopCase(unittest.TestCase):
             error.add_note(f"at {name!r}")
             raise
 
-    def worker(self, **options):
-        worker = Worker(self.desktop, **options)
+    def kept_port(self):
+        """One that refuses connections unless a worker is started there: since a socket stays bound
+        to it, the system gives it to nobody who asks for any free one."""
+        keeper = socket.socket()
+        self.addCleanup(keeper.close)
+        keeper.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        keeper.bind(("127.0.0.1", 0))
+        return keeper.getsockname()[1]
+
+    def worker(self, port=None, **options):
+        worker = Worker(self.desktop, port or self.kept_port(), **options)
         self.addCleanup(worker.stop)
         return worker
 

@@ -28,7 +28,7 @@ STILL = {
 
 
 class Worker:
-    def __init__(self, desktop, port=0, token=None, devices=2):
+    def __init__(self, desktop, port, token=None, devices=2):
         environment = dict(desktop.environment)
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
