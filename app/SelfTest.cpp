@@ -1,5 +1,6 @@
 #include "app/SelfTest.h"
 
+#include "agent/ErrorLine.h"
 #include "model/ListenerRecoveryPolicy.h"
 #include "model/RackProgress.h"
 #include "model/RefreshPolicy.h"
@@ -17,7 +18,7 @@ namespace {
 
 void check(bool condition) {
     if (!condition) {
-        std::fputs("Presentation test failed\n", stderr);
+        writeErrorLine(u"Presentation test failed"_s);
         std::exit(EXIT_FAILURE);
     }
 }

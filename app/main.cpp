@@ -1,3 +1,4 @@
+#include "agent/ErrorLine.h"
 #include "agent/Launchctl.h"
 #include "agent/LaunchctlTool.h"
 #include "agent/ServicePort.h"
@@ -20,7 +21,6 @@
 #include <QSettings>
 #include <QTimer>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -29,7 +29,7 @@ using namespace vesk;
 using namespace Qt::StringLiterals;
 
 [[noreturn]] void yieldToRunningCopy(int argc, char** argv, const CommandLine& commandLine) {
-    std::fputs("Corvala for Mac is already open.\n", stderr);
+    writeErrorLine(u"Corvala for Mac is already open."_s);
     const QCoreApplication application(argc, argv);
     askRunningCopy(commandLine.setup() ? DesktopRequests::setupAction : QStringView());
     // At once: a late message from the bus would find the toolkit half taken down and say so.
@@ -40,7 +40,7 @@ using namespace Qt::StringLiterals;
 /// to say standard error lets nothing through.
 void tellWhetherScreenIsGone() {
     if (QCoreApplication::instance() != nullptr) {
-        std::fputs("VeskWorkerControl: the screen is gone\n", stderr);
+        writeErrorLine(u"VeskWorkerControl: the screen is gone"_s);
     }
 }
 
@@ -66,7 +66,7 @@ int main(int argc, char* argv[]) {
     const CommandLine commandLine(argc, argv);
     const auto home = homeFolder();
     if (!home) {
-        std::fputs("VeskWorkerControl: the home folder's path is not valid UTF-8\n", stderr);
+        writeErrorLine(u"VeskWorkerControl: the home folder's path is not valid UTF-8"_s);
         return EXIT_FAILURE;
     }
     const InstanceLock lock(*home);
@@ -83,7 +83,8 @@ int main(int argc, char* argv[]) {
     }
 
     QApplication application(programOnly, argv);
-    std::atexit(tellWhetherScreenIsGone);
+    // Where there is no room for it the end is a silent one.
+    static_cast<void>(std::atexit(tellWhetherScreenIsGone));
     const PromptQuit promptQuit(application);
     QApplication::setOrganizationName(u"Halvex"_s);
     QApplication::setApplicationName(u"VeskWorkerControl"_s);
