@@ -86,22 +86,24 @@ public:
         wrong_.clear();
     }
 
-    void scalar(QByteArrayView key, const JsonScalar& value) override {
+    void key(QByteArrayView key) override { key_ = key.toByteArray(); }
+
+    void scalar(const JsonScalar& value) override {
         const bool* flag = std::get_if<bool>(&value);
         if (flag == nullptr) {
-            wrong_.insert(key.toByteArray());
+            wrong_.insert(key_);
             return;
         }
-        wrong_.remove(key.toByteArray());
+        wrong_.remove(key_);
         for (const auto& [name, member] : flags) {
-            if (name == key) {
+            if (name == key_) {
                 services_.*member = *flag;
             }
         }
     }
 
-    Reader* dictionary(QByteArrayView key) override { return other(key); }
-    Reader* list(QByteArrayView key) override { return other(key); }
+    Reader* dictionary() override { return other(); }
+    Reader* list() override { return other(); }
 
     void end() override {
         if (!wrong_.isEmpty()) {
@@ -116,12 +118,13 @@ private:
         std::pair{QByteArrayView("audio"), &ReadyServices::audio},
         std::pair{QByteArrayView("ocr"), &ReadyServices::ocr}};
 
-    Reader* other(QByteArrayView key) {
-        scalar(key, nullptr);
+    Reader* other() {
+        scalar(nullptr);
         return nullptr;
     }
 
     ReadyServices& services_;
+    QByteArray key_;
     QSet<QByteArray> wrong_; // keys whose last value is no boolean
 };
 

@@ -85,8 +85,8 @@ struct Events {
         return true;
     }
     bool on_uint64(std::uint64_t value, json::string_view /*text*/, json::error_code& /*error*/) {
-        const auto rounded = static_cast<double>(value);
-        handler.scalar(JsonNumber{rounded, wholeNumber(rounded)});
+        // More than the signed one holds, which is tried first.
+        handler.scalar(JsonNumber{static_cast<double>(value), std::nullopt});
         parts.clear();
         return true;
     }

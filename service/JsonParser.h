@@ -17,7 +17,8 @@ struct JsonNumber {
 /// A value that holds no others. A text is UTF-8 and valid during the call that tells it.
 using JsonScalar = std::variant<std::nullptr_t, bool, JsonNumber, QByteArrayView>;
 
-/// Hears what a JSON text says, in its order. Keys are UTF-8 and valid until the next call.
+/// Hears what a JSON text says, in its order. Keys are UTF-8 and valid during the call that tells
+/// them: what is written with escapes has no place of its own in the text.
 class JsonHandler {
 public:
     JsonHandler() = default;

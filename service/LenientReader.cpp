@@ -21,11 +21,15 @@ public:
 
     [[nodiscard]] bool wasDictionary() const { return wasDictionary_; }
 
-    void key(QByteArrayView key) override { key_ = key; }
+    void key(QByteArrayView key) override {
+        if (Reader* reader = innermost()) {
+            reader->key(key);
+        }
+    }
 
     void scalar(const JsonScalar& value) override {
-        if (!readers_.empty() && readers_.back() != nullptr) {
-            readers_.back()->scalar(key_, value);
+        if (Reader* reader = innermost()) {
+            reader->scalar(value);
         }
     }
 
@@ -34,21 +38,23 @@ public:
             wasDictionary_ = true;
             enter(&root_);
         } else {
-            enter(readers_.back() != nullptr ? readers_.back()->dictionary(key_) : nullptr);
+            Reader* reader = innermost();
+            enter(reader != nullptr ? reader->dictionary() : nullptr);
         }
     }
 
     void endDictionary() override { leave(); }
 
     void beginList() override {
-        enter(
-            !readers_.empty() && readers_.back() != nullptr ? readers_.back()->list(key_)
-                                                            : nullptr);
+        Reader* reader = innermost();
+        enter(reader != nullptr ? reader->list() : nullptr);
     }
 
     void endList() override { leave(); }
 
 private:
+    [[nodiscard]] Reader* innermost() const { return readers_.empty() ? nullptr : readers_.back(); }
+
     void enter(Reader* reader) {
         readers_.push_back(reader);
         if (reader != nullptr) {
@@ -65,7 +71,6 @@ private:
 
     Reader& root_;
     std::vector<Reader*> readers_; // from the root inwards; nobody where it is of no use
-    QByteArrayView key_;
     bool wasDictionary_ = false;
 };
 

@@ -14,7 +14,7 @@
 /// counts as absent. Of two values under one key the later counts.
 namespace vesk::lenient {
 
-/// Takes what a dictionary says under its keys, or a list, whose elements have none.
+/// Takes what a dictionary says under its keys, or a list, which has none.
 class Reader {
 public:
     Reader() = default;
@@ -25,11 +25,14 @@ public:
     /// Forgets what it has taken. What is read is absent, unless it follows.
     virtual void begin() = 0;
 
-    virtual void scalar(QByteArrayView key, const JsonScalar& value) = 0;
+    /// What the next value stands under.
+    virtual void key(QByteArrayView key) = 0;
 
-    /// Who reads the dictionary or the list there; nobody where it is of no use.
-    [[nodiscard]] virtual Reader* dictionary(QByteArrayView key) = 0;
-    [[nodiscard]] virtual Reader* list(QByteArrayView key) = 0;
+    virtual void scalar(const JsonScalar& value) = 0;
+
+    /// Who reads the dictionary or the list that comes; nobody where it is of no use.
+    [[nodiscard]] virtual Reader* dictionary() = 0;
+    [[nodiscard]] virtual Reader* list() = 0;
 
     /// All has been said.
     virtual void end() = 0;
@@ -85,16 +88,27 @@ public:
         }
     }
 
-    void scalar(QByteArrayView key, const JsonScalar& value) override {
-        if (const Field<Record>* field = find(key)) {
-            std::visit([&](auto member) { take(value, record_.*member); }, field->member);
-        } else {
-            static_cast<void>(part(key, {}));
+    void key(QByteArrayView key) override {
+        field_ = find(key);
+        part_ = nullptr;
+        for (const Part& part : parts_) {
+            if (part.key == key) {
+                part_ = &part;
+            }
         }
     }
 
-    Reader* dictionary(QByteArrayView key) override { return part(key, Part::Kind::Dictionary); }
-    Reader* list(QByteArrayView key) override { return part(key, Part::Kind::List); }
+    void scalar(const JsonScalar& value) override {
+        if (field_ != nullptr) {
+            std::visit([&](auto member) { take(value, record_.*member); }, field_->member);
+        }
+        if (part_ != nullptr) {
+            part_->reader.begin();
+        }
+    }
+
+    Reader* dictionary() override { return reader(Part::Kind::Dictionary); }
+    Reader* list() override { return reader(Part::Kind::List); }
     void end() override {}
 
 private:
@@ -109,24 +123,18 @@ private:
         return nullptr;
     }
 
-    /// What stands under `key` and is of that kind; a value of another one makes it absent.
-    Reader* part(QByteArrayView key, std::optional<Part::Kind> kind) {
-        for (const Part& part : parts_) {
-            if (part.key == key) {
-                part.reader.begin();
-                return part.kind == kind ? &part.reader : nullptr;
-            }
-        }
-        if (kind) {
-            scalar(key, nullptr);
-        }
-        return nullptr;
+    /// A value of another kind makes what stands there absent.
+    Reader* reader(Part::Kind kind) {
+        scalar(nullptr);
+        return part_ != nullptr && part_->kind == kind ? &part_->reader : nullptr;
     }
 
     Fields fields_;
     Record& record_;
     std::vector<Part> parts_;
     std::size_t next_ = 0;
+    const Field<Record>* field_ = nullptr; // what the value that comes is for
+    const Part* part_ = nullptr;
 };
 
 /// Takes a list of dictionaries only, each as one more record: an element of another type makes the
@@ -143,11 +151,11 @@ public:
         isAbsent_ = false;
     }
 
-    void scalar(QByteArrayView /*key*/, const JsonScalar& /*value*/) override { isAbsent_ = true; }
+    void key(QByteArrayView /*key*/) override {}
+    void scalar(const JsonScalar& /*value*/) override { isAbsent_ = true; }
+    Reader* dictionary() override { return &element_; }
 
-    Reader* dictionary(QByteArrayView /*key*/) override { return &element_; }
-
-    Reader* list(QByteArrayView /*key*/) override {
+    Reader* list() override {
         isAbsent_ = true;
         return nullptr;
     }

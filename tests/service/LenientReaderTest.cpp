@@ -176,6 +176,9 @@ void LenientReaderTest::missingKeyIsAbsent() {
 void LenientReaderTest::keysAreExact() {
     QVERIFY(!outcomeOf(R"({"Integer": 1, "integer ": 2, "": 3, "intege": 4})").probe.integer);
     QCOMPARE(outcomeOf(R"({"\u0069nteger": 1})").probe.integer, std::optional<qint64>(1));
+    // However it is written, and whatever the value's own escapes do meanwhile.
+    const QByteArray text = R"({"\u0073\u0074\u0072ing": "v\u0061lue of \u0073ome length"})";
+    QCOMPARE(outcomeOf(text).probe.string, std::optional(u"value of some length"_s));
 }
 
 void LenientReaderTest::lastDuplicateWins() {
