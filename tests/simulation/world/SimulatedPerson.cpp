@@ -286,7 +286,8 @@ void SimulatedPerson::actInAlert(Alert& alert) {
 void SimulatedPerson::useKeyboard(QWidget& window) {
     const QWidget* holder = window.focusWidget();
     const bool isMain = &window == &screen_->window();
-    switch (dice_.below(9)) {
+    const auto key = dice_.below(9);
+    switch (key) {
     case 0:
     case 1: {
         const Meaning meaning = meaningOf(holder);
@@ -305,20 +306,17 @@ void SimulatedPerson::useKeyboard(QWidget& window) {
         pressKey(window, Qt::Key_Return, Qt::NoModifier, u"Return");
         break;
     }
-    case 3: {
-        const Meaning meaning = isMain ? Meaning() : dismissalOf(window);
-        if (meaning) {
-            meaning();
-        }
-        pressKey(window, Qt::Key_Escape, Qt::NoModifier, u"Escape");
-        break;
-    }
+    case 3:
     case 4: {
         const Meaning meaning = isMain ? Meaning() : dismissalOf(window);
         if (meaning) {
             meaning();
         }
-        pressKey(window, Qt::Key_W, Qt::ControlModifier, u"Ctrl+W");
+        if (key == 3) {
+            pressKey(window, Qt::Key_Escape, Qt::NoModifier, u"Escape");
+        } else {
+            pressKey(window, Qt::Key_W, Qt::ControlModifier, u"Ctrl+W");
+        }
         break;
     }
     case 5:
