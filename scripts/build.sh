@@ -1,14 +1,16 @@
 # shellcheck shell=bash
-# Builds of the preset `release`; to be sourced at the root of the source tree.
+# Builds of the presets; to be sourced at the root of the source tree.
 
-# build_release TARGET... configures only when it must; no target means everything.
-build_release() {
-    if [[ ! build/release/build.ninja -nt CMakePresets.json ]]; then
-        cmake --preset release
+# build PRESET [TARGET...] configures only when it must; without a target it builds what the preset
+# is for.
+build() {
+    local preset=$1 targets=()
+    shift
+    if [[ ! build/$preset/build.ninja -nt CMakePresets.json ]]; then
+        cmake --preset "$preset"
     fi
-    local targets=()
     if (($# > 0)); then
         targets=(--target "$@")
     fi
-    cmake --build build/release "${targets[@]}"
+    cmake --build --preset "$preset" "${targets[@]}"
 }

@@ -1,4 +1,5 @@
 #include "agent/systemd/LaunchAgent.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 
 #include <QTemporaryDir>
@@ -272,5 +273,5 @@ void LaunchAgentTest::files() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::LaunchAgentTest)
+VESK_TEST(vesk::LaunchAgentTest)
 #include "LaunchAgentTest.moc"

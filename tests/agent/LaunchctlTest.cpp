@@ -1,5 +1,6 @@
 #include "agent/Launchctl.h"
 #include "agent/ToolRun.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/ScriptedTool.h"
 
 #include <QDir>
@@ -369,5 +370,5 @@ void LaunchctlTest::manyRunsLeakNothing() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::LaunchctlTest)
+VESK_TEST(vesk::LaunchctlTest)
 #include "LaunchctlTest.moc"

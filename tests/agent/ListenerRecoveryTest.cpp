@@ -1,7 +1,7 @@
 #include "agent/ListenerRecovery.h"
 #include "agent/ServiceTarget.h"
 #include "tests/simulation/SimulatedTool.h"
-#include "tests/simulation/VirtualTimeMain.h"
+#include "tests/simulation/VirtualTimeRun.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -284,5 +284,5 @@ void ListenerRecoveryTest::goneWhileUnderWay() {
 
 } // namespace vesk
 
-VESK_VIRTUAL_TIME_MAIN(QCoreApplication, vesk::ListenerRecoveryTest)
+VESK_VIRTUAL_TIME_TEST(QCoreApplication, vesk::ListenerRecoveryTest)
 #include "ListenerRecoveryTest.moc"

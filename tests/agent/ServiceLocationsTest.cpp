@@ -2,6 +2,7 @@
 #include "agent/LaunchctlTool.h"
 #include "agent/ServicePort.h"
 #include "agent/ServiceTarget.h"
+#include "tests/TestProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -147,5 +148,5 @@ void ServiceLocationsTest::tool() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ServiceLocationsTest)
+VESK_TEST(vesk::ServiceLocationsTest)
 #include "ServiceLocationsTest.moc"

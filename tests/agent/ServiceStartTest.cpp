@@ -1,6 +1,7 @@
 #include "agent/ServiceStart.h"
 #include "agent/Launchctl.h"
 #include "agent/ServiceTarget.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/ScriptedTool.h"
 
 #include <QDir>
@@ -25,6 +26,16 @@ struct Scene {
         if (!QDir().mkpath(QFileInfo(path).path()) || !QFile(path).open(QIODevice::WriteOnly)) {
             qFatal("no agent file could be made");
         }
+    }
+
+    /// What the tool is called with to start the service: "kickstart", or with the "template" or
+    /// the "agent" file.
+    [[nodiscard]] QString callOf(const QString& way) const {
+        if (way == u"kickstart") {
+            return u"kickstart -k "_s + serviceTarget();
+        }
+        return u"bootstrap "_s + domainTarget() + u' '
+               + (way == u"agent" ? locations.agentURL() : locations.templateURL());
     }
 
     const QTemporaryDir home;
@@ -58,7 +69,7 @@ void ServiceStartTest::commands_data() {
     QTest::addColumn<bool>("agentFile");
     QTest::addColumn<QString>("second");
 
-    const QString kickstart = u"kickstart -k "_s + serviceTarget();
+    const QString kickstart = u"kickstart"_s;
     QTest::newRow("running") << QByteArray("echo 'state = running'; exit 0") << false << kickstart;
     QTest::newRow("running, agent file") << QByteArray("exit 0") << true << kickstart;
     QTest::newRow("loaded only") << QByteArray("echo 'state = waiting'") << false << kickstart;
@@ -72,14 +83,11 @@ void ServiceStartTest::commands_data() {
 void ServiceStartTest::commands() {
     QFETCH(const QByteArray, print);
     QFETCH(const bool, agentFile);
-    QFETCH(QString, second);
+    QFETCH(const QString, second);
     Scene scene("if [ $1 = print ]; then " + print + "; exit; fi");
     if (agentFile) {
         scene.putAgentFile();
     }
-    const QString load = u"bootstrap "_s + domainTarget() + u' ';
-    second.replace(u"template"_s, load + scene.locations.templateURL());
-    second.replace(u"agent"_s, load + scene.locations.agentURL());
 
     std::optional<std::optional<ServiceError>> end;
     bool stillStarting = true;
@@ -93,7 +101,7 @@ void ServiceStartTest::commands() {
     QTRY_VERIFY_WITH_TIMEOUT(end, patience);
     QVERIFY(!*end);
     QVERIFY(!stillStarting);
-    const QStringList expected{u"print "_s + serviceTarget(), second};
+    const QStringList expected{u"print "_s + serviceTarget(), scene.callOf(second)};
     QCOMPARE(scene.tool.calls(), expected);
 }
 
@@ -193,7 +201,7 @@ void ServiceStartTest::quitWhileStarting() {
     QFETCH(const QByteArray, hold);
     QFETCH(const QByteArray, print);
     QFETCH(const bool, agentFile);
-    QFETCH(QString, second);
+    QFETCH(const QString, second);
     const bool heldInPrint = hold.startsWith("[ $1 != print");
     const Scene scene(
         hold + "\n[ $1 = print ] && exit " + print
@@ -201,10 +209,6 @@ void ServiceStartTest::quitWhileStarting() {
     if (agentFile) {
         scene.putAgentFile();
     }
-    second.replace(u"kickstart"_s, u"kickstart -k "_s + serviceTarget());
-    const QString load = u"bootstrap "_s + domainTarget() + u' ';
-    second.replace(u"template"_s, load + scene.locations.templateURL());
-    second.replace(u"agent"_s, load + scene.locations.agentURL());
 
     auto launchctl = std::make_unique<Launchctl>(scene.tool.path());
     auto start = std::make_unique<ServiceStart>(*launchctl, scene.locations);
@@ -215,7 +219,8 @@ void ServiceStartTest::quitWhileStarting() {
     launchctl.reset();
     scene.tool.touch(u"go"_s);
     QTRY_COMPARE_WITH_TIMEOUT(scene.tool.content(u"end"_s), "done\n", patience);
-    QCOMPARE(scene.tool.calls(), (QStringList{u"print "_s + serviceTarget(), second}));
+    QCOMPARE(
+        scene.tool.calls(), (QStringList{u"print "_s + serviceTarget(), scene.callOf(second)}));
     QVERIFY(!ended);
 }
 
@@ -230,5 +235,5 @@ void ServiceStartTest::hungToolKeepsStarting() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ServiceStartTest)
+VESK_TEST(vesk::ServiceStartTest)
 #include "ServiceStartTest.moc"

@@ -1,4 +1,5 @@
 #include "agent/systemd/ServiceUnit.h"
+#include "tests/TestProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -343,5 +344,5 @@ void ServiceUnitTest::installFailures() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ServiceUnitTest)
+VESK_TEST(vesk::ServiceUnitTest)
 #include "ServiceUnitTest.moc"

@@ -1,4 +1,4 @@
-#include "ControlBench.h"
+#include "tests/app/ControlBench.h"
 
 #include "app/PromptQuit.h"
 #include "tests/ui/kit/Widgets.h"
@@ -340,5 +340,5 @@ private slots:
     }
 };
 
-VESK_VIRTUAL_TIME_MAIN(QApplication, ControlActionsTest)
+VESK_VIRTUAL_TIME_TEST(QApplication, ControlActionsTest)
 #include "ControlActionsTest.moc"

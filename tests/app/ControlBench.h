@@ -2,7 +2,7 @@
 
 #include "tests/simulation/SimulatedExchange.h"
 #include "tests/simulation/SimulatedTool.h"
-#include "tests/simulation/VirtualTimeMain.h"
+#include "tests/simulation/VirtualTimeRun.h"
 
 #include "app/Control.h"
 #include "ui/dashboard/DashboardWindow.h"

@@ -1,4 +1,4 @@
-#include "ControlBench.h"
+#include "tests/app/ControlBench.h"
 
 #include "ui/kit/Meter.h"
 #include "ui/setup/SetupWizard.h"
@@ -383,5 +383,5 @@ private slots:
     }
 };
 
-VESK_VIRTUAL_TIME_MAIN(QApplication, ControlHealthTest)
+VESK_VIRTUAL_TIME_TEST(QApplication, ControlHealthTest)
 #include "ControlHealthTest.moc"

@@ -1,4 +1,4 @@
-#include "ControlBench.h"
+#include "tests/app/ControlBench.h"
 
 #include <QDir>
 
@@ -173,5 +173,5 @@ private slots:
     }
 };
 
-VESK_VIRTUAL_TIME_MAIN(QApplication, ControlServiceTest)
+VESK_VIRTUAL_TIME_TEST(QApplication, ControlServiceTest)
 #include "ControlServiceTest.moc"

@@ -1,4 +1,5 @@
 #include "app/PreferencesFormat.h"
+#include "tests/TestProgram.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -91,5 +92,5 @@ void PreferencesFormatTest::staysWhenItCannotBeWritten() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::PreferencesFormatTest)
+VESK_TEST(vesk::PreferencesFormatTest)
 #include "PreferencesFormatTest.moc"

@@ -11,7 +11,7 @@ AT_ONCE = 3.0
 VISIBLE_BUSY, HIDDEN_BUSY = 1.5, 10.0
 
 
-class CadenceTest(DesktopCase):
+class CadenceCase(DesktopCase):
     def assert_gaps(self, worker, seconds, count):
         """The gaps from here on are those of one interval: none is shorter, one is near it."""
         worker.wait_for_fetch()
@@ -46,6 +46,8 @@ class CadenceTest(DesktopCase):
         wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
         return worker, dashboard, window
 
+
+class CoveredTest(CadenceCase):
     def test_visible_and_busy(self):
         worker, _dashboard, _window = self.dashboard_in_front(BUSY)
         self.assert_gaps(worker, VISIBLE_BUSY, 4)
@@ -70,6 +72,8 @@ class CadenceTest(DesktopCase):
         wait_for("a fetch at once", worker.arrivals, AT_ONCE)
         self.assert_gaps(worker, VISIBLE_BUSY, 1)
 
+
+class HiddenTest(CadenceCase):
     def test_hidden_with_its_menu_and_opened_again(self):
         host = self.tray_host()
         worker, dashboard, window = self.dashboard_in_front(BUSY)

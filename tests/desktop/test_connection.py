@@ -25,27 +25,15 @@ class ConnectionTest(DesktopCase):
         self.assertIsNotNone(node, f"{role} {name!r}\n{dashboard.accessible.tree()}")
         return node
 
-    def test_one_bad_answer_of_every_kind(self):
+    def test_one_bad_answer_of_every_layer(self):
         worker, dashboard = self.busy_dashboard()
         good = {"slots": [BUSY]}
         faults = {
-            "no content": {"status": 204},
-            "created": {"status": 201},
-            "server error": {"status": 500},
-            "unauthorised": {"status": 401},
-            "redirect": {"redirect": f"http://127.0.0.1:{worker.port}/v1/health"},
-            "list": {"body": "[]"},
-            "text": {"body": "<html>"},
-            "nothing": {"body": ""},
-            "truncated": {"truncate": True},
-            "hang-up": {"hang_up": True},
-            "reset": {"reset": True},
-            "flag is a text": {"patch": {"deep_scan_enabled": "false"}},
-            "flag is a number": {"patch": {"deep_scan_enabled": 1}},
-            "flag is missing": {"patch": {"deep_scan_enabled": None}},
-            "huge": {"size": 17 * 1024 * 1024},
-            "late": {"late": 4.5},
-            "drips": {"drip": 0.2},
+            "connection": {"hang_up": True},
+            "time": {"late": 4.5},
+            "status": {"status": 500},
+            "body": {"truncate": True},
+            "document": {"patch": {"deep_scan_enabled": "false"}},
         }
         for name, fault in faults.items():
             with self.subTest(name):
@@ -119,7 +107,7 @@ class ConnectionTest(DesktopCase):
                 "activity_policy", "duty_percent", "model", "device_id", "device",
                 "cooldown_cap_seconds", "cooldown_seconds")
         wrong = [None, True, -1, 2.5, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
-        for turn in range(5):
+        for turn in range(3):
             document = {key: wrong[(index + 3 * turn) % 10] for index, key in enumerate(keys)}
             if turn > 0:
                 # Without bays nothing is asked for five seconds.

@@ -40,7 +40,7 @@ def property_list(label):
 """.encode()
 
 
-class SetupTest(DesktopCase):
+class SetupCase(DesktopCase):
     def opened(self, worker, **options):
         dashboard = self.live_dashboard(worker, "--setup", **options)
         dashboard.sheet(SHEET)
@@ -105,6 +105,45 @@ class SetupTest(DesktopCase):
     def wait_for_preferences(self, home, **expected):
         wait_for(f"the preferences {expected}", lambda: self.preferences(home) == expected)
 
+    def write_template(self, home, content):
+        folder = os.path.join(
+            home["HOME"], "Library", "Application Support", "Halvex", "VeskWorker"
+        )
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, "localdev-worker.plist"), "wb") as file:
+            file.write(content)
+
+    def agent(self, home):
+        """What the agent file holds; None without one."""
+        path = os.path.join(home["HOME"], "Library", "LaunchAgents", LABEL + ".plist")
+        if not os.path.exists(path):
+            return None
+        with open(path, "rb") as file:
+            return file.read()
+
+    def assert_applying(self, dashboard):
+        """Nothing leaves the sheet while it applies."""
+        self.assertFalse(self.button(dashboard, "Applying…").has("enabled"))
+        self.assertFalse(self.button(dashboard, "Back").has("enabled"))
+        self.person.key("Escape")
+        self.person.key("Return")
+        self.click(dashboard, "Skip setup")
+        self.click(dashboard, "Applying…")
+        self.click(dashboard, "Back")
+        self.close_by_window_manager(dashboard)
+
+    def opened_without_a_service(self):
+        """On the last page; gives the dashboard and the port that it looks at."""
+        worker = self.worker()
+        worker.stop()
+        dashboard = self.dashboard(worker.port, "--setup")
+        dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.sheet(SHEET)
+        self.go_to_last_page(dashboard)
+        return dashboard, worker.port
+
+
+class SetupPagesTest(SetupCase):
     def test_every_page_forwards_and_back(self):
         worker = self.worker()
         worker.show_slots(bay(1))
@@ -207,6 +246,32 @@ class SetupTest(DesktopCase):
         self.assertEqual(worker.changes(), [])
         self.assertEqual(dashboard.sheets(), [])
 
+    def test_over_the_settings(self):
+        worker = self.worker()
+        host = self.tray_host()
+        dashboard = self.live_dashboard(worker)
+        for way_out in (lambda: self.person.key("Escape"),
+                        lambda: self.click(dashboard, "Skip setup"),
+                        lambda: self.close_by_window_manager(dashboard)):
+            self.click(dashboard, "Settings")
+            dashboard.sheet(SETTINGS)
+            host.item().menu.choose("Setup…")
+            # A window manager need not give the keyboard to what a person did not click for.
+            heading = dashboard.control("label", "A little more intelligence. Locally.")
+            self.person.click(heading)
+            dashboard.sheet(SHEET)
+            self.wait_for_focus(dashboard, "radio button", "Basic")
+            way_out()
+            dashboard.wait_until_gone(SHEET)
+            dashboard.sheet(SETTINGS)
+            self.wait_for_focus(dashboard, "radio button", "Automatic")
+            self.person.key("Escape")
+            dashboard.wait_until_gone(SETTINGS)
+            window = dashboard.window()
+            wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+
+
+class SetupApplyTest(SetupCase):
     def test_apply_while_connected(self):
         worker = self.worker(devices=0)
         home = visited_home(self.desktop)
@@ -240,22 +305,6 @@ class SetupTest(DesktopCase):
                 self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
         worker.wait_for_fetch()
         self.assertEqual(dashboard.sheets(), [])
-
-    def write_template(self, home, content):
-        folder = os.path.join(
-            home["HOME"], "Library", "Application Support", "Halvex", "VeskWorker"
-        )
-        os.makedirs(folder, exist_ok=True)
-        with open(os.path.join(folder, "localdev-worker.plist"), "wb") as file:
-            file.write(content)
-
-    def agent(self, home):
-        """What the agent file holds; None without one."""
-        path = os.path.join(home["HOME"], "Library", "LaunchAgents", LABEL + ".plist")
-        if not os.path.exists(path):
-            return None
-        with open(path, "rb") as file:
-            return file.read()
 
     def test_start_at_login(self):
         worker = self.worker(devices=0)
@@ -303,17 +352,6 @@ class SetupTest(DesktopCase):
             dashboard.wait_until_gone(SHEET)
             self.assertEqual(self.agent(home), None if untick else good)
 
-    def assert_applying(self, dashboard):
-        """Nothing leaves the sheet while it applies."""
-        self.assertFalse(self.button(dashboard, "Applying…").has("enabled"))
-        self.assertFalse(self.button(dashboard, "Back").has("enabled"))
-        self.person.key("Escape")
-        self.person.key("Return")
-        self.click(dashboard, "Skip setup")
-        self.click(dashboard, "Applying…")
-        self.click(dashboard, "Back")
-        self.close_by_window_manager(dashboard)
-
     def test_every_fault_while_applying(self):
         worker = self.worker()
         worker.show_slots(bay(1), deep_scan_enabled=True)
@@ -344,30 +382,6 @@ class SetupTest(DesktopCase):
         self.person.key("Return")
         dashboard.wait_until_gone(SHEET)
         self.assertEqual(worker.changes(), [(PATH, RESUME)] * (len(faults) + 2))
-        self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
-
-    def test_worker_goes_away_while_applying(self):
-        worker = self.worker()
-        home = visited_home(self.desktop)
-        dashboard = self.opened(worker, home=home)
-        self.go_to_last_page(dashboard)
-        port = worker.port
-        worker.arm(path="services", late=60)
-        self.click(dashboard, APPLY)
-        wait_for("the change at the worker", worker.changes)
-        worker.stop()
-        dashboard.alert(FAILED)
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
-        self.dismiss(dashboard)
-        self.wait_for_apply(dashboard)
-
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
-        worker = self.worker(port=port, devices=0)
-        dashboard.wait_until_live()
-        self.assertEqual(dashboard.sheets(), [SHEET])
-        self.click(dashboard, APPLY)
-        dashboard.wait_until_gone(SHEET)
-        self.assertEqual(worker.changes(), [(PATH, RESUME)])
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
 
     def test_service_that_cannot_be_started(self):
@@ -412,37 +426,8 @@ class SetupTest(DesktopCase):
         dashboard.wait_for_text("Detailed analysis paused")
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
 
-    def opened_without_a_service(self):
-        """On the last page; gives the dashboard and the port that it looks at."""
-        worker = self.worker()
-        worker.stop()
-        dashboard = self.dashboard(worker.port, "--setup")
-        dashboard.wait_for_text("● SERVICE STOPPED")
-        dashboard.sheet(SHEET)
-        self.go_to_last_page(dashboard)
-        return dashboard, worker.port
 
-    def test_a_second_space_while_applying(self):
-        worker = self.worker(devices=0)
-        dashboard = self.opened(worker)
-        self.go_to_last_page(dashboard)
-        box = dashboard.control("check box", DEEP)
-        worker.arm(path="services", count=1, late=2)
-        self.person.tab_to(dashboard, "push button", APPLY)
-        for _press in range(2):
-            self.person.key("space")
-        wait_for("the change at the worker", worker.changes)
-        for title in ("Applying…", "Back", "Skip setup"):
-            self.assertFalse(self.button(dashboard, title).has("enabled"), title)
-        for name in (DEEP, LOGIN):
-            self.assertFalse(dashboard.control("check box", name).has("enabled"), name)
-        self.wait_for_focus(dashboard, "dialog", SHEET)
-        self.person.key("Tab")
-        self.person.key("space")
-        self.assertTrue(box.has("checked"))
-        dashboard.wait_until_gone(SHEET)
-        self.assertEqual(worker.changes(), [(PATH, RESUME)])
-
+class SetupAlertsTest(SetupCase):
     def test_an_alert_outlives_the_sheet(self):
         dashboard, port = self.opened_without_a_service()
         self.click(dashboard, APPLY)
@@ -510,26 +495,47 @@ class SetupTest(DesktopCase):
         windows.press_close(alert)
         dashboard.wait_until_gone(ALERT)
 
-    def test_over_the_settings(self):
+    def test_a_second_space_while_applying(self):
+        worker = self.worker(devices=0)
+        dashboard = self.opened(worker)
+        self.go_to_last_page(dashboard)
+        box = dashboard.control("check box", DEEP)
+        worker.arm(path="services", count=1, late=2)
+        self.person.tab_to(dashboard, "push button", APPLY)
+        for _press in range(2):
+            self.person.key("space")
+        wait_for("the change at the worker", worker.changes)
+        for title in ("Applying…", "Back", "Skip setup"):
+            self.assertFalse(self.button(dashboard, title).has("enabled"), title)
+        for name in (DEEP, LOGIN):
+            self.assertFalse(dashboard.control("check box", name).has("enabled"), name)
+        self.wait_for_focus(dashboard, "dialog", SHEET)
+        self.person.key("Tab")
+        self.person.key("space")
+        self.assertTrue(box.has("checked"))
+        dashboard.wait_until_gone(SHEET)
+        self.assertEqual(worker.changes(), [(PATH, RESUME)])
+
+    def test_worker_goes_away_while_applying(self):
         worker = self.worker()
-        host = self.tray_host()
-        dashboard = self.live_dashboard(worker)
-        for way_out in (lambda: self.person.key("Escape"),
-                        lambda: self.click(dashboard, "Skip setup"),
-                        lambda: self.close_by_window_manager(dashboard)):
-            self.click(dashboard, "Settings")
-            dashboard.sheet(SETTINGS)
-            host.item().menu.choose("Setup…")
-            # A window manager need not give the keyboard to what a person did not click for.
-            heading = dashboard.control("label", "A little more intelligence. Locally.")
-            self.person.click(heading)
-            dashboard.sheet(SHEET)
-            self.wait_for_focus(dashboard, "radio button", "Basic")
-            way_out()
-            dashboard.wait_until_gone(SHEET)
-            dashboard.sheet(SETTINGS)
-            self.wait_for_focus(dashboard, "radio button", "Automatic")
-            self.person.key("Escape")
-            dashboard.wait_until_gone(SETTINGS)
-            window = dashboard.window()
-            wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        home = visited_home(self.desktop)
+        dashboard = self.opened(worker, home=home)
+        self.go_to_last_page(dashboard)
+        port = worker.port
+        worker.arm(path="services", late=60)
+        self.click(dashboard, APPLY)
+        wait_for("the change at the worker", worker.changes)
+        worker.stop()
+        dashboard.alert(FAILED)
+        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.dismiss(dashboard)
+        self.wait_for_apply(dashboard)
+
+        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        worker = self.worker(port=port, devices=0)
+        dashboard.wait_until_live()
+        self.assertEqual(dashboard.sheets(), [SHEET])
+        self.click(dashboard, APPLY)
+        dashboard.wait_until_gone(SHEET)
+        self.assertEqual(worker.changes(), [(PATH, RESUME)])
+        self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")

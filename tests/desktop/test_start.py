@@ -1,5 +1,6 @@
 """From the start to the first live state, and what is shown around it."""
 
+import os
 import re
 import time
 
@@ -208,6 +209,8 @@ class StartTest(DesktopCase):
         home = self.desktop.home_environment("newcomer")
         first = self.dashboard(worker.port, home=home)
         wait_for("the setup sheet", lambda: self.setup_is_shown(first))
+        preferences = os.path.join(home["XDG_CONFIG_HOME"], "Halvex", "VeskWorkerControl.conf")
+        wait_for("the visit in the preferences", lambda: os.path.exists(preferences))
         first.stop()
         worker.clear_requests()
         worker.show_slots(BUSY)

@@ -1,4 +1,5 @@
 #include "model/Bays.h"
+#include "tests/TestProgram.h"
 
 #include <QTest>
 
@@ -113,5 +114,5 @@ void BaysTest::equality() {
 
 } // namespace vesk
 
-QTEST_APPLESS_MAIN(vesk::BaysTest)
+VESK_TEST(vesk::BaysTest)
 #include "BaysTest.moc"

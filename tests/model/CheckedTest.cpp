@@ -1,4 +1,5 @@
 #include "model/Checked.h"
+#include "tests/TestProgram.h"
 
 #include <QProcess>
 #include <QTest>
@@ -130,7 +131,7 @@ void CheckedTest::fatal() {
     QFETCH(const QString, name);
     QFETCH(const QByteArray, message);
     QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {name});
+    child.start(QCoreApplication::applicationFilePath(), {u"CheckedTest"_s, name});
     QVERIFY2(child.waitForFinished(), qPrintable(child.errorString()));
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
     QCOMPARE(child.exitCode(), SIGABRT);
@@ -138,17 +139,17 @@ void CheckedTest::fatal() {
     QCOMPARE(child.readAllStandardOutput(), QByteArray());
 }
 
-} // namespace vesk
-
-int main(int argc, char** argv) {
-    for (const vesk::FatalCall& fatal : vesk::fatalCalls) {
+static int runOrEnd(int argc, char* argv[]) {
+    for (const FatalCall& fatal : fatalCalls) {
         if (argc == 2 && qstrcmp(argv[1], fatal.name) == 0) {
             return static_cast<int>(fatal.call());
         }
     }
-    const QCoreApplication application(argc, argv);
-    vesk::CheckedTest test;
-    return QTest::qExec(&test, argc, argv);
+    return runUnder<QCoreApplication, CheckedTest>(argc, argv);
 }
+
+} // namespace vesk
+
+VESK_TEST_RUN(vesk::CheckedTest, vesk::runOrEnd)
 
 #include "CheckedTest.moc"

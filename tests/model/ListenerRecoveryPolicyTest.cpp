@@ -1,4 +1,5 @@
 #include "model/ListenerRecoveryPolicy.h"
+#include "tests/TestProgram.h"
 
 #include <QTest>
 
@@ -136,5 +137,5 @@ void ListenerRecoveryPolicyTest::thresholds() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ListenerRecoveryPolicyTest)
+VESK_TEST(vesk::ListenerRecoveryPolicyTest)
 #include "ListenerRecoveryPolicyTest.moc"

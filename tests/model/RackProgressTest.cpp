@@ -1,4 +1,5 @@
 #include "model/RackProgress.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 
@@ -308,5 +309,5 @@ void RackProgressTest::equality() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::RackProgressTest)
+VESK_TEST(vesk::RackProgressTest)
 #include "RackProgressTest.moc"

@@ -1,4 +1,5 @@
 #include "model/RefreshPolicy.h"
+#include "tests/TestProgram.h"
 
 #include <QTest>
 
@@ -147,5 +148,5 @@ void RefreshPolicyTest::threshold() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::RefreshPolicyTest)
+VESK_TEST(vesk::RefreshPolicyTest)
 #include "RefreshPolicyTest.moc"

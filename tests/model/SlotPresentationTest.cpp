@@ -1,4 +1,5 @@
 #include "model/SlotPresentation.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 
@@ -481,5 +482,5 @@ void SlotPresentationTest::equality() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::SlotPresentationTest)
+VESK_TEST(vesk::SlotPresentationTest)
 #include "SlotPresentationTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 
 #include <QTest>
@@ -246,5 +247,5 @@ void HealthReaderTest::backendReady() {
 
 } // namespace vesk
 
-QTEST_APPLESS_MAIN(vesk::HealthReaderTest)
+VESK_TEST(vesk::HealthReaderTest)
 #include "HealthReaderTest.moc"

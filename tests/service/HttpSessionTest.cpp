@@ -1,4 +1,5 @@
-#include "HttpPeer.h"
+#include "tests/TestProgram.h"
+#include "tests/service/HttpPeer.h"
 
 #include "service/HttpSession.h"
 #include "tests/tools/KeptPort.h"
@@ -486,5 +487,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(HttpSessionTest)
+VESK_TEST(HttpSessionTest)
 #include "HttpSessionTest.moc"

@@ -1,4 +1,5 @@
 #include "service/LenientReader.h"
+#include "tests/TestProgram.h"
 
 #include <QTest>
 
@@ -241,5 +242,5 @@ void LenientReaderTest::onlyDictionariesAreRead() {
 
 } // namespace vesk
 
-QTEST_APPLESS_MAIN(vesk::LenientReaderTest)
+VESK_TEST(vesk::LenientReaderTest)
 #include "LenientReaderTest.moc"

@@ -1,4 +1,5 @@
 #include "service/ServiceRequest.h"
+#include "tests/TestProgram.h"
 
 #include <QTest>
 
@@ -55,5 +56,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(ServiceRequestTest)
+VESK_TEST(ServiceRequestTest)
 #include "ServiceRequestTest.moc"

@@ -1,5 +1,5 @@
 #include "tests/simulation/SimulatedExchange.h"
-#include "tests/simulation/VirtualTimeMain.h"
+#include "tests/simulation/VirtualTimeRun.h"
 
 #include "service/BackendCheck.h"
 #include "service/DeepJobSwitch.h"
@@ -271,5 +271,5 @@ private slots:
     }
 };
 
-VESK_VIRTUAL_TIME_MAIN(QCoreApplication, SupervisionTest)
+VESK_VIRTUAL_TIME_TEST(QCoreApplication, SupervisionTest)
 #include "SupervisionTest.moc"

@@ -1,4 +1,4 @@
-#include "VirtualTimeMain.h"
+#include "tests/simulation/VirtualTimeRun.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
@@ -97,5 +97,5 @@ private:
     static VirtualTime& time() { return VirtualTime::instance(); }
 };
 
-VESK_VIRTUAL_TIME_MAIN(QCoreApplication, VirtualTimeTest)
+VESK_VIRTUAL_TIME_TEST(QCoreApplication, VirtualTimeTest)
 #include "VirtualTimeTest.moc"

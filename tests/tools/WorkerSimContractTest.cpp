@@ -1,6 +1,7 @@
 #include "model/RackProgress.h"
 #include "model/SlotPresentation.h"
 #include "service/HealthReader.h"
+#include "tests/TestProgram.h"
 #include "tools/worker-sim/Json.h"
 #include "tools/worker-sim/Rack.h"
 #include "ui/texts/SettingsPresentation.h"
@@ -24,7 +25,7 @@ namespace {
 
 /// Shorter than any phase lasts.
 constexpr Seconds glance{0.4};
-constexpr int glances = 1500;
+constexpr int glances = 500;
 
 QByteArray bytesOf(const json& document) {
     return QByteArray::fromStdString(sim::textOf(document));
@@ -422,7 +423,7 @@ private slots:
 
     void everyModeIsOneToChoose() {
         std::set<Mode> modes;
-        for (int index = 0; index < static_cast<int>(performanceModes.size()); ++index) {
+        for (std::size_t index = 0; index < performanceModes.size(); ++index) {
             const auto mode = sim::modeFromName(performanceModes.at(index).toStdString());
             QVERIFY(mode);
             modes.insert(*mode);
@@ -450,5 +451,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(WorkerSimContractTest)
+VESK_TEST(WorkerSimContractTest)
 #include "WorkerSimContractTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/tools/SimFixture.h"
 
 #include <QTest>
@@ -555,5 +556,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(WorkerSimFaultTest)
+VESK_TEST(WorkerSimFaultTest)
 #include "WorkerSimFaultTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/tools/SimFixture.h"
 
 #include <QSet>
@@ -277,5 +278,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(WorkerSimHttpTest)
+VESK_TEST(WorkerSimHttpTest)
 #include "WorkerSimHttpTest.moc"

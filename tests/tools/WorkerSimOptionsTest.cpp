@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tools/worker-sim/Options.h"
 
 #include <QTest>
@@ -100,5 +101,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(WorkerSimOptionsTest)
+VESK_TEST(WorkerSimOptionsTest)
 #include "WorkerSimOptionsTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tools/worker-sim/Rack.h"
 
 #include <nlohmann/json.hpp>
@@ -359,5 +360,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(WorkerSimRackTest)
+VESK_TEST(WorkerSimRackTest)
 #include "WorkerSimRackTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/card/WorkerCardView.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
@@ -7,6 +8,7 @@
 #include "ui/kit/WrappedLabel.h"
 #include "ui/texts/WorkerCard.h"
 
+#include <QApplication>
 #include <QTest>
 
 namespace vesk {
@@ -162,5 +164,5 @@ void WorkerCardViewTest::rewritesAll() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::WorkerCardViewTest)
+VESK_WIDGET_TEST(vesk::WorkerCardViewTest)
 #include "WorkerCardViewTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/dashboard/CompactPanelView.h"
+#include "tests/TestProgram.h"
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 #include "tests/ui/kit/Widgets.h"
@@ -6,6 +7,7 @@
 #include "ui/kit/Meter.h"
 #include "ui/kit/Theme.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QHelpEvent>
 #include <QImage>
@@ -460,5 +462,5 @@ void CompactPanelViewTest::changedTextsLeaveTheLayoutAlone() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::CompactPanelViewTest)
+VESK_WIDGET_TEST(vesk::CompactPanelViewTest)
 #include "CompactPanelViewTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/dashboard/DashboardWindow.h"
+#include "tests/TestProgram.h"
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/kit/ElidedLabel.h"
 #include "ui/kit/Meter.h"
@@ -289,5 +290,5 @@ void DashboardWindowTest::visibilityIsTold() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::DashboardWindowTest)
+VESK_WIDGET_TEST(vesk::DashboardWindowTest)
 #include "DashboardWindowTest.moc"

@@ -1,6 +1,8 @@
 #include "ui/kit/Alert.h"
+#include "tests/TestProgram.h"
 #include "ui/kit/GlyphView.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
@@ -129,5 +131,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(AlertTest)
+VESK_WIDGET_TEST(AlertTest)
 #include "AlertTest.moc"

@@ -1,7 +1,9 @@
 #include "ui/kit/AppIcon.h"
+#include "tests/TestProgram.h"
 #include "ui/kit/Glyph.h"
 #include "ui/kit/Theme.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -96,5 +98,5 @@ void AppIconTest::glyphs() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::AppIconTest)
+VESK_WIDGET_TEST(vesk::AppIconTest)
 #include "AppIconTest.moc"

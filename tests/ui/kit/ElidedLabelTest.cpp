@@ -1,4 +1,5 @@
 #include "ui/kit/ElidedLabel.h"
+#include "tests/TestProgram.h"
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 
@@ -398,5 +399,5 @@ void ElidedLabelTest::withoutFillingTheWidthItTakesThatOfItsText() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::ElidedLabelTest)
+VESK_WIDGET_TEST(vesk::ElidedLabelTest)
 #include "ElidedLabelTest.moc"

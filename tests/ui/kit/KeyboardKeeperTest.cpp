@@ -1,4 +1,5 @@
 #include "ui/kit/KeyboardKeeper.h"
+#include "tests/TestProgram.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -113,5 +114,5 @@ void KeyboardKeeperTest::aControlInsideCounts() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::KeyboardKeeperTest)
+VESK_WIDGET_TEST(vesk::KeyboardKeeperTest)
 #include "KeyboardKeeperTest.moc"

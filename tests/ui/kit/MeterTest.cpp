@@ -1,9 +1,11 @@
 #include "ui/kit/Meter.h"
+#include "tests/TestProgram.h"
 #include "tests/ui/kit/Contrast.h"
 #include "tests/ui/kit/PaintCounter.h"
 #include "ui/kit/Theme.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QImage>
 #include <QTest>
 
@@ -143,5 +145,5 @@ void MeterTest::sameValueRepaintsNothing() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::MeterTest)
+VESK_WIDGET_TEST(vesk::MeterTest)
 #include "MeterTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "ui/kit/Alert.h"
 #include "ui/kit/Sheet.h"
 #include "ui/kit/ViewKit.h"
@@ -133,5 +134,5 @@ void ModalDialogTest::anAlertGoesWithTheLastWindow() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::ModalDialogTest)
+VESK_WIDGET_TEST(vesk::ModalDialogTest)
 #include "ModalDialogTest.moc"

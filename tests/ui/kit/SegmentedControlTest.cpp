@@ -1,10 +1,12 @@
 #include "ui/kit/SegmentedControl.h"
+#include "tests/TestProgram.h"
 
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/Segment.h"
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -247,5 +249,5 @@ void SegmentedControlTest::looksDifferentInEachState() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::SegmentedControlTest)
+VESK_WIDGET_TEST(vesk::SegmentedControlTest)
 #include "SegmentedControlTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/kit/Theme.h"
+#include "tests/TestProgram.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -219,5 +220,5 @@ void ThemeTest::nothingIsAnimated() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::ThemeTest)
+VESK_WIDGET_TEST(vesk::ThemeTest)
 #include "ThemeTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/kit/ViewKit.h"
+#include "tests/TestProgram.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QAccessible>
@@ -268,5 +269,5 @@ void ViewKitTest::titlesAreVerbatim() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::ViewKitTest)
+VESK_WIDGET_TEST(vesk::ViewKitTest)
 #include "ViewKitTest.moc"

@@ -1,9 +1,11 @@
 #include "ui/kit/WrappedLabel.h"
+#include "tests/TestProgram.h"
 
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -120,5 +122,5 @@ void WrappedLabelTest::textOfTheSameHeightLeavesTheLayoutAlone() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::WrappedLabelTest)
+VESK_WIDGET_TEST(vesk::WrappedLabelTest)
 #include "WrappedLabelTest.moc"

@@ -1,4 +1,5 @@
 #include "ui/settings/PerformanceSettings.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
@@ -7,6 +8,7 @@
 #include "ui/kit/ThemeStyle.h"
 #include "ui/settings/SettingsController.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QTest>
 
@@ -344,5 +346,5 @@ void PerformanceSettingsTest::goesWithItsWindow() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::PerformanceSettingsTest)
+VESK_WIDGET_TEST(vesk::PerformanceSettingsTest)
 #include "PerformanceSettingsTest.moc"

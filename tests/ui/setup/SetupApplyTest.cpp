@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "ui/setup/SetupWizard.h"
 
 #include "tests/ui/kit/Widgets.h"
@@ -6,6 +7,7 @@
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QPointer>
@@ -471,5 +473,5 @@ void SetupApplyTest::lateRenderKeepsTheTitle() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::SetupApplyTest)
+VESK_WIDGET_TEST(vesk::SetupApplyTest)
 #include "SetupApplyTest.moc"

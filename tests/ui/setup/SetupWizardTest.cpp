@@ -1,4 +1,5 @@
 #include "ui/setup/SetupWizard.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
@@ -8,6 +9,7 @@
 #include "ui/kit/ThemeStyle.h"
 #include "ui/texts/SetupPages.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QPointer>
@@ -393,5 +395,5 @@ void SetupWizardTest::plainTextsOnly() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::SetupWizardTest)
+VESK_WIDGET_TEST(vesk::SetupWizardTest)
 #include "SetupWizardTest.moc"

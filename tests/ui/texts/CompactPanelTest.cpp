@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 #include "tests/ui/texts/Described.h"
 
@@ -330,5 +331,5 @@ void CompactPanelTest::numbersIgnoreTheLocale() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::CompactPanelTest)
+VESK_TEST(vesk::CompactPanelTest)
 #include "CompactPanelTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 #include "ui/texts/CompactPanel.h"
 
@@ -224,5 +225,5 @@ void CompactRowsTest::cooldownCap() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::CompactRowsTest)
+VESK_TEST(vesk::CompactRowsTest)
 #include "CompactRowsTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 #include "tests/ui/texts/Described.h"
 
@@ -366,5 +367,5 @@ void DashboardTest::numbersIgnoreTheLocale() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::DashboardTest)
+VESK_TEST(vesk::DashboardTest)
 #include "DashboardTest.moc"

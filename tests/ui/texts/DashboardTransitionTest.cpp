@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/ui/texts/Described.h"
 
 #include <QTest>
@@ -174,5 +175,5 @@ void DashboardTransitionTest::unchangedPolicyShowsTheConfirmedValue() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::DashboardTransitionTest)
+VESK_TEST(vesk::DashboardTransitionTest)
 #include "DashboardTransitionTest.moc"

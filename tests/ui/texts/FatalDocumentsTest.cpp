@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 #include "ui/texts/CompactPanel.h"
 
@@ -79,7 +80,7 @@ void FatalDocumentsTest::endsWithAMessage() {
     QProcess child;
     child.start(
         QCoreApplication::applicationFilePath(),
-        {QString::fromLatin1(showArgument), QString::fromUtf8(document)});
+        {u"FatalDocumentsTest"_s, QString::fromLatin1(showArgument), QString::fromUtf8(document)});
     QVERIFY(child.waitForFinished());
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
     QCOMPARE(child.readAllStandardError(), message);
@@ -123,7 +124,7 @@ void FatalDocumentsTest::isShown() {
     QProcess child;
     child.start(
         QCoreApplication::applicationFilePath(),
-        {QString::fromLatin1(showArgument), QString::fromUtf8(document)});
+        {u"FatalDocumentsTest"_s, QString::fromLatin1(showArgument), QString::fromUtf8(document)});
     QVERIFY(child.waitForFinished());
     QCOMPARE(child.readAllStandardError(), QByteArray());
     QCOMPARE(child.readAllStandardOutput(), shown);
@@ -131,15 +132,15 @@ void FatalDocumentsTest::isShown() {
     QCOMPARE(child.exitCode(), 0);
 }
 
+static int showOrTest(int argc, char* argv[]) {
+    if (argc == 3 && qstrcmp(argv[1], showArgument) == 0) {
+        return show(argv[2]);
+    }
+    return runUnder<QCoreApplication, FatalDocumentsTest>(argc, argv);
+}
+
 } // namespace vesk
 
-int main(int argc, char* argv[]) {
-    if (argc == 3 && qstrcmp(argv[1], vesk::showArgument) == 0) {
-        return vesk::show(argv[2]);
-    }
-    const QCoreApplication application(argc, argv);
-    vesk::FatalDocumentsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+VESK_TEST_RUN(vesk::FatalDocumentsTest, vesk::showOrTest)
 
 #include "FatalDocumentsTest.moc"

@@ -1,5 +1,6 @@
 #include "model/RackProgress.h"
 #include "model/SlotPresentation.h"
+#include "tests/TestProgram.h"
 #include "tests/service/Documents.h"
 #include "tests/ui/texts/Described.h"
 #include "tests/ui/texts/MistypedDocument.h"
@@ -20,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int documents = 10'000;
+constexpr int documents = 1'000;
 constexpr quint32 firstSeed = 20'240'613;
 
 ServiceFacts factsOf(const QJsonObject& document, bool online, quint32 flags) {
@@ -295,5 +296,5 @@ void HostileDocumentsTest::documentsAreVaried() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::HostileDocumentsTest)
+VESK_TEST(vesk::HostileDocumentsTest)
 #include "HostileDocumentsTest.moc"

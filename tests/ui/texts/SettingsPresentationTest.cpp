@@ -1,4 +1,5 @@
 #include "ui/texts/SettingsPresentation.h"
+#include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
 #include "tests/ui/texts/HostileDocument.h"
@@ -125,7 +126,7 @@ void SettingsPresentationTest::neverFails() {
     HostileDocument hostile(
         20, {u"activity_policy"_s, u"performance_mode"_s, u"thermal_state"_s, u"reason"_s,
              u"effective_duty_percent"_s, u"effective_workers"_s, u"configured_workers"_s});
-    for (int round = 0; round < 10'000; ++round) {
+    for (int round = 0; round < 1'000; ++round) {
         const HealthDocument document = healthOf(hostile.object());
         for (const bool online : {false, true}) {
             const SettingsPresentation shown(document, {.online = online});
@@ -140,5 +141,5 @@ void SettingsPresentationTest::neverFails() {
 
 } // namespace vesk
 
-QTEST_APPLESS_MAIN(vesk::SettingsPresentationTest)
+VESK_TEST(vesk::SettingsPresentationTest)
 #include "SettingsPresentationTest.moc"

@@ -1,8 +1,10 @@
 #include "ui/tray/StatusNotifierItem.h"
+#include "tests/TestProgram.h"
 #include "ui/tray/StatusNotifierHost.h"
 #include "ui/tray/StatusNotifierNames.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -450,5 +452,5 @@ void StatusNotifierItemTest::withoutABus() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::StatusNotifierItemTest)
+VESK_WIDGET_TEST(vesk::StatusNotifierItemTest)
 #include "StatusNotifierItemTest.moc"

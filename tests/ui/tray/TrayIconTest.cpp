@@ -1,8 +1,10 @@
 #include "ui/tray/TrayIcon.h"
+#include "tests/TestProgram.h"
 
 #include "tests/ui/kit/Contrast.h"
 #include "ui/kit/Theme.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QSet>
@@ -162,5 +164,5 @@ void TrayIconTest::everyCountLooksDifferent() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::TrayIconTest)
+VESK_WIDGET_TEST(vesk::TrayIconTest)
 #include "TrayIconTest.moc"

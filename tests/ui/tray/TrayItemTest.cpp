@@ -1,4 +1,5 @@
 #include "ui/tray/TrayItem.h"
+#include "tests/TestProgram.h"
 #include "ui/tray/TrayHost.h"
 
 #include <QAction>
@@ -320,5 +321,5 @@ void TrayItemTest::clickOpens() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::TrayItemTest)
+VESK_WIDGET_TEST(vesk::TrayItemTest)
 #include "TrayItemTest.moc"

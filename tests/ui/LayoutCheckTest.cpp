@@ -1,9 +1,11 @@
 #include "tools/gallery/LayoutCheck.h"
+#include "tests/TestProgram.h"
 
 #include "tools/gallery/Gallery.h"
 #include "ui/kit/ViewKit.h"
 #include "ui/kit/WrappedLabel.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QLabel>
 #include <QTemporaryDir>
@@ -188,5 +190,5 @@ void LayoutCheckTest::galleryNamesPictureAndWidget() {
 
 } // namespace vesk
 
-QTEST_MAIN(vesk::LayoutCheckTest)
+VESK_WIDGET_TEST(vesk::LayoutCheckTest)
 #include "LayoutCheckTest.moc"

@@ -4,8 +4,9 @@
 #include "app/Control.h"
 #include "service/HealthReader.h"
 #include "service/HttpSession.h"
-#include "tests/agent/PrivateManager.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
+#include "tests/programs/PrivateManager.h"
 #include "tests/tools/KeptPort.h"
 
 #include <QApplication>
@@ -63,7 +64,7 @@ private:
         QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QFile::WriteOnly));
         file.write(agentPropertyList(
             "<key>KeepAlive</key><true/><key>ThrottleInterval</key><integer>1</integer>"
-            "<key>ProgramArguments</key><array><string>" VESK_WORKER
+            "<key>ProgramArguments</key><array><string>" VESK_WORKER_SIM
             "</string><string>--port</string><string>"
             + QByteArray::number(port_.number()) + "</string></array>"));
     }
@@ -140,5 +141,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(ControlManagedTest)
+VESK_WIDGET_TEST(ControlManagedTest)
 #include "ControlManagedTest.moc"

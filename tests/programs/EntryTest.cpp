@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/HomeFolder.h"
 #include "app/InstanceLock.h"
+#include "tests/TestProgram.h"
 
 #include <QFile>
 #include <QProcess>
@@ -38,7 +39,7 @@ runProduct(const QString& home, const QStringList& arguments, const QString& out
     environment.remove(u"DISPLAY"_s);
     environment.remove(u"QT_QPA_PLATFORM"_s);
     product.setProcessEnvironment(environment);
-    product.start(QStringLiteral(VESK_PRODUCT), arguments);
+    product.start(QStringLiteral(VESK_DASHBOARD), arguments);
     if (!product.waitForFinished(20000)) {
         product.kill();
         product.waitForFinished();
@@ -186,5 +187,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(EntryTest)
+VESK_TEST(EntryTest)
 #include "EntryTest.moc"

@@ -1,4 +1,4 @@
-#include "tests/agent/CutCalls.h"
+#include "tests/programs/CutCalls.h"
 
 #include "agent/Descriptor.h"
 

@@ -1,5 +1,6 @@
 #include "agent/systemd/AgentGenerator.h"
 #include "agent/systemd/ServiceUnit.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 
 #include <QDir>
@@ -151,5 +152,5 @@ void AgentGeneratorTest::program() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::AgentGeneratorTest)
+VESK_TEST(vesk::AgentGeneratorTest)
 #include "AgentGeneratorTest.moc"

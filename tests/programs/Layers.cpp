@@ -1,4 +1,4 @@
-#include "tests/layers/Layers.h"
+#include "tests/programs/Layers.h"
 
 #include <QDir>
 #include <QRegularExpression>

@@ -1,4 +1,5 @@
-#include "tests/layers/Layers.h"
+#include "tests/programs/Layers.h"
+#include "tests/TestProgram.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -198,5 +199,5 @@ void LayersTest::everyViolationIsTold() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::LayersTest)
+VESK_TEST(vesk::LayersTest)
 #include "LayersTest.moc"

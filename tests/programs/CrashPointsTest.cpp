@@ -1,8 +1,9 @@
 #include "agent/LoginItem.h"
 #include "agent/systemd/ServiceUnit.h"
 #include "app/PreferencesFormat.h"
-#include "tests/agent/CutCalls.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
+#include "tests/programs/CutCalls.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -323,5 +324,5 @@ void CrashPointsTest::preferences() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::CrashPointsTest)
+VESK_TEST(vesk::CrashPointsTest)
 #include "CrashPointsTest.moc"

@@ -5,9 +5,10 @@
 #include "agent/ServiceTarget.h"
 #include "agent/systemd/ServiceUnit.h"
 #include "model/ListenerRecoveryPolicy.h"
+#include "tests/TestProgram.h"
 #include "tests/agent/CountedTool.h"
-#include "tests/agent/PrivateManager.h"
 #include "tests/agent/PropertyListSamples.h"
+#include "tests/programs/PrivateManager.h"
 
 #include <QDir>
 #include <QFile>
@@ -822,5 +823,5 @@ void ManagedServiceTest::managerGone() {
 
 } // namespace vesk
 
-QTEST_GUILESS_MAIN(vesk::ManagedServiceTest)
+VESK_TEST(vesk::ManagedServiceTest)
 #include "ManagedServiceTest.moc"

@@ -1,3 +1,4 @@
+#include "tests/TestProgram.h"
 #include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 
@@ -187,5 +188,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(WorkerSimProgramTest)
+VESK_TEST(WorkerSimProgramTest)
 #include "WorkerSimProgramTest.moc"

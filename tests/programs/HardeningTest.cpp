@@ -1,3 +1,5 @@
+#include "tests/TestProgram.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -138,5 +140,5 @@ void HardeningTest::everySourceIsCompiledSo() {
     }
 }
 
-QTEST_GUILESS_MAIN(HardeningTest)
+VESK_TEST(HardeningTest)
 #include "HardeningTest.moc"

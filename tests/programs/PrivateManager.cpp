@@ -1,4 +1,4 @@
-#include "tests/agent/PrivateManager.h"
+#include "tests/programs/PrivateManager.h"
 
 #include <QDir>
 #include <QFile>
