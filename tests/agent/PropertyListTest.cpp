@@ -341,7 +341,7 @@ void PropertyListTest::smallFileThatMeansGigabytes() {
     QElapsedTimer time;
     time.start();
     QVERIFY(fails(bytes));
-    QVERIFY2(time.elapsed() < 1000, qPrintable(QString::number(time.elapsed())));
+    QVERIFY2(time.elapsed() < 5'000, qPrintable(QString::number(time.elapsed())));
 }
 
 } // namespace vesk
