@@ -37,9 +37,24 @@ inline QByteArray binaryPropertyList() {
 inline QByteArray bigEndian(quint64 value, int bytes) {
     QByteArray text;
     while (--bytes >= 0) {
-        text += static_cast<char>(value >> (8 * bytes));
+        text += static_cast<char>(bytes < 8 ? value >> (8 * bytes) : 0);
     }
     return text;
+}
+
+/// What the end of a binary property list says about the rest.
+struct BinaryTrailer {
+    int offsetBytes = 1;
+    int referenceBytes = 1;
+    quint64 values = 1;
+    quint64 top = 0;
+    quint64 table = 0; ///< where the offsets begin
+};
+
+inline QByteArray bytesOf(const BinaryTrailer& trailer) {
+    return QByteArray(6, '\0') + static_cast<char>(trailer.offsetBytes)
+           + static_cast<char>(trailer.referenceBytes) + bigEndian(trailer.values, 8)
+           + bigEndian(trailer.top, 8) + bigEndian(trailer.table, 8);
 }
 
 /// A binary property list of these values, each with its marker, the first at the top. References
@@ -51,10 +66,12 @@ inline QByteArray binaryPropertyListOf(const QByteArrayList& values) {
         offsets += bigEndian(static_cast<quint64>(list.size()), 4);
         list += value;
     }
-    const auto table = static_cast<quint64>(list.size());
-    return list + offsets + QByteArray(6, '\0') + bigEndian(4, 1) + bigEndian(2, 1)
-           + bigEndian(static_cast<quint64>(values.size()), 8) + bigEndian(0, 8)
-           + bigEndian(table, 8);
+    return list + offsets
+           + bytesOf(
+               {.offsetBytes = 4,
+                .referenceBytes = 2,
+                .values = static_cast<quint64>(values.size()),
+                .table = static_cast<quint64>(list.size())});
 }
 
 /// A binary property list of collections within each other, each `copies` times in the one around

@@ -48,6 +48,8 @@ private slots:
     void binaryValues();
     void refused_data();
     void refused();
+    void boundsOfTheTrailer_data();
+    void boundsOfTheTrailer();
     void truncatedXml();
     void truncatedBinary();
     void damagedBinary();
@@ -277,6 +279,42 @@ void PropertyListTest::refused_data() {
 void PropertyListTest::refused() {
     QFETCH(const QByteArray, bytes);
     QVERIFY(fails(bytes));
+}
+
+void PropertyListTest::boundsOfTheTrailer_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("good");
+
+    // "bplist00" is 8 bytes; behind it the values, their offsets and the trailer.
+    const auto row = [](const char* name, const QByteArray& middle, const BinaryTrailer& trailer,
+                        bool good) {
+        QTest::newRow(name) << "bplist00" + middle + bytesOf(trailer) << good;
+    };
+    const QByteArray truth = "\x09";
+    const QByteArray list = "\xa1";
+    row("narrowest offset", truth + bigEndian(8, 1), {.table = 9}, true);
+    row("widest offset", truth + bigEndian(8, 8), {.offsetBytes = 8, .table = 9}, true);
+    row("no offset", truth, {.offsetBytes = 0, .table = 9}, false);
+    row("offset too wide", truth + bigEndian(8, 9), {.offsetBytes = 9, .table = 9}, false);
+    row("narrowest reference", list + bigEndian(1, 1) + truth + bigEndian(8, 1) + bigEndian(10, 1),
+        {.values = 2, .table = 11}, true);
+    row("widest reference", list + bigEndian(1, 8) + truth + bigEndian(8, 1) + bigEndian(17, 1),
+        {.referenceBytes = 8, .values = 2, .table = 18}, true);
+    row("no reference", list + truth + bigEndian(8, 1) + bigEndian(9, 1),
+        {.referenceBytes = 0, .values = 2, .table = 10}, false);
+    row("reference too wide", list + bigEndian(1, 9) + truth + bigEndian(8, 1) + bigEndian(18, 1),
+        {.referenceBytes = 9, .values = 2, .table = 19}, false);
+    row("top beyond the values", truth + bigEndian(8, 1), {.top = 1, .table = 9}, false);
+    row("one value without an offset", truth + bigEndian(8, 1), {.values = 2, .table = 9}, false);
+    row("offsets at the end", truth, {.table = 9}, false);
+    // In the trailer the offset of a text would be found.
+    row("offsets in the trailer", truth, {.table = 10}, false);
+    row("value where the offsets begin", truth + bigEndian(9, 1), {.table = 9}, false);
+}
+
+void PropertyListTest::boundsOfTheTrailer() {
+    QFETCH(const QByteArray, bytes);
+    QTEST(!fails(bytes), "good");
 }
 
 void PropertyListTest::truncatedXml() {

@@ -75,7 +75,9 @@ private slots:
         QVERIFY(!parse({"p", "--self-test=1"}).selfTest());
         QVERIFY(!parse({"p"}).selfTest());
         QVERIFY(parse({"p", "8080", "--setup"}).setup());
-        QVERIFY(!parse({"p", "--Setup"}).setup());
+        for (const char* other : {"--Setup", "--setupp", "--setup=1", "-setup", "x--setup"}) {
+            QVERIFY2(!parse({"p", other}).setup(), other);
+        }
         QCOMPARE(parse({"p", "ä"}).arguments(), (QStringList{u"p"_s, u"ä"_s}));
     }
 

@@ -197,6 +197,15 @@ private slots:
             "delay");
     }
 
+    void pollsFallOnWholeSeconds() {
+        Scene scene;
+        scene.situation.attention.visible = true;
+        pass(1s - now().time_since_epoch() % 1s + 700ms);
+        scene.loop.scheduleRefresh();
+        QCOMPARE(scene.untilNextRequest(), 5'300ms);
+        QCOMPARE(scene.untilNextRequest(), 5'000ms);
+    }
+
     void readinessHasItsOwnCadence() {
         Scene scene;
         BackendCheck check(scene.client, now);

@@ -71,6 +71,7 @@ private slots:
     void init();
     void initialTexts();
     void showsThePanel();
+    void sizesOfTheTexts();
     void rowColours();
     void rackAndDevicesBeginInOneColumn();
     void metersTellTheirBay();
@@ -145,6 +146,22 @@ void CompactPanelViewTest::showsThePanel() {
     view_->show(next);
     QVERIFY(button(u"Pause deep jobs"_s) == nullptr);
     QVERIFY(!button(u"Starting…"_s)->isEnabled());
+}
+
+void CompactPanelViewTest::sizesOfTheTexts() {
+    view_->show(filledPanel());
+    const auto fontOf = [this](const QString& text) { return labelOf(*view_, text)->font(); };
+    const QFont headline = fontOf(u"2 processors working"_s);
+    QCOMPARE(headline.pixelSize(), 17);
+    QCOMPARE(headline.weight(), static_cast<int>(QFont::Bold));
+    const QFont title = fontOf(u"HALVEX / CORVALA INTELLIGENCE RACK"_s);
+    QCOMPARE(title.pixelSize(), 11);
+    QCOMPARE(title.weight(), static_cast<int>(QFont::Bold));
+    for (const QString& text :
+         {u"RACK     studio"_s, u"DEVICES  Pixel · now"_s, u"40% · 2/3 lanes"_s, u"BAY 1  ●  one"_s,
+          u"BAY 2  ○  two"_s}) {
+        QCOMPARE(fontOf(text).pixelSize(), 11);
+    }
 }
 
 void CompactPanelViewTest::rowColours() {

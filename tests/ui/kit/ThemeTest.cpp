@@ -48,6 +48,23 @@ int tinted(const QImage& image) {
     return found;
 }
 
+/// `ringed` is `plain` with a line of the accent's colour just inside of its edge.
+void verifyRing(const QImage& plain, const QImage& ringed) {
+    const QPoint middle = ringed.rect().center();
+    const int right = ringed.width() - 1;
+    const int bottom = ringed.height() - 1;
+    for (const QPoint& at :
+         {QPoint(1, middle.y()), QPoint(right - 1, middle.y()), QPoint(middle.x(), 1),
+          QPoint(middle.x(), bottom - 1)}) {
+        const QColor seen = ringed.pixelColor(at);
+        QVERIFY2(seen.green() - seen.red() > 60, qPrintable(seen.name()));
+        QVERIFY(seen.green() > 150);
+    }
+    const QRect inside = ringed.rect().adjusted(4, 4, -4, -4);
+    QCOMPARE(ringed.copy(inside), plain.copy(inside));
+    QCOMPARE(ringed.pixel(0, 0), plain.pixel(0, 0)); // round
+}
+
 } // namespace
 
 class ThemeTest final : public QObject {
@@ -63,6 +80,10 @@ private slots:
     void primaryButtonIsTinted();
     void buttonsAreLarge();
     void checkBoxStatesLookDifferent();
+    void sizeOfACheckBox();
+    void focusRingOfAButton_data();
+    void focusRingOfAButton();
+    void focusRingOfAnythingElse();
     void focusRingOfACheckBoxGoesAroundBoxAndWords();
     void nothingIsAnimated();
 };
@@ -180,6 +201,69 @@ void ThemeTest::checkBoxStatesLookDifferent() {
             QCOMPARE(tinted(image) > 20, enabled && state != Qt::Unchecked);
         }
     }
+}
+
+void ThemeTest::sizeOfACheckBox() {
+    QCheckBox box(u"Detailed analysis"_s);
+    const QImage image = drawn(box);
+    const auto isDrawn = [&image](const QRect& part) {
+        const QImage cut = image.copy(part);
+        QImage blank(cut.size(), cut.format());
+        blank.fill(Theme::background);
+        return cut != blank;
+    };
+    const auto column = [&](int x) { return isDrawn(QRect(x, 0, 1, image.height())); };
+    // The box and a gap before the words, and around them the room for a ring.
+    constexpr int ring = 5;
+    constexpr int side = 16;
+    constexpr int gap = 8;
+    for (int x = 0; x < ring + side + gap; ++x) {
+        QCOMPARE(column(x), x >= ring && x < ring + side);
+    }
+    QVERIFY(column(ring + side + gap) || column(ring + side + gap + 1));
+    const int words = box.fontMetrics().horizontalAdvance(box.text());
+    QVERIFY(qAbs(image.width() - (ring + side + gap + words + ring)) <= 1);
+    const int top = (image.height() - side) / 2;
+    QVERIFY(top >= ring);
+    for (int y = 0; y < image.height(); ++y) {
+        QCOMPARE(isDrawn(QRect(ring, y, side, 1)), y >= top && y < top + side);
+    }
+}
+
+void ThemeTest::focusRingOfAButton_data() {
+    QTest::addColumn<bool>("primary");
+
+    QTest::newRow("plain") << false;
+    QTest::newRow("primary") << true;
+}
+
+void ThemeTest::focusRingOfAButton() {
+    QFETCH(const bool, primary);
+    QPushButton button(u"Go"_s);
+    button.setProperty(primaryProperty, primary);
+    const auto picture = [&](QStyle::State more) {
+        QStyleOptionButton option;
+        option.rect = QRect(0, 0, 80, 30);
+        option.state = QStyle::State_Enabled | more;
+        QImage image(option.rect.size(), QImage::Format_RGB32);
+        image.fill(Theme::background);
+        QPainter painter(&image);
+        button.style()->drawPrimitive(QStyle::PE_PanelButtonCommand, &option, &painter, &button);
+        return image;
+    };
+    verifyRing(picture(QStyle::State_None), picture(QStyle::State_HasFocus));
+}
+
+void ThemeTest::focusRingOfAnythingElse() {
+    QStyleOption option;
+    option.rect = QRect(0, 0, 80, 30);
+    QImage plain(option.rect.size(), QImage::Format_RGB32);
+    plain.fill(Theme::background);
+    QImage ringed = plain;
+    QPainter painter(&ringed);
+    QApplication::style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter);
+    painter.end();
+    verifyRing(plain, ringed);
 }
 
 void ThemeTest::focusRingOfACheckBoxGoesAroundBoxAndWords() {

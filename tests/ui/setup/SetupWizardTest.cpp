@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
+#include <QHash>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -29,6 +30,7 @@ private slots:
     void cleanup();
 
     void sheet();
+    void sizesOfTheTexts();
     void initialChoices_data();
     void initialChoices();
     void pages_data();
@@ -105,6 +107,18 @@ void SetupWizardTest::sheet() {
     QCOMPARE(window().parentWidget(), parent_.get());
     QCOMPARE(window().size(), QSize(720, 580));
     QCOMPARE(control_->asked, QStringList());
+}
+
+void SetupWizardTest::sizesOfTheTexts() {
+    open();
+    const SetupPage page = setupPage({}, control_->lastHealth(), control_->port());
+    QHash<QString, QFont> fonts;
+    for (const auto* text : window().findChildren<TextView*>()) {
+        fonts.insert(text->text(), text->font());
+    }
+    QCOMPARE(fonts.value(page.heading).pixelSize(), 25);
+    QCOMPARE(fonts.value(page.heading).weight(), static_cast<int>(QFont::DemiBold));
+    QCOMPARE(fonts.value(page.stepLabel).pixelSize(), 11);
 }
 
 void SetupWizardTest::initialChoices_data() {
