@@ -2,7 +2,11 @@
 # Programs in the background and a virtual screen of one's own; to be sourced. Whoever does has
 # `runtime`, a short-lived folder with a short path, and calls `finish` when it ends.
 
-processes=() # everything that was started, the last one last
+# What is started ends with this shell, however that ends.
+together=()
+if command -v setpriv >/dev/null; then
+    together=(setpriv --pdeathsig TERM)
+fi
 
 # wait_until SECONDS COMMAND... fails when the command did not succeed in that time.
 wait_until() {
@@ -18,19 +22,40 @@ wait_until() {
 
 # start COMMAND... in the background, to be ended with this script.
 start() {
-    "$@" &
-    processes+=($!)
+    "${together[@]}" "$@" &
 }
 
+# Ends what was started, the last one first, and leaves no file.
 finish() {
-    local index
-    for ((index = ${#processes[@]} - 1; index >= 0; --index)); do
-        kill "${processes[index]}" 2>/dev/null || true
-        wait "${processes[index]}" 2>/dev/null || true
+    trap '' INT TERM HUP
+    local process
+    for process in $(jobs -p | tac); do
+        kill "$process" 2>/dev/null || true
+        wait "$process" 2>/dev/null || true
     done
     if [[ -n $runtime ]]; then
         rm -rf "$runtime"
     fi
+}
+
+# display_answers: whether a program could open its window on the display that the environment
+# names. A socket that a dead server has left does not.
+display_answers() {
+    perl -MIO::Socket::UNIX -MIO::Socket::INET -e '
+        my ($x, $wayland, $runtime) = map { $_ // "" } @ENV{qw(DISPLAY WAYLAND_DISPLAY XDG_RUNTIME_DIR)};
+        if ($wayland ne "") {
+            $wayland = "$runtime/$wayland" unless $wayland =~ m{^/};
+            exit 0 if IO::Socket::UNIX->new(Peer => $wayland);
+        }
+        if (my ($host, $number) = $x =~ m{^(.*):(\d+)(?:\.\d+)?$}) {
+            my $path = $host =~ m{^/} ? "$host:$number" : "/tmp/.X11-unix/X$number";
+            if ($host =~ m{^(?:unix)?$|/}) {
+                exit 0 if IO::Socket::UNIX->new(Peer => "\0$path") || IO::Socket::UNIX->new(Peer => $path);
+            } else {
+                exit 0 if IO::Socket::INET->new(PeerAddr => $host, PeerPort => 6000 + $number, Timeout => 3);
+            }
+        }
+        exit 1'
 }
 
 # use_home FOLDER: from here on nothing is read from or written to the user's own folders.
