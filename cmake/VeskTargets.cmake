@@ -31,7 +31,9 @@ function(vesk_configure target)
             -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
         target_link_options(${target} PRIVATE -fsanitize=${VESK_SANITIZE})
     elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
-        target_compile_options(${target} PRIVATE ${vesk_hardening_compile})
+        # The folder that something was built in is nobody's business, and makes no difference.
+        target_compile_options(${target} PRIVATE
+            ${vesk_hardening_compile} "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
         target_link_options(${target} PRIVATE ${vesk_hardening_link})
     endif()
 endfunction()
