@@ -33,6 +33,10 @@ test_packages=(
     trayer
 )
 
+# What reads the Debian packages that are made.
+# shellcheck disable=SC2034
+package_packages=(appstream desktop-file-utils lintian man-db)
+
 # install_packages NAME... installs those that are missing, and does nothing without any.
 install_packages() {
     if ! command -v dpkg-query >/dev/null; then
