@@ -202,6 +202,15 @@ class PackageTest(unittest.TestCase):
                 f"[D-BUS Service]\nName={APPLICATION}\nExec=/usr/bin/VeskWorkerControl\n",
             )
 
+    def test_installed_elsewhere_the_bus_follows(self):
+        prefix = os.path.join(self.folder, "elsewhere")
+        run("cmake", "--install", BUILD, "--prefix", prefix)
+        with open(
+            os.path.join(prefix, f"share/dbus-1/services/{APPLICATION}.service"), encoding="utf-8"
+        ) as file:
+            self.assertIn(f"\nExec={prefix}/bin/VeskWorkerControl\n", file.read())
+        self.assertTrue(os.access(os.path.join(prefix, "bin/VeskWorkerControl"), os.X_OK))
+
     def test_description_for_software_centres(self):
         path = self.path(CONTROL, f"usr/share/metainfo/{APPLICATION}.metainfo.xml")
         said = run("appstreamcli", "validate", "--no-net", path)
