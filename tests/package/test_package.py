@@ -146,6 +146,8 @@ class PackageTest(unittest.TestCase):
             for name in files:
                 with self.subTest(name):
                     found = contents(self.path(package, name))
+                    if name.endswith(".gz"):
+                        found = gzip.decompress(found)
                     self.assertNotIn(os.fsencode(source), found)
                     self.assertNotIn(os.fsencode(BUILD), found)
 
