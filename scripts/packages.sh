@@ -33,9 +33,9 @@ test_packages=(
     trayer
 )
 
-# What reads the Debian packages that are made.
+# What makes the Debian packages and reads them.
 # shellcheck disable=SC2034
-package_packages=(appstream desktop-file-utils lintian man-db)
+package_packages=(appstream desktop-file-utils dpkg-dev file lintian man-db)
 
 # install_packages NAME... installs those that are missing, and does nothing without any.
 install_packages() {
