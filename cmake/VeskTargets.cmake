@@ -36,7 +36,9 @@ function(vesk_configure target)
             target_compile_options(${target} PRIVATE -fno-sanitize=function)
         endif()
     elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
-        target_compile_options(${target} PRIVATE ${vesk_hardening_compile})
+        # The folder that something was built in is nobody's business, and makes no difference.
+        target_compile_options(${target} PRIVATE
+            ${vesk_hardening_compile} "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
         target_link_options(${target} PRIVATE ${vesk_hardening_link})
     endif()
 endfunction()

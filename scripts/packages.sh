@@ -33,6 +33,10 @@ test_packages=(
     trayer
 )
 
+# What makes the Debian packages and reads them.
+# shellcheck disable=SC2034
+package_packages=(appstream desktop-file-utils dpkg-dev file lintian man-db)
+
 # install_packages NAME... installs those that are missing, and does nothing without any.
 install_packages() {
     if ! command -v dpkg-query >/dev/null; then

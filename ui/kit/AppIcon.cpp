@@ -16,24 +16,21 @@ constexpr int tileCanvas = 256;
 
 constexpr int smallTile = 32;
 
-/// `glyph`: place of the mark on the canvas.
-void drawTile(QPainter& painter, const QRectF& glyph) {
+} // namespace
+
+void drawApplicationIcon(QPainter& painter, int edge) {
+    painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
     painter.setPen(Qt::NoPen);
     painter.setBrush(Theme::background);
     painter.drawRoundedRect(QRectF(10, 10, 236, 236), 54, 54);
-    drawGlyph(painter, u"mark"_s, glyph, Theme::accent);
+    // In a list or a task bar the mark would be a speck.
+    const QRectF mark = edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208);
+    drawGlyph(painter, u"mark"_s, mark, Theme::accent);
 }
-
-} // namespace
 
 QIcon applicationIcon() {
     const DrawnIcon drawn{
-        .edges = {16, 24, 32, 48, 64, 128, tileCanvas}, .draw = [](QPainter& painter, int edge) {
-            painter.scale(qreal(edge) / tileCanvas, qreal(edge) / tileCanvas);
-            // In a list or a task bar the mark would be a speck.
-            drawTile(
-                painter, edge > smallTile ? QRectF(56, 48, 144, 160) : QRectF(34, 24, 188, 208));
-        }};
+        .edges = {16, 24, 32, 48, 64, 128, tileCanvas}, .draw = drawApplicationIcon};
     return drawn.icon();
 }
 
