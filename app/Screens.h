@@ -81,8 +81,9 @@ private:
     void showPanel();
     void connectTray();
     void connectWindow();
+    void noteVisibility();
     void makeKeys();
-    void giveKeys(QDialog& sheet);
+    void adopt(QDialog& dialog);
 
     SettingsController& settingsController_;
     SetupController& setupController_;

@@ -65,4 +65,20 @@ QString exchangeLine(
     return line.number("ms"_L1, took.count()).line();
 }
 
+QLatin1StringView stateOf(const Connection& connection) {
+    if (connection.online) {
+        return connection.misses == 0 ? "connected"_L1 : "reconnecting"_L1;
+    }
+    return connection.misses == 0 ? "checking"_L1 : "stopped"_L1;
+}
+
+QString connectionLine(const Connection& before, const Connection& now) {
+    return LogLine("connection"_L1)
+        .word("state"_L1, stateOf(now))
+        .word("was"_L1, stateOf(before))
+        .number("misses"_L1, now.misses)
+        .number("misses_before"_L1, before.misses)
+        .line();
+}
+
 } // namespace vesk

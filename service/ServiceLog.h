@@ -17,4 +17,15 @@ Q_DECLARE_LOGGING_CATEGORY(serviceLog)
 [[nodiscard]] QString
 exchangeLine(const ServiceRequest& request, const ExchangeEnd& end, std::chrono::milliseconds took);
 
+/// What decides how the connection is shown.
+struct Connection {
+    bool online = false;
+    qint64 misses = 0; ///< failed health fetches in a row
+};
+
+/// That in the word that is on screen.
+[[nodiscard]] QLatin1StringView stateOf(const Connection& connection);
+
+[[nodiscard]] QString connectionLine(const Connection& before, const Connection& now);
+
 } // namespace vesk
