@@ -97,12 +97,16 @@ void Screens::makeKeys() {
     installMenuBar({.settings = settingsKey_, .close = closeKey_, .quit = quitKey_});
 }
 
-/// A dialog keeps the keys of the window below it from working.
-void Screens::adopt(QDialog& dialog) {
-    dialog.addActions({&closeKey_, &quitKey_});
-    connect(&dialog, &QDialog::finished, this, [&dialog] {
-        qCDebug(uiLog).noquote() << dialogLine(dialog, false);
-    });
+/// A sheet keeps the keys of the window below it from working.
+void Screens::giveKeys(QDialog& sheet) {
+    sheet.addActions({&closeKey_, &quitKey_});
+}
+
+void Screens::tellOpening(const QDialog& dialog) {
+    qCDebug(uiLog).noquote() << dialogLine(dialog, true);
+    // A setup sheet is ended once more when its owner goes.
+    const auto tellEnd = [&dialog] { qCDebug(uiLog).noquote() << dialogLine(dialog, false); };
+    connect(&dialog, &QDialog::finished, this, tellEnd, Qt::SingleShotConnection);
 }
 
 void Screens::show(const Dashboard& dashboard, const ServiceFacts& facts) {
@@ -138,10 +142,10 @@ void Screens::openDashboard() {
 void Screens::openSettings() {
     if (!settings_) {
         settings_ = std::make_unique<PerformanceSettings>(settingsController_, &window_);
-        adopt(*settings_->window());
+        giveKeys(*settings_->window());
     }
     window_.reveal();
-    qCDebug(uiLog).noquote() << dialogLine(*settings_->window(), true);
+    tellOpening(*settings_->window());
     settings_->open();
     settings_->window()->activateWindow();
 }
@@ -149,8 +153,8 @@ void Screens::openSettings() {
 void Screens::openSetup() {
     window_.reveal();
     setup_ = std::make_unique<SetupWizard>(setupController_, &window_);
-    adopt(*setup_->window());
-    qCDebug(uiLog).noquote() << dialogLine(*setup_->window(), true);
+    giveKeys(*setup_->window());
+    tellOpening(*setup_->window());
     setup_->open();
     // A person asked for it, perhaps where the window manager did not see that: in the tray.
     setup_->window()->activateWindow();
@@ -169,8 +173,8 @@ void Screens::showError(const QString& message) {
     }
     window_.reveal();
     auto* alert = new Alert(message, parent);
-    adopt(*alert);
-    qCDebug(uiLog).noquote() << dialogLine(*alert, true);
+    giveKeys(*alert);
+    tellOpening(*alert);
     alert->open();
 }
 

@@ -83,7 +83,8 @@ private:
     void connectWindow();
     void noteVisibility();
     void makeKeys();
-    void adopt(QDialog& dialog);
+    void giveKeys(QDialog& sheet);
+    void tellOpening(const QDialog& dialog);
 
     SettingsController& settingsController_;
     SetupController& setupController_;

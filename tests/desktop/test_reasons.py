@@ -11,6 +11,7 @@ from harness.worker import BUSY
 
 TOKEN = "token-7f3a"
 SHEET = "Corvala processing settings"
+SETUP = "Corvala for Mac Setup · Halvex"
 FAILED = "Could not save processing mode. Please try again."
 
 
@@ -89,6 +90,10 @@ class ReasonsTest(DesktopCase):
         dashboard.wait_until_gone(ALERT)
         self.person.click(dashboard.control("push button", "Done"))
         dashboard.wait_until_gone(SHEET)
+        self.person.click(dashboard.control("push button", "Setup…"))
+        dashboard.sheet(SETUP)
+        self.person.click(dashboard.control("push button", "Skip setup"))
+        dashboard.wait_until_gone(SETUP)
         self.assertEqual(
             dashboard.reasons("vesk.ui: event=dialog"),
             [
@@ -96,6 +101,8 @@ class ReasonsTest(DesktopCase):
                 f'vesk.ui: event=dialog open=true title="Corvala for Mac" says="{FAILED}"',
                 f'vesk.ui: event=dialog open=false title="Corvala for Mac" says="{FAILED}"',
                 f'vesk.ui: event=dialog open=false title="{SHEET}"',
+                f'vesk.ui: event=dialog open=true title="{SETUP}"',
+                f'vesk.ui: event=dialog open=false title="{SETUP}"',
             ],
         )
         before = len(dashboard.reasons("vesk.ui: event=window-asked-for"))
