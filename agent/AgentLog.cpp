@@ -21,15 +21,15 @@ LogLine callLine(QLatin1StringView event, const ToolCall& call) {
 }
 
 /// What the service manager says of the service.
-QLatin1StringView answerIn(const ToolResult* description) {
+QByteArrayView answerIn(const ToolResult* description) {
     if (description == nullptr) {
-        return "unasked"_L1;
+        return "unasked";
     }
     const auto* text = std::get_if<QString>(description);
     if (text == nullptr) {
-        return "unknown"_L1;
+        return "unknown";
     }
-    return ListenerRecoveryPolicy::serviceReportsRunning(*text) ? "running"_L1 : "not-running"_L1;
+    return ListenerRecoveryPolicy::serviceReportsRunning(*text) ? "running" : "not-running";
 }
 
 } // namespace

@@ -38,9 +38,9 @@ QString escape(QChar sign) {
 
 LogLine::LogLine(QLatin1StringView event) : line_("event="_L1 + event) {}
 
-LogLine& LogLine::word(QLatin1StringView key, QLatin1StringView value) {
+LogLine& LogLine::word(QLatin1StringView key, QByteArrayView value) {
     begin(key);
-    line_ += value;
+    line_ += QLatin1StringView(value);
     return *this;
 }
 
@@ -51,7 +51,7 @@ LogLine& LogLine::number(QLatin1StringView key, qint64 value) {
 }
 
 LogLine& LogLine::flag(QLatin1StringView key, bool value) {
-    return word(key, value ? "true"_L1 : "false"_L1);
+    return word(key, value ? "true" : "false");
 }
 
 LogLine& LogLine::text(QLatin1StringView key, QStringView value) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QLatin1StringView>
 #include <QString>
 #include <QStringList>
@@ -16,7 +17,7 @@ public:
 
     explicit LogLine(QLatin1StringView event);
 
-    LogLine& word(QLatin1StringView key, QLatin1StringView value);
+    LogLine& word(QLatin1StringView key, QByteArrayView value);
     LogLine& number(QLatin1StringView key, qint64 value);
     LogLine& flag(QLatin1StringView key, bool value);
     LogLine& text(QLatin1StringView key, QStringView value);

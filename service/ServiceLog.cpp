@@ -10,41 +10,41 @@ Q_LOGGING_CATEGORY(serviceLog, "vesk.service", QtInfoMsg)
 
 namespace {
 
-QLatin1StringView wordOf(ExchangeEnd::Kind kind) {
+QByteArrayView wordOf(ExchangeEnd::Kind kind) {
     using Kind = ExchangeEnd::Kind;
     switch (kind) {
     case Kind::Good:
-        return "good"_L1;
+        return "good";
     case Kind::BadPort:
-        return "bad-port"_L1;
+        return "bad-port";
     case Kind::BadHeader:
-        return "bad-header"_L1;
+        return "bad-header";
     case Kind::Refused:
-        return "refused"_L1;
+        return "refused";
     case Kind::Late:
-        return "late"_L1;
+        return "late";
     case Kind::Closed:
-        return "closed"_L1;
+        return "closed";
     case Kind::Reset:
-        return "reset"_L1;
+        return "reset";
     case Kind::NotHttp:
-        return "not-http"_L1;
+        return "not-http";
     case Kind::HeadTooLarge:
-        return "head-too-large"_L1;
+        return "head-too-large";
     case Kind::BodyTooLarge:
-        return "body-too-large"_L1;
+        return "body-too-large";
     case Kind::BadStatus:
-        return "bad-status"_L1;
+        return "bad-status";
     case Kind::NotJson:
-        return "not-json"_L1;
+        return "not-json";
     case Kind::WrongDocument:
-        return "wrong-document"_L1;
+        return "wrong-document";
     case Kind::NoMemory:
-        return "no-memory"_L1;
+        return "no-memory";
     case Kind::Failed:
         break;
     }
-    return "failed"_L1;
+    return "failed";
 }
 
 } // namespace
@@ -52,7 +52,7 @@ QLatin1StringView wordOf(ExchangeEnd::Kind kind) {
 QString exchangeLine(
     const ServiceRequest& request, const ExchangeEnd& end, std::chrono::milliseconds took) {
     LogLine line("exchange"_L1);
-    line.word("method"_L1, QLatin1StringView(request.method))
+    line.word("method"_L1, request.method)
         .number("port"_L1, request.port)
         .text("path"_L1, QString::fromUtf8(request.path))
         .word("result"_L1, wordOf(end.kind));
@@ -65,11 +65,11 @@ QString exchangeLine(
     return line.number("ms"_L1, took.count()).line();
 }
 
-QLatin1StringView stateOf(const Connection& connection) {
+QByteArrayView stateOf(const Connection& connection) {
     if (connection.online) {
-        return connection.misses == 0 ? "connected"_L1 : "reconnecting"_L1;
+        return connection.misses == 0 ? "connected" : "reconnecting";
     }
-    return connection.misses == 0 ? "checking"_L1 : "stopped"_L1;
+    return connection.misses == 0 ? "checking" : "stopped";
 }
 
 QString connectionLine(const Connection& before, const Connection& now) {

@@ -24,7 +24,7 @@ struct Connection {
 };
 
 /// That in the word that is on screen.
-[[nodiscard]] QLatin1StringView stateOf(const Connection& connection);
+[[nodiscard]] QByteArrayView stateOf(const Connection& connection);
 
 [[nodiscard]] QString connectionLine(const Connection& before, const Connection& now);
 

@@ -13,7 +13,7 @@ private slots:
         QCOMPARE(LogLine("alone"_L1).line(), u"event=alone"_s);
         QCOMPARE(
             LogLine("all"_L1)
-                .word("result"_L1, "late"_L1)
+                .word("result"_L1, "late")
                 .number("ms"_L1, -1)
                 .flag("yes"_L1, true)
                 .flag("no"_L1, false)
