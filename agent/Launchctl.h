@@ -7,6 +7,9 @@
 
 namespace vesk {
 
+struct ToolCall;
+struct ToolEnd;
+
 /// Runs the tool as a process, without waiting for it. What a run gives is described at
 /// `ToolRun::result`. Destroying this leaves the tools that still run to their work.
 class Launchctl final : public QObject, public Tool {
@@ -22,9 +25,10 @@ public:
 private:
     class Job;
 
-    void begin(
-        const QString& program, const QStringList& arguments, QObject* receiver, const Done& done);
-    void end(const QPointer<QObject>& receiver, const Done& done, const ToolResult& result);
+    void begin(const ToolCall& call, const QStringList& words, QObject* receiver, const Done& done);
+    void
+    end(const ToolCall& call, const ToolEnd& end, const QPointer<QObject>& receiver,
+        const Done& done);
 
     QString toolPath_;
 };

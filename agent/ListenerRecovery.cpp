@@ -1,8 +1,8 @@
 #include "agent/ListenerRecovery.h"
 
+#include "agent/AgentLog.h"
 #include "agent/ErrorLine.h"
 #include "agent/ServiceTarget.h"
-#include "model/ListenerRecoveryPolicy.h"
 
 #include <QTimer>
 
@@ -18,7 +18,11 @@ ListenerRecovery::ListenerRecovery(Tool& tool, std::function<bool()> starting, C
     : tool_(tool), starting_(std::move(starting)), clock_(std::move(clock)) {}
 
 void ListenerRecovery::recoverStaleListenerIfNeeded(qint64 misses) {
-    if (misses < ListenerRecoveryPolicy::missesBeforeRecovery || starting_() || recoveryInFlight_) {
+    if (misses < ListenerRecoveryPolicy::missesBeforeRecovery) {
+        return;
+    }
+    if (starting_() || recoveryInFlight_) {
+        qCDebug(agentLog).noquote() << recoveryLine(situation(misses), nullptr);
         return;
     }
     recoveryInFlight_ = true;
@@ -28,21 +32,28 @@ void ListenerRecovery::recoverStaleListenerIfNeeded(qint64 misses) {
 }
 
 void ListenerRecovery::decide(const ToolResult& description, qint64 misses) {
+    // What was under way was this check.
+    recoveryInFlight_ = false;
+    ListenerRecoveryPolicy::Situation now = situation(misses);
     const auto* text = std::get_if<QString>(&description);
-    const bool running = text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
-    if (ListenerRecoveryPolicy::shouldRecover(
-            {.serviceRunning = running,
-             .misses = misses,
-             .starting = starting_(),
-             .now = clock_(),
-             .lastAttempt = lastRecoveryAttempt_})) {
+    now.serviceRunning = text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
+    qCDebug(agentLog).noquote() << recoveryLine(now, &description);
+    if (ListenerRecoveryPolicy::shouldRecover(now)) {
         restart();
-    } else {
-        recoveryInFlight_ = false;
     }
 }
 
+ListenerRecoveryPolicy::Situation ListenerRecovery::situation(qint64 misses) const {
+    return {
+        .misses = misses,
+        .starting = starting_(),
+        .recoveryInFlight = recoveryInFlight_,
+        .now = clock_(),
+        .lastAttempt = lastRecoveryAttempt_};
+}
+
 void ListenerRecovery::restart() {
+    recoveryInFlight_ = true;
     lastRecoveryAttempt_ = clock_();
     emit restarting();
     tool_.run({u"kickstart"_s, u"-k"_s, serviceTarget()}, this, [this](const ToolResult& result) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/Tool.h"
+#include "model/ListenerRecoveryPolicy.h"
 #include "model/Timing.h"
 
 #include <QObject>
@@ -33,6 +34,7 @@ signals:
 private:
     void decide(const ToolResult& description, qint64 misses);
     void restart();
+    [[nodiscard]] ListenerRecoveryPolicy::Situation situation(qint64 misses) const;
 
     Tool& tool_;
     std::function<bool()> starting_;

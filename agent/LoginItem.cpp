@@ -1,5 +1,6 @@
 #include "agent/LoginItem.h"
 
+#include "agent/AgentLog.h"
 #include "agent/PropertyList.h"
 #include "agent/SmallFile.h"
 
@@ -43,12 +44,7 @@ std::optional<ServiceError> install(const ServiceLocations& locations) {
     return replaceFile(locations.agentURL(), file);
 }
 
-} // namespace
-
-std::optional<ServiceError> configureLogin(const ServiceLocations& locations, bool enabled) {
-    if (enabled) {
-        return install(locations);
-    }
+std::optional<ServiceError> remove(const ServiceLocations& locations) {
     // What cannot be looked at may be there all the same: then the removal tells why not.
     const auto file = nativePath(locations.agentURL());
     std::error_code error;
@@ -61,6 +57,14 @@ std::optional<ServiceError> configureLogin(const ServiceLocations& locations, bo
             error.value(), u"\"%1\" could not be removed"_s.arg(locations.agentURL()));
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<ServiceError> configureLogin(const ServiceLocations& locations, bool enabled) {
+    auto failure = enabled ? install(locations) : remove(locations);
+    qCDebug(agentLog).noquote() << loginLine(enabled, locations.agentURL(), failure);
+    return failure;
 }
 
 } // namespace vesk

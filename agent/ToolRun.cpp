@@ -199,10 +199,13 @@ std::optional<ToolResult> ToolRun::reap(int options) {
     return resultOf(status);
 }
 
-ToolResult ToolRun::resultOf(int status) const {
+ToolResult ToolRun::resultOf(int status) {
     const auto text = decoded(bytes_, truncated_);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         return text.value_or(QString());
+    }
+    if (WIFSIGNALED(status)) {
+        signal_ = WTERMSIG(status);
     }
     return serviceError(
         WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),

@@ -31,6 +31,8 @@ public:
     ToolRun& operator=(ToolRun&&) = delete;
     ToolRun& operator=(const ToolRun&) = delete;
 
+    [[nodiscard]] pid_t process() const { return process_; }
+
     /// Readable when there is output or its end.
     [[nodiscard]] int output() const { return output_.get(); }
 
@@ -44,6 +46,9 @@ public:
     /// of a tool that died of a signal the code is 128 and the signal's number.
     [[nodiscard]] std::optional<ToolResult> result();
 
+    /// What the tool died of, as far as a result tells.
+    [[nodiscard]] std::optional<int> signal() const { return signal_; }
+
     /// Waits for the end of the output, then for the tool's.
     [[nodiscard]] ToolResult wait();
 
@@ -51,13 +56,14 @@ private:
     ToolRun(QString path, pid_t process, Descriptor output);
 
     [[nodiscard]] std::optional<ToolResult> reap(int options);
-    [[nodiscard]] ToolResult resultOf(int status) const;
+    [[nodiscard]] ToolResult resultOf(int status);
 
     QString path_;
     pid_t process_;
     Descriptor output_;
     QByteArray bytes_;
     bool truncated_ = false;
+    std::optional<int> signal_;
 };
 
 } // namespace vesk

@@ -181,14 +181,17 @@ void Control::setupClosed() {
 }
 
 void Control::render(const ConfirmedHealth& health) {
+    const Connection before = connection();
     consecutiveHealthMisses_ = 0;
     lastHealth_ = health.document;
     online_ = true;
     accepting_ = health.deep;
+    tellConnection(before);
     showConnected();
 }
 
 void Control::noteHealthMiss() {
+    const Connection before = connection();
     consecutiveHealthMisses_ =
         checkedCount(sum(consecutiveHealthMisses_, 1), "the missed health checks");
     recovery_.recoverStaleListenerIfNeeded(consecutiveHealthMisses_);
@@ -197,6 +200,7 @@ void Control::noteHealthMiss() {
     } else {
         showDisconnected();
     }
+    tellConnection(before);
 }
 
 void Control::noteBackendAnswer() {
@@ -256,6 +260,12 @@ void Control::showSetup() {
     loop_.reload();
 }
 
+void Control::tellConnection(const Connection& before) const {
+    if (stateOf(connection()) != stateOf(before)) {
+        qCDebug(serviceLog).noquote() << connectionLine(before, connection());
+    }
+}
+
 Attention Control::attention() const {
     return {.visible = screens_.dashboardVisible(), .setup = screens_.setupIsOpen()};
 }
@@ -265,6 +275,10 @@ RefreshLoop::Situation Control::situation() const {
         .attention = attention(),
         .active = online_ && lastHealth_.bays.active() > 0,
         .changingPolicy = deepJobs_.changingPolicy()};
+}
+
+Connection Control::connection() const {
+    return {.online = online_, .misses = consecutiveHealthMisses_};
 }
 
 ServiceFacts Control::facts() const {

@@ -9,6 +9,7 @@
 #include "service/DeepJobSwitch.h"
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
+#include "service/ServiceLog.h"
 #include "ui/settings/SettingsController.h"
 #include "ui/setup/SetupController.h"
 #include "ui/texts/Dashboard.h"
@@ -89,10 +90,12 @@ private:
     void showDisconnected();
     void show(Dashboard next);
     void change(bool deep);
+    void tellConnection(const Connection& before) const;
 
     [[nodiscard]] Attention attention() const;
     [[nodiscard]] RefreshLoop::Situation situation() const;
     [[nodiscard]] ServiceFacts facts() const;
+    [[nodiscard]] Connection connection() const;
 
     Surroundings surroundings_;
     ServiceLocations locations_;

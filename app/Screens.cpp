@@ -1,6 +1,7 @@
 #include "app/Screens.h"
 
 #include "app/MenuBar.h"
+#include "model/LogLine.h"
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/kit/Alert.h"
 #include "ui/settings/PerformanceSettings.h"
@@ -11,10 +12,27 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QDialog>
+#include <QLoggingCategory>
 
 namespace vesk {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What comes on screen and goes: "vesk.ui", silent unless switched on.
+Q_LOGGING_CATEGORY(uiLog, "vesk.ui", QtInfoMsg)
+
+QString dialogLine(const QDialog& dialog, bool open) {
+    LogLine line("dialog"_L1);
+    line.flag("open"_L1, open).text("title"_L1, dialog.windowTitle());
+    if (const QString says = dialog.accessibleDescription(); !says.isEmpty()) {
+        line.text("says"_L1, says);
+    }
+    return line.line();
+}
+
+} // namespace
 
 Screens::Screens(SettingsController& settings, SetupController& setup)
     : settingsController_(settings), setupController_(setup), tray_(TrayHost::make()) {
@@ -33,6 +51,7 @@ void Screens::connectTray() {
     connect(&tray_, &TrayItem::menuWillOpen, this, &Screens::menuWillOpen);
     connect(&tray_, &TrayItem::menuDidClose, this, &Screens::menuDidClose);
     connect(&tray_, &TrayItem::presenceChanged, this, [this] {
+        qCDebug(uiLog).noquote() << LogLine("tray"_L1).flag("present"_L1, tray_.isPresent()).line();
         window_.setReachableWhenHidden(tray_.isPresent());
     });
     window_.setReachableWhenHidden(tray_.isPresent());
@@ -45,13 +64,17 @@ void Screens::connectWindow() {
     connect(&panel, &CompactPanelView::setupPressed, this, &Screens::setupPressed);
     connect(&panel, &CompactPanelView::settingsPressed, this, &Screens::settingsPressed);
     connect(&window_, &DashboardWindow::mayBeSeen, this, &Screens::showPanel);
-    connect(&window_, &DashboardWindow::visibilityChanged, this, [this] {
-        if (window_.isVisibleToUser()) {
-            showPanel();
-        }
-        emit visibilityChanged();
-    });
+    connect(&window_, &DashboardWindow::visibilityChanged, this, &Screens::noteVisibility);
     window_.setMenuEntries(tray_.menu().actions());
+}
+
+void Screens::noteVisibility() {
+    const bool visible = window_.isVisibleToUser();
+    qCDebug(uiLog).noquote() << LogLine("window"_L1).flag("visible"_L1, visible).line();
+    if (visible) {
+        showPanel();
+    }
+    emit visibilityChanged();
 }
 
 void Screens::makeKeys() {
@@ -77,6 +100,13 @@ void Screens::makeKeys() {
 /// A sheet keeps the keys of the window below it from working.
 void Screens::giveKeys(QDialog& sheet) {
     sheet.addActions({&closeKey_, &quitKey_});
+}
+
+void Screens::tellOpening(const QDialog& dialog) {
+    qCDebug(uiLog).noquote() << dialogLine(dialog, true);
+    // A setup sheet is ended once more when its owner goes.
+    const auto tellEnd = [&dialog] { qCDebug(uiLog).noquote() << dialogLine(dialog, false); };
+    connect(&dialog, &QDialog::finished, this, tellEnd, Qt::SingleShotConnection);
 }
 
 void Screens::show(const Dashboard& dashboard, const ServiceFacts& facts) {
@@ -105,6 +135,7 @@ void Screens::refreshSheets() {
 }
 
 void Screens::openDashboard() {
+    qCDebug(uiLog).noquote() << LogLine("window-asked-for"_L1).line();
     window_.bringToFront();
 }
 
@@ -114,6 +145,7 @@ void Screens::openSettings() {
         giveKeys(*settings_->window());
     }
     window_.reveal();
+    tellOpening(*settings_->window());
     settings_->open();
     settings_->window()->activateWindow();
 }
@@ -122,6 +154,7 @@ void Screens::openSetup() {
     window_.reveal();
     setup_ = std::make_unique<SetupWizard>(setupController_, &window_);
     giveKeys(*setup_->window());
+    tellOpening(*setup_->window());
     setup_->open();
     // A person asked for it, perhaps where the window manager did not see that: in the tray.
     setup_->window()->activateWindow();
@@ -141,6 +174,7 @@ void Screens::showError(const QString& message) {
     window_.reveal();
     auto* alert = new Alert(message, parent);
     giveKeys(*alert);
+    tellOpening(*alert);
     alert->open();
 }
 

@@ -81,8 +81,10 @@ private:
     void showPanel();
     void connectTray();
     void connectWindow();
+    void noteVisibility();
     void makeKeys();
     void giveKeys(QDialog& sheet);
+    void tellOpening(const QDialog& dialog);
 
     SettingsController& settingsController_;
     SetupController& setupController_;

@@ -76,6 +76,9 @@ int main(int argc, char* argv[]) {
     // Standard error is for our own few lines. QT_LOGGING_RULES, which comes after this, lets the
     // toolkit's complaints through for whoever looks for them.
     QLoggingCategory::setFilterRules(u"*.warning=false"_s);
+    // Unless QT_MESSAGE_PATTERN says otherwise.
+    qSetMessagePattern(u"%{if-debug}%{time yyyy-MM-dd hh:mm:ss.zzz} %{endif}"
+                       "%{if-category}%{category}: %{endif}%{message}"_s);
     // The toolkit gets the program's name only: no argument of ours is to be one of its own.
     int programOnly = 1;
     if (!lock.take()) {

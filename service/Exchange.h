@@ -45,13 +45,14 @@ public:
                 if (body) {
                     *answer = read(*body);
                 }
+                return answer->has_value();
             },
             [answer, handler = std::move(handler)] { handler(*answer); });
     }
 
 protected:
-    /// Gets the body of a good answer, nothing for a failure.
-    using Read = std::function<void(const std::optional<QByteArray>& body)>;
+    /// Gets the body of a good answer, nothing for a failure. Returns whether it is one to go by.
+    using Read = std::function<bool(const std::optional<QByteArray>& body)>;
 
     /// Calls `read` when the exchange has ended, on any thread, and `done` after it on the main
     /// thread; as `send` says.

@@ -2,6 +2,7 @@
 
 #include "service/HttpSession.h"
 
+#include <boost/asio/error.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/this_coro.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -37,9 +38,8 @@ bool isOneLine(const ServiceRequest::Header& header) {
     });
 }
 
-bool isSendable(const ServiceRequest& request) {
-    return request.port > 0 && request.port <= std::numeric_limits<std::uint16_t>::max()
-           && std::all_of(request.headers.begin(), request.headers.end(), isOneLine);
+bool canBeConnectedTo(qint64 port) {
+    return port > 0 && port <= std::numeric_limits<std::uint16_t>::max();
 }
 
 http::request<http::string_body> message(const ServiceRequest& request) {
@@ -102,8 +102,41 @@ public:
     };
 };
 
-/// The body of the answer; an exception for whatever goes wrong.
-asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& request) {
+HttpAnswer failure(ExchangeEnd::Kind kind) {
+    return {.end = {.kind = kind}};
+}
+
+HttpAnswer failure(const beast::error_code& error) {
+    using Kind = ExchangeEnd::Kind;
+    if (error == asio::error::connection_refused) {
+        return failure(Kind::Refused);
+    }
+    if (error == beast::error::timeout) {
+        return failure(Kind::Late);
+    }
+    if (error == http::error::end_of_stream || error == http::error::partial_message) {
+        return failure(Kind::Closed);
+    }
+    if (error == asio::error::connection_reset || error == asio::error::broken_pipe) {
+        return failure(Kind::Reset);
+    }
+    if (error == http::error::header_limit) {
+        return failure(Kind::HeadTooLarge);
+    }
+    if (error == http::error::body_limit) {
+        return failure(Kind::BodyTooLarge);
+    }
+    if (error == boost::system::errc::not_enough_memory) {
+        return failure(Kind::NoMemory);
+    }
+    if (error.category() == make_error_code(http::error::bad_version).category()) {
+        return failure(Kind::NotHttp);
+    }
+    return {.end = {.kind = Kind::Failed, .error = QByteArray::fromStdString(error.message())}};
+}
+
+/// An exception for what goes wrong on the way.
+asio::awaitable<HttpAnswer> exchange(const ServiceRequest& request) {
     const asio::ip::tcp::endpoint service(
         asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(request.port));
     beast::tcp_stream stream(co_await asio::this_coro::executor);
@@ -122,33 +155,41 @@ asio::awaitable<std::optional<QByteArray>> exchange(const ServiceRequest& reques
         // By itself the parser limits only what is left of a head after the first bytes of it.
         if (co_await http::async_read_header(stream, buffer, parser, asio::use_awaitable)
             > maxHeaderBytes) {
-            co_return std::nullopt;
+            co_return failure(ExchangeEnd::Kind::HeadTooLarge);
         }
         co_await http::async_read(stream, buffer, parser, asio::use_awaitable);
         const auto status = parser.get().result();
+        QByteArray& body = parser.get().body();
+        ExchangeEnd end{
+            .status = static_cast<int>(parser.get().result_int()), .bytes = body.size()};
         if (status == http::status::ok) {
-            co_return std::move(parser.get().body());
+            co_return HttpAnswer{.body = std::move(body), .end = std::move(end)};
         }
         // An interim answer announces the real one; none of ours changes the protocol.
         if (http::to_status_class(parser.get().result_int()) != http::status_class::informational
             || status == http::status::switching_protocols) {
-            co_return std::nullopt;
+            end.kind = ExchangeEnd::Kind::BadStatus;
+            co_return HttpAnswer{.end = std::move(end)};
         }
     }
 }
 
 } // namespace
 
-asio::awaitable<std::optional<QByteArray>> httpBody(ServiceRequest request) {
-    if (!isSendable(request)) {
-        co_return std::nullopt;
+asio::awaitable<HttpAnswer> httpAnswer(ServiceRequest request) {
+    if (!canBeConnectedTo(request.port)) {
+        co_return failure(ExchangeEnd::Kind::BadPort);
+    }
+    if (!std::all_of(request.headers.begin(), request.headers.end(), isOneLine)) {
+        co_return failure(ExchangeEnd::Kind::BadHeader);
     }
     try {
         co_return co_await exchange(request);
+    } catch (const boost::system::system_error& error) {
+        co_return failure(error.code());
     } catch (const std::exception&) {
-        // Refused, late, cut off, too long, no HTTP, no memory: all the same to the caller.
+        co_return failure(ExchangeEnd::Kind::NoMemory);
     }
-    co_return std::nullopt;
 }
 
 } // namespace vesk

@@ -1,6 +1,9 @@
 #include "service/HttpWorker.h"
 
+#include "model/Timing.h"
 #include "service/HttpExchange.h"
+#include "service/JsonParser.h"
+#include "service/ServiceLog.h"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -21,14 +24,40 @@ public:
     asio::executor_work_guard<asio::io_context::executor_type> stays{context.get_executor()};
 
     static asio::awaitable<void> carry(HttpWorker& worker, Order order) {
-        const auto body = co_await httpBody(std::move(order.request));
+        const TimePoint begun = TimePoint::clock::now();
+        const HttpAnswer answer = co_await httpAnswer(order.request);
+        const ExchangeEnd end = read(order, answer);
+        qCDebug(serviceLog).noquote()
+            << exchangeLine(order.request, inDetail(end, answer), timeSince(begun));
+        worker.putDown(order.id);
+    }
+
+private:
+    /// Has the answer read, and returns how the exchange ended with that.
+    static ExchangeEnd read(const Order& order, const HttpAnswer& answer) {
+        ExchangeEnd end = answer.end;
         try {
-            order.read(body);
+            if (!order.read(answer.body) && answer.body) {
+                end.kind = ExchangeEnd::Kind::WrongDocument;
+            }
         } catch (const std::bad_alloc&) {
             // An answer for which there is no memory is none.
             order.read(std::nullopt);
+            end.kind = ExchangeEnd::Kind::NoMemory;
         }
-        worker.putDown(order.id);
+        return end;
+    }
+
+    /// Tells apart what was not worth another look while nobody asked.
+    static ExchangeEnd inDetail(ExchangeEnd end, const HttpAnswer& answer) {
+        if (end.kind == ExchangeEnd::Kind::WrongDocument && !isJson(*answer.body)) {
+            end.kind = ExchangeEnd::Kind::NotJson;
+        }
+        return end;
+    }
+
+    static std::chrono::milliseconds timeSince(TimePoint begun) {
+        return std::chrono::floor<std::chrono::milliseconds>(TimePoint::clock::now() - begun);
     }
 };
 

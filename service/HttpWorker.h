@@ -18,8 +18,9 @@ public:
     struct Order {
         quint64 id = 0; ///< names the exchange for whoever asked for it
         ServiceRequest request;
-        /// Gets the body of a good answer, nothing for a failure; on the worker's thread.
-        std::function<void(const std::optional<QByteArray>&)> read;
+        /// Gets the body of a good answer, nothing for a failure; on the worker's thread. Returns
+        /// whether it is one to go by.
+        std::function<bool(const std::optional<QByteArray>&)> read;
     };
 
     /// `exchangesEnded` is called on the worker's thread after exchanges have ended.

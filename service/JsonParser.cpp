@@ -175,4 +175,17 @@ bool parseJson(const QByteArray& text, JsonHandler& handler) {
     return !error && parser.done() && read == size;
 }
 
+bool isJson(const QByteArray& text) {
+    class Deaf final : public JsonHandler {
+        void key(QByteArrayView /*key*/) override {}
+        void scalar(const JsonScalar& /*value*/) override {}
+        void beginDictionary() override {}
+        void endDictionary() override {}
+        void beginList() override {}
+        void endList() override {}
+    };
+    Deaf handler;
+    return parseJson(text, handler);
+}
+
 } // namespace vesk

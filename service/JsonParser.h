@@ -39,4 +39,7 @@ public:
 /// What was told of a text that is not must be forgotten.
 [[nodiscard]] bool parseJson(const QByteArray& text, JsonHandler& handler);
 
+/// Whether the text is JSON as `parseJson` says.
+[[nodiscard]] bool isJson(const QByteArray& text);
+
 } // namespace vesk

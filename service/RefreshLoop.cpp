@@ -1,12 +1,28 @@
 #include "service/RefreshLoop.h"
 
+#include "model/LogLine.h"
 #include "service/ServiceClient.h"
+#include "service/ServiceLog.h"
 
 #include <utility>
 
 namespace vesk {
 
+using namespace Qt::StringLiterals;
 using std::chrono::milliseconds;
+
+namespace {
+
+QString nextFetchLine(const RefreshLoop::Situation& situation, milliseconds wait) {
+    return LogLine("next-fetch"_L1)
+        .number("in_ms"_L1, wait.count())
+        .flag("visible"_L1, situation.attention.visible)
+        .flag("setup"_L1, situation.attention.setup)
+        .flag("active"_L1, situation.active)
+        .line();
+}
+
+} // namespace
 
 RefreshLoop::RefreshLoop(ServiceClient& client, std::function<Situation()> situation, Clock clock)
     : client_(client), situation_(std::move(situation)), clock_(std::move(clock)) {
@@ -25,10 +41,12 @@ void RefreshLoop::scheduleRefresh() {
     const Situation now = situation_();
     const Seconds interval = RefreshPolicy::health(now.attention, now.active);
     const auto clock = clock_().time_since_epoch();
-    timer_.start(sharedWakeUp(
+    const milliseconds wait = sharedWakeUp(
         {.now = std::chrono::ceil<milliseconds>(clock),
          .interval = std::chrono::ceil<milliseconds>(interval),
-         .tolerance = std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval))}));
+         .tolerance = std::chrono::floor<milliseconds>(RefreshPolicy::tolerance(interval))});
+    timer_.start(wait);
+    qCDebug(serviceLog).noquote() << nextFetchLine(now, wait);
 }
 
 void RefreshLoop::fetchHealth() {

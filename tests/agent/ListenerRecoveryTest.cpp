@@ -1,5 +1,6 @@
 #include "agent/ListenerRecovery.h"
 #include "agent/ServiceTarget.h"
+#include "tests/model/LogCapture.h"
 #include "tests/simulation/SimulatedTool.h"
 #include "tests/simulation/VirtualTimeRun.h"
 
@@ -104,6 +105,7 @@ private slots:
     void failedRestart_data();
     void failedRestart();
     void goneWhileUnderWay();
+    void decisionsAreTold();
 };
 
 void ListenerRecoveryTest::nothingIsAsked_data() {
@@ -280,6 +282,44 @@ void ListenerRecoveryTest::goneWhileUnderWay() {
     recovery.reset();
     tool.end(0, running);
     QCOMPARE(tool.runs().size(), 1);
+}
+
+void ListenerRecoveryTest::decisionsAreTold() {
+    Scene scene;
+    const LogCapture log;
+    auto told = [&log, count = qsizetype(0)]() mutable {
+        const QStringList lines = log.lines().sliced(count);
+        count += lines.size();
+        return lines;
+    };
+    const auto line = [](const QString& facts) {
+        return QStringList{u"vesk.agent: event=recovery "_s + facts};
+    };
+    scene.recovery.recoverStaleListenerIfNeeded(2);
+    QCOMPARE(told(), QStringList());
+    scene.recovery.recoverStaleListenerIfNeeded(3);
+    QCOMPARE(told(), QStringList());
+    scene.recovery.recoverStaleListenerIfNeeded(4);
+    QCOMPARE(
+        told(), line(u"restart=false misses=4 service=unasked starting=false recovering=true"_s));
+    scene.tool.end(0, u"\tstate = waiting\n"_s);
+    QCOMPARE(
+        told(),
+        line(u"restart=false misses=3 service=not-running starting=false recovering=false"_s));
+
+    QVERIFY(scene.restart(5));
+    QCOMPARE(
+        told(), line(u"restart=true misses=5 service=running starting=false recovering=false"_s));
+    pass(30s);
+    QVERIFY(!scene.restart(6));
+    QCOMPARE(
+        told(), line(u"restart=false misses=6 service=running starting=false recovering=false "
+                     "since_last_ms=30000 cooldown_ms=90000"_s));
+    scene.starting = true;
+    scene.recovery.recoverStaleListenerIfNeeded(7);
+    QCOMPARE(
+        told(), line(u"restart=false misses=7 service=unasked starting=true recovering=false "
+                     "since_last_ms=30000 cooldown_ms=90000"_s));
 }
 
 } // namespace vesk

@@ -101,6 +101,13 @@ class ConnectionTest(DesktopCase):
         dashboard.wait_until_live()
         self.assertNotIn("Processing is stopped", dashboard.texts())
 
+    def test_a_listener_that_dies_and_comes_back(self):
+        worker = self.worker(scenario="listener-dies.json")
+        dashboard = self.live_dashboard(worker)
+        dashboard.wait_for_text("● RECONNECTING", 30)
+        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text("● CONNECTED", 30)
+
     def test_hostile_documents_stop_nothing(self):
         worker, dashboard = self.busy_dashboard()
         keys = ("slots", "connected_devices", "services", "video_backend", "audio_backend",

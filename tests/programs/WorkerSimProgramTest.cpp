@@ -2,11 +2,13 @@
 #include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTcpServer>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <csignal>
@@ -70,6 +72,16 @@ private:
 
 class WorkerSimProgramTest : public QObject {
     Q_OBJECT
+
+    static void refusesScenario(const QString& file, const QByteArray& message) {
+        Program program({u"--port=0"_s, u"--scenario"_s, file});
+        QVERIFY(program.finishes());
+        QCOMPARE(program.process().exitCode(), 2);
+        QCOMPARE(program.process().readAllStandardOutput(), QByteArray());
+        QCOMPARE(
+            program.process().readAllStandardError(),
+            "vesk-worker-sim: " + file.toUtf8() + ": " + message + "\n");
+    }
 
 private slots:
     void servesUntilTheSignal_data() {
@@ -175,6 +187,45 @@ private slots:
         QVERIFY(program.finishes());
         QCOMPARE(program.process().exitCode(), 0);
         QVERIFY(program.process().readAllStandardOutput().contains("It analyses\nnothing"));
+    }
+
+    void playsAScenario() {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(R"([{"at": 0, "fault": {"path": "health", "status": 503}}])");
+        file.close();
+        Program program({u"--port=0"_s, u"--scenario"_s, file.fileName()});
+        const int port = program.port();
+        QTRY_COMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 503);
+        program.signal(SIGTERM);
+        QVERIFY(program.finishes());
+        QCOMPARE(program.process().exitCode(), 0);
+    }
+
+    void refusesBadScenarios_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("step") << QByteArray(R"([{"at": 0, "fault": {"status": 99}}])")
+                              << QByteArray(
+                                     "step 1: status must be a whole number from 100 to 999");
+        QTest::newRow("no JSON") << QByteArray("at 3")
+                                 << QByteArray("a scenario is a JSON list of steps");
+        QTest::newRow("empty") << QByteArray() << QByteArray("it is empty or cannot be read");
+    }
+
+    void refusesBadScenarios() {
+        QFETCH(const QByteArray, content);
+        QFETCH(const QByteArray, message);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(content);
+        file.close();
+        refusesScenario(file.fileName(), message);
+    }
+
+    void refusesScenariosThatCannotBeRead() {
+        refusesScenario(u"/nowhere/scenario.json"_s, "it is empty or cannot be read");
+        refusesScenario(QDir::tempPath(), "it is empty or cannot be read");
     }
 
     void refusesBadOptions() {

@@ -23,6 +23,7 @@ public:
           port_(service_.start(kept_.number()).value_or(0)) {}
 
     [[nodiscard]] int port() const { return port_; }
+    [[nodiscard]] sim::Simulation& simulation() { return simulation_; }
     [[nodiscard]] sim::Service& service() { return service_; }
 
     [[nodiscard]] RawAnswer

@@ -34,15 +34,18 @@ private slots:
         QCOMPARE(options.speed, 1.0);
         QCOMPARE(options.size.bays, 3);
         QCOMPARE(options.size.devices, 2);
+        QCOMPARE(options.scenario, "");
         QVERIFY(!options.help);
     }
 
     void readsBothForms_data() {
         QTest::addColumn<QString>("line");
         QTest::newRow("apart")
-            << "--port 0 --seed 18446744073709551615 --speed 2.5 --bays 0 --devices 64";
+            << "--port 0 --seed 18446744073709551615 --speed 2.5 --bays 0 --devices 64 "
+               "--scenario a.json";
         QTest::newRow("joined")
-            << "--port=0 --seed=18446744073709551615 --speed=2.5 --bays=0 --devices=64";
+            << "--port=0 --seed=18446744073709551615 --speed=2.5 --bays=0 --devices=64 "
+               "--scenario=a.json";
     }
 
     void readsBothForms() {
@@ -53,6 +56,7 @@ private slots:
         QCOMPARE(options.speed, 2.5);
         QCOMPARE(options.size.bays, 0);
         QCOMPARE(options.size.devices, 64);
+        QCOMPARE(options.scenario, "a.json");
     }
 
     void refuses_data() {
@@ -76,6 +80,8 @@ private slots:
                               << "--bays must be a whole number from 0 to 64";
         QTest::newRow("devices") << "--devices 1.5"
                                  << "--devices must be a whole number from 0 to 64";
+        QTest::newRow("scenario") << "--scenario="
+                                  << "--scenario must be a file";
         QTest::newRow("no value") << "--bays"
                                   << "--bays needs a value";
         QTest::newRow("unknown") << "--idle"

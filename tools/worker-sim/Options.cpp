@@ -53,13 +53,17 @@ std::string take(const Option& option, Options& options) {
     if (name == "--speed") {
         return assign(options.speed, value, 0.01, 1000.0) ? "" : "a number from 0.01 to 1000";
     }
+    if (name == "--scenario") {
+        options.scenario = value;
+        return value.empty() ? "a file" : "";
+    }
     int& places = name == "--bays" ? options.size.bays : options.size.devices;
     return assign(places, value, 0, mostPlaces) ? "" : "a whole number from 0 to 64";
 }
 
 bool known(std::string_view name) {
     return name == "--port" || name == "--seed" || name == "--speed" || name == "--bays"
-           || name == "--devices";
+           || name == "--devices" || name == "--scenario";
 }
 
 } // namespace
@@ -105,13 +109,16 @@ answers on 127.0.0.1 as the service would, with invented jobs, phones and temper
   --speed X     how much faster than real time the jobs go, 0.01 to 1000 (1)
   --bays N      how many processing bays, 0 to 64 (3)
   --devices N   how many phones, 0 to 64; without phones no jobs come (2)
+  --scenario FILE
+                arm and clear faults and close the listener at the times that the file
+                says: a JSON list of steps, see docs/protocol.md
   -h, --help    show this text
 
 When TESSALURE_WORKER_TOKEN is set and not empty, requests below /v1 must carry it as
 their bearer token. Faults are armed over HTTP below /sim: see docs/protocol.md.
 
 One line on standard output tells the address once it listens. SIGTERM and SIGINT end it
-with status 0. Status 1: the port cannot be had; 2: an option is wrong.
+with status 0. Status 1: the port cannot be had; 2: an option or the scenario is wrong.
 )";
 }
 

@@ -15,6 +15,7 @@ struct Options {
     std::uint64_t seed = 1;
     double speed = 1;
     RackSize size;
+    std::string scenario; ///< a file's path; empty: none is played
     bool help = false;
 };
 

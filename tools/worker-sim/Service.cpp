@@ -16,7 +16,7 @@ constexpr auto address = "127.0.0.1";
 Service::Service(Simulation& simulation, std::string token)
     : simulation_(simulation),
       workerApi_(simulation, std::move(token)),
-      switchApi_(simulation, [this](Seconds time, bool restart) { closeListener(time, restart); }) {
+      switchApi_(simulation, [this](const Closure& closure) { closeListener(closure); }) {
     workerApi_.install(server_);
     switchApi_.install(server_);
 }
@@ -35,14 +35,17 @@ std::optional<int> Service::start(int port) {
         return std::nullopt;
     }
     thread_ = std::thread([this] { run(); });
+    // A server that is just about to listen would not hear that it is to be closed.
+    while (!server_.is_running()) {
+        std::this_thread::sleep_for(1ms);
+    }
     return port_;
 }
 
-void Service::closeListener(Seconds time, bool restart) {
+void Service::closeListener(const Closure& closure) {
     {
         const std::lock_guard lock(mutex_);
-        closedTime_ = time;
-        restart_ = restart;
+        closure_ = closure;
     }
     server_.stopListening();
 }
@@ -78,13 +81,13 @@ void Service::run() {
 bool Service::reopen() {
     std::unique_lock lock(mutex_);
     const auto quitting = [this] { return quitting_; };
-    changed_.wait_for(lock, closedTime_, quitting);
+    changed_.wait_for(lock, closure_.time, quitting);
     while (!quitting_ && !server_.bind_to_port(address, port_)) {
         changed_.wait_for(lock, 100ms, quitting);
     }
-    if (restart_) {
+    if (closure_.restart) {
         simulation_.restart();
-        restart_ = false;
+        closure_.restart = false;
     }
     return !quitting_;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/worker-sim/Closure.h"
 #include "tools/worker-sim/HttpServer.h"
 #include "tools/worker-sim/Simulation.h"
 #include "tools/worker-sim/SwitchApi.h"
@@ -27,9 +28,8 @@ public:
     /// the port, or nothing when it cannot be had.
     [[nodiscard]] std::optional<int> start(int port);
 
-    /// Refuses connections for that long, then listens on the same port again; `restart`: with the
-    /// simulation at its start.
-    void closeListener(Seconds time, bool restart);
+    /// Refuses connections for that long, then listens on the same port again.
+    void closeListener(const Closure& closure);
 
     /// Returns when the port is closed and every answer has been sent or cut.
     void stop();
@@ -47,8 +47,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    Seconds closedTime_{};
-    bool restart_ = false;
+    Closure closure_; ///< the one that goes on, or the last one
     bool quitting_ = false;
     bool finished_ = false;
 };

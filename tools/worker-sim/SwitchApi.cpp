@@ -13,8 +13,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double longestClosure = 86'400;
-
 void reply(httplib::Response& response, const json& document) {
     response.set_content(textOf(document), "application/json");
 }
@@ -70,17 +68,12 @@ void SwitchApi::arm(const httplib::Request& request, httplib::Response& response
 
 void SwitchApi::close(const httplib::Request& request, httplib::Response& response) {
     const json body = json::parse(request.body, nullptr, false);
-    const json seconds = body.is_object() ? body.value("closed_seconds", json()) : json();
-    if (!seconds.is_number() || seconds <= 0 || seconds > longestClosure) {
-        refuse(response, "closed_seconds must be a number above 0, at most 86400");
+    const auto closure = closureFromJson(body);
+    if (const auto* complaint = std::get_if<std::string>(&closure)) {
+        refuse(response, *complaint);
         return;
     }
-    const json restart = body.value("restart", json(false));
-    if (!restart.is_boolean()) {
-        refuse(response, "restart must be true or false");
-        return;
-    }
-    closeListener_(Seconds(seconds.get<double>()), restart.get<bool>());
+    closeListener_(std::get<Closure>(closure));
     reply(response, body);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "tools/worker-sim/Closure.h"
 #include "tools/worker-sim/HttpServer.h"
-#include "tools/worker-sim/Random.h"
 #include "tools/worker-sim/Simulation.h"
 
 #include <functional>
@@ -11,8 +11,7 @@ namespace vesk::sim {
 /// The fault switch and the request log, everything below /sim. A real service has none of this.
 class SwitchApi {
 public:
-    /// Closes the listener for that long; `restart`: what opens again has just been started.
-    using CloseListener = std::function<void(Seconds time, bool restart)>;
+    using CloseListener = std::function<void(const Closure& closure)>;
 
     /// `closeListener` is called on a handler's thread.
     SwitchApi(Simulation& simulation, CloseListener closeListener);

@@ -1,4 +1,6 @@
 #include "tools/worker-sim/Options.h"
+#include "tools/worker-sim/Scenario.h"
+#include "tools/worker-sim/ScenarioPlayer.h"
 #include "tools/worker-sim/Service.h"
 #include "tools/worker-sim/Simulation.h"
 
@@ -7,7 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -33,7 +37,20 @@ sigset_t blockEndingSignals() {
     return signals;
 }
 
-int serve(const vesk::sim::Options& options) {
+/// None where no file is named; a sentence that says what is wrong with one.
+std::variant<vesk::sim::Scenario, std::string> scenarioIn(const std::string& file) {
+    if (file.empty()) {
+        return {};
+    }
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream text;
+    if (!(text << stream.rdbuf())) {
+        return "it is empty or cannot be read";
+    }
+    return vesk::sim::scenarioFromText(text.str());
+}
+
+int serve(const vesk::sim::Options& options, const vesk::sim::Scenario& scenario) {
     const sigset_t ending = blockEndingSignals();
     vesk::sim::Simulation simulation(options.seed, options.size, options.speed);
     vesk::sim::Service service(simulation, tokenFromEnvironment());
@@ -43,6 +60,7 @@ int serve(const vesk::sim::Options& options) {
         return 1;
     }
     std::cout << programName << " listening on 127.0.0.1:" << *port << std::endl;
+    const vesk::sim::ScenarioPlayer player(scenario, simulation, service);
 
     int signal = 0;
     sigwait(&ending, &signal);
@@ -60,7 +78,13 @@ int run(const std::vector<std::string_view>& arguments) {
         std::cout << vesk::sim::helpText();
         return 0;
     }
-    return serve(std::get<vesk::sim::Options>(options));
+    const std::string& file = std::get<vesk::sim::Options>(options).scenario;
+    const auto scenario = scenarioIn(file);
+    if (const auto* complaint = std::get_if<std::string>(&scenario)) {
+        std::cerr << programName << ": " << file << ": " << *complaint << '\n';
+        return 2;
+    }
+    return serve(std::get<vesk::sim::Options>(options), std::get<vesk::sim::Scenario>(scenario));
 }
 
 } // namespace

@@ -17,6 +17,16 @@ DOCUMENTED = re.compile(
     r"|Presentation test failed|VeskWorkerControl: the screen is gone"
 )
 
+_WORD = r"[a-z-]+"
+_TEXT = r'"(?:[^"\\\x00-\x1f]|\\["\\nt]|\\u[0-9a-f]{4})*"'
+_VALUE = rf"(?:{_WORD}|-?\d+|{_TEXT}|\[(?:{_TEXT}(?:,{_TEXT})*)?\]|[A-Z]+)"
+
+# A line of our own logging categories.
+REASON = re.compile(
+    r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} "
+    rf"(?P<said>vesk\.(?:service|agent|ui): event={_WORD}(?: [a-z_]+={_VALUE})*)"
+)
+
 _numbers = itertools.count(1)
 
 
@@ -37,15 +47,20 @@ def visited_home(desktop):
 
 class Dashboard:
     """With a home of its own unless one is given in `home`, the environment of another; without
-    the variables named in `without`; started by `command`."""
+    the variables named in `without`; started by `command`; with all its reasons told if `told`."""
 
-    def __init__(self, desktop, *arguments, home=None, token=None, without=(), command=(DASHBOARD,)):
+    def __init__(
+        self, desktop, *arguments, home=None, token=None, without=(), command=(DASHBOARD,), told=False
+    ):
         number = next(_numbers)
         self.desktop = desktop
         self.home = home or visited_home(desktop)
         environment = {**desktop.environment, **self.home}
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
+        self._told = told
+        if told:
+            environment["QT_LOGGING_RULES"] += ";vesk.*=true"
         for name in without:
             del environment[name]
         self._process = Process(
@@ -67,8 +82,16 @@ class Dashboard:
 
     @property
     def complaints(self):
-        """What standard error says besides the documented lines."""
-        return [line for line in self.err.splitlines() if not DOCUMENTED.fullmatch(line)]
+        """What standard error says besides the documented lines and the reasons asked for."""
+        return [
+            line for line in self.err.splitlines()
+            if not DOCUMENTED.fullmatch(line) and not (self._told and REASON.fullmatch(line))
+        ]
+
+    def reasons(self, beginning=""):
+        """What was told so far and begins so, without the time."""
+        told = [REASON.fullmatch(line) for line in self.err.splitlines()]
+        return [each["said"] for each in told if each and each["said"].startswith(beginning)]
 
     @property
     def cpu_seconds(self):

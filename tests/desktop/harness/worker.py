@@ -1,11 +1,14 @@
 """The simulated worker with its fault switch and its request log."""
 
 import json
+import os
 import urllib.request
 
 from .desktop import WORKER
 from .process import Process
 from .waiting import wait_for
+
+SCENARIOS = os.path.join(os.path.dirname(__file__), "../../../tools/scenarios")
 
 _direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
@@ -28,12 +31,13 @@ STILL = {
 
 
 class Worker:
-    def __init__(self, desktop, port, token=None, devices=2):
+    def __init__(self, desktop, port, token=None, devices=2, scenario=None):
         environment = dict(desktop.environment)
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
         self._process = Process(
-            [WORKER, "--port", str(port), "--devices", str(devices)],
+            [WORKER, "--port", str(port), "--devices", str(devices),
+             *(["--scenario", os.path.join(SCENARIOS, scenario)] if scenario else [])],
             environment,
             desktop.folder,
             "worker",
