@@ -48,6 +48,9 @@ CONTENTS = {
         "usr/share/bash-completion/completions/vesk-worker-sim": "-rw-r--r--",
         f"usr/share/doc/{SIMULATOR}/changelog.gz": "-rw-r--r--",
         f"usr/share/doc/{SIMULATOR}/copyright": "-rw-r--r--",
+        f"usr/share/doc/{SIMULATOR}/scenarios/busy-day.json": "-rw-r--r--",
+        f"usr/share/doc/{SIMULATOR}/scenarios/late-then-garbage.json": "-rw-r--r--",
+        f"usr/share/doc/{SIMULATOR}/scenarios/listener-dies.json": "-rw-r--r--",
         "usr/share/man/man1/vesk-worker-sim.1.gz": "-rw-r--r--",
     },
 }
