@@ -111,11 +111,15 @@ class StartTest(DesktopCase):
         dashboard = self.live_dashboard(worker)
         announcements = Announcements()
         self.addCleanup(announcements.end)
-        worker.show_slots(bay(1, state="busy", stage="describe"), connected_devices=[])
+        job = {"state": "busy", "stage": "describe", "media_kind": "video", "progress_total": 4}
         expected = ("label", "1 processor working")
-        wait_for("the announcement", lambda: expected in announcements.names())
-        worker.clear_requests()
-        wait_for("more fetches", lambda: len(worker.arrivals()) >= 2)
+        # The job goes on while the headline stays.
+        for frame in (1, 2, 3):
+            worker.show_slots(bay(1, progress_current=frame, **job), connected_devices=[])
+            wait_for(
+                f"the announcement of frame {frame}",
+                lambda: any(f"frame {frame}/4" in name for _role, name in announcements.names()),
+            )
         self.assertEqual(announcements.names().count(expected), 1)
         self.assertIn(expected[1], dashboard.texts())
 

@@ -102,6 +102,7 @@ QWidget* CompactPanelView::makeRackBox() {
         auto* row = rackLine();
         auto* meter = new Meter;
         meter->setAccessibleName(bayName(static_cast<int>(bay) + 1));
+        meter->setLabel(row);
         compactRows_.at(bay) = row;
         compactMeters_.at(bay) = meter;
         cells.append(stack({row, meter}, true, 5));

@@ -2,6 +2,7 @@
 
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/dashboard/WindowVisibility.h"
+#include "ui/kit/ModalDialog.h"
 #include "ui/kit/ViewKit.h"
 
 #include <QAccessibleWidget>
@@ -107,14 +108,23 @@ void DashboardWindow::bringToFront() {
     if (isMinimized()) {
         setWindowState(windowState() & ~Qt::WindowMinimized);
     }
+    const bool anew = visibility_->comesBackOnlyAnew();
+    if (anew) {
+        hide();
+    }
     keepReachable();
     show();
+    for (auto* sheet : findChildren<ModalDialog*>(Qt::FindDirectChildrenOnly)) {
+        if (anew && sheet->isVisible()) {
+            sheet->comeAnew();
+        }
+    }
     raise();
     activateWindow();
 }
 
 void DashboardWindow::reveal() {
-    if (!isVisible() || isMinimized()) {
+    if (!isVisible() || isMinimized() || visibility_->comesBackOnlyAnew()) {
         bringToFront();
     }
 }

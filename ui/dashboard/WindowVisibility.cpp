@@ -3,14 +3,33 @@
 #include "ui/dashboard/ObscuredWatch.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QWidget>
 #include <QWindow>
 
 namespace vesk {
 
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// There a program can minimise its window but not bring it back, and is not told either: a window
+/// that nobody sees is one whose last picture is not asked for.
+bool isWayland() {
+    return QGuiApplication::platformName().startsWith("wayland"_L1);
+}
+
+} // namespace
+
 WindowVisibility::WindowVisibility(QWidget& window) : QObject(&window), window_(window) {
     window_.installEventFilter(this);
     watchHandle();
+    if (isWayland()) {
+        // It may have been minimised or covered: the fate of a new picture tells.
+        connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this] {
+            window_.update(0, 0, 1, 1);
+        });
+    }
 }
 
 WindowVisibility::~WindowVisibility() = default;
@@ -18,6 +37,10 @@ WindowVisibility::~WindowVisibility() = default;
 bool WindowVisibility::isWindowVisibleToUser() const {
     return window_.isVisible() && !window_.isMinimized() && handle_ && handle_->isExposed()
            && !(obscured_ && obscured_->isFullyObscured());
+}
+
+bool WindowVisibility::comesBackOnlyAnew() const {
+    return isWayland() && window_.isVisible() && !isWindowVisibleToUser();
 }
 
 bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {

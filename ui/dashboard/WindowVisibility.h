@@ -26,6 +26,10 @@ public:
 
     [[nodiscard]] bool isWindowVisibleToUser() const;
 
+    /// Whether the window is shown where nobody sees it and the program cannot change that, unless
+    /// it hides the window and shows it again.
+    [[nodiscard]] bool comesBackOnlyAnew() const;
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:

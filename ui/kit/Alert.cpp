@@ -26,7 +26,10 @@ QWidget* messageView(const QString& message) {
     auto* text = paragraph(message);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     text->setAlignment(Qt::AlignTop);
+    // The text has the keyboard and leaves the keys that scroll to the view around it.
+    text->setFocusPolicy(Qt::StrongFocus);
     auto* view = new QScrollArea;
+    view->setFocusPolicy(Qt::NoFocus);
     view->setFrameShape(QFrame::NoFrame);
     view->setWidgetResizable(true);
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);

@@ -7,6 +7,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace vesk {
 
@@ -26,6 +27,16 @@ public:
     [[nodiscard]] QVariant maximumValue() const override { return 1.0; }
     [[nodiscard]] QVariant minimumValue() const override { return 0.0; }
     [[nodiscard]] QVariant minimumStepSize() const override { return 0.0; }
+
+    [[nodiscard]] QList<std::pair<QAccessibleInterface*, QAccessible::Relation>>
+    relations(QAccessible::Relation wanted) const override {
+        auto found = QAccessibleWidget::relations(wanted);
+        if (meter_->label() != nullptr && wanted.testFlag(QAccessible::Label)) {
+            found.append(
+                {QAccessible::queryAccessibleInterface(meter_->label()), QAccessible::Label});
+        }
+        return found;
+    }
 
     void* interface_cast(QAccessible::InterfaceType type) override {
         if (type == QAccessible::ValueInterface) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 namespace vesk {
@@ -19,12 +20,17 @@ public:
     /// Whether the bar stands for something under way, which gives it the accent colour.
     void setLive(bool live);
 
+    /// The view that tells in words what the meter shows.
+    void setLabel(QWidget* label) { label_ = label; }
+    [[nodiscard]] QWidget* label() const noexcept { return label_; }
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     double value_ = 0;
     bool live_ = false;
+    QPointer<QWidget> label_;
 };
 
 } // namespace vesk

@@ -24,6 +24,15 @@ void ModalDialog::done(int result) {
     }
 }
 
+void ModalDialog::comeAnew() {
+    hangOn(*parentWidget());
+    for (auto* dialog : findChildren<ModalDialog*>(Qt::FindDirectChildrenOnly)) {
+        if (dialog->isVisible()) {
+            dialog->comeAnew();
+        }
+    }
+}
+
 void ModalDialog::hangOn(QWidget& window) {
     const bool hadKeyboard = isActiveWindow();
     hide();

@@ -15,6 +15,10 @@ public:
     /// then has the keyboard.
     void done(int result) override;
 
+    /// Shows the dialog as a new window on its parent, which is a new one itself, and what hangs on
+    /// it likewise.
+    void comeAnew();
+
 private:
     void hangOn(QWidget& window);
 };

@@ -26,6 +26,23 @@ class Node:
     def value(self):
         return self._accessible.get_current_value()
 
+    @property
+    def range(self):
+        """The least value, the current one and the greatest."""
+        value = self._accessible.get_value_iface()
+        return (
+            value.get_minimum_value(), value.get_current_value(), value.get_maximum_value()
+        )
+
+    def labels(self):
+        """What is said to be its label."""
+        return [
+            Node(relation.get_target(index))
+            for relation in self._accessible.get_relation_set()
+            if relation.get_relation_type() == Atspi.RelationType.LABELLED_BY
+            for index in range(relation.get_n_targets())
+        ]
+
     def has(self, state):
         """`state` as in "enabled", "checked", "indeterminate", "showing"."""
         return self._accessible.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
@@ -40,13 +57,19 @@ class Node:
         """Does the first action that the node offers."""
         self._accessible.do_action(0)
 
-    def act(self, name):
-        """Does the action of that name."""
-        actions = [
+    def actions(self):
+        """The names of what can be done with it."""
+        return [
             Atspi.Action.get_action_name(self._accessible, index)
             for index in range(self._accessible.get_n_actions())
         ]
-        self._accessible.do_action(actions.index(name))
+
+    def act(self, name):
+        """Does the action of that name."""
+        self._accessible.do_action(self.actions().index(name))
+
+    def take_focus(self):
+        self._accessible.grab_focus()
 
     def children(self):
         count = self._accessible.get_child_count()

@@ -7,6 +7,7 @@ import tempfile
 
 from .process import Process
 from .waiting import wait_for
+from .waylandwindows import WaylandWindows
 from .windows import Windows
 
 BUILD = os.environ["VESK_BUILD_DIR"]
@@ -20,6 +21,8 @@ WIDTH, HEIGHT = 1280, 800
 class Desktop:
     """One for each test process; `environment` is what programs on it are started with."""
 
+    platform = None
+
     def __init__(self):
         # Short, because sockets live in it.
         self.folder = tempfile.mkdtemp(prefix="vesk-")
@@ -27,22 +30,27 @@ class Desktop:
         self.environment = self._bare_environment()
         self.windows = None
         try:
-            _screen, self.environment["DISPLAY"] = self.start_screen()
             _bus, self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus()
+            self._start_windows()
             # The bindings look here, and connect once in the life of this process.
             for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
-                os.environ[name] = self.environment[name]
-            self._start_window_manager()
+                os.environ.pop(name, None)
+                if name in self.environment:
+                    os.environ[name] = self.environment[name]
         except BaseException:
             self.stop()
             raise
+
+    def _start_windows(self):
+        """Starts what shows windows, and sets `windows`, which knows them."""
+        raise NotImplementedError
 
     def _bare_environment(self):
         environment = {
             "PATH": "/usr/bin:/bin",
             "LC_ALL": "C.UTF-8",
             "GSETTINGS_BACKEND": "memory",
-            "QT_QPA_PLATFORM": "xcb",
+            "QT_QPA_PLATFORM": self.platform,
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
             # What the toolkit complains of is to be seen.
             "QT_LOGGING_RULES": "*.warning=true",
@@ -100,17 +108,15 @@ class Desktop:
         )
         return bus, wait_for("the session bus's address", lambda: bus.out.strip())
 
-    def _start_window_manager(self):
-        self._start(["openbox", "--sm-disable"], "window-manager")
-        self.windows = Windows(self.environment["DISPLAY"])
-        wait_for("the window manager", self.windows.is_managed)
-
     def picture(self, name):
         """Keeps a picture of the screen beside the build."""
         os.makedirs(PICTURES, exist_ok=True)
         path = os.path.join(PICTURES, name + ".png")
-        subprocess.run(["scrot", "--overwrite", path], env=self.environment, check=False)
+        self._take_picture(path)
         return path
+
+    def _take_picture(self, path):
+        raise NotImplementedError
 
     def stop(self):
         if self.windows:
@@ -118,3 +124,56 @@ class Desktop:
         for process in reversed(self._processes):
             process.stop()
         shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class X11Desktop(Desktop):
+    platform = "xcb"
+
+    def _start_windows(self):
+        _screen, self.environment["DISPLAY"] = self.start_screen()
+        self._start(["openbox", "--sm-disable"], "window-manager")
+        self.windows = Windows(self.environment["DISPLAY"])
+        wait_for("the window manager", self.windows.is_managed)
+
+    def _take_picture(self, path):
+        subprocess.run(["scrot", "--overwrite", path], env=self.environment, check=False)
+
+
+class WaylandDesktop(Desktop):
+    """Nobody sits at it: its screen has neither mouse nor keyboard."""
+
+    platform = "wayland"
+
+    def _start_windows(self):
+        self._start_compositor("headless-backend.so")
+
+    def _start_compositor(self, backend):
+        self._start(
+            ["weston", "--backend=" + backend, "--use-pixman", "--no-config", "--debug",
+             "--idle-time=0", f"--width={WIDTH}", f"--height={HEIGHT}", "--socket=wayland"],
+            "compositor",
+        )
+        # With its folder, because programs have runtime folders of their own.
+        self.environment["WAYLAND_DISPLAY"] = os.path.join(
+            self.environment["XDG_RUNTIME_DIR"], "wayland"
+        )
+        self.windows = WaylandWindows(self.environment)
+        wait_for("the compositor's desktop", self.windows.is_managed)
+
+    def _take_picture(self, path):
+        with tempfile.TemporaryDirectory(dir=self.folder) as folder:
+            subprocess.run(
+                ["weston-screenshooter"], cwd=folder, env=self.environment, timeout=10, check=False
+            )
+            for name in os.listdir(folder):
+                shutil.move(os.path.join(folder, name), path)
+
+
+class NestedWaylandDesktop(WaylandDesktop):
+    """Its screen is a window on an X11 screen, whose mouse and keyboard it shares."""
+
+    _take_picture = X11Desktop._take_picture
+
+    def _start_windows(self):
+        _screen, self.environment["DISPLAY"] = self.start_screen()
+        self._start_compositor("x11-backend.so")

@@ -103,6 +103,11 @@ class Windows:
         """As a press on the window's entry in a task bar."""
         self._tell(window, "_NET_ACTIVE_WINDOW", 2, X.CurrentTime, 0)
 
+    def pixels(self, place):
+        """What is on the screen there."""
+        left, top, width, height = place
+        return self._root.get_image(left, top, width, height, X.ZPixmap, 0xFFFFFFFF).data
+
     def cover(self):
         """Puts a full-screen window in front of all others."""
         size = self._root.get_geometry()

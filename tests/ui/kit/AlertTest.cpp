@@ -63,6 +63,22 @@ private slots:
         QVERIFY(alert->findChild<QPushButton*>()->hasFocus());
     }
 
+    void aLongMessageIsReadAndScrolledByKeyboard() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"one line\n"_s.repeated(100), parent);
+        QVERIFY(QTest::qWaitForWindowActive(alert));
+        QTest::keyClick(alert->focusWidget(), Qt::Key_Tab);
+        const auto* text = qobject_cast<QLabel*>(alert->focusWidget());
+        QVERIFY(text != nullptr && text->text().startsWith(u"one line"_s));
+        const QScrollBar& bar = *messageArea(*alert).verticalScrollBar();
+        QCOMPARE(bar.value(), 0);
+        QTest::keyClick(alert->focusWidget(), Qt::Key_PageDown);
+        QVERIFY(bar.value() > 0);
+        QTest::keyClick(alert->focusWidget(), Qt::Key_Tab);
+        QVERIFY(alert->findChild<QPushButton*>()->hasFocus());
+    }
+
     void itShowsAWarningSign() {
         QWidget parent;
         parent.show();
