@@ -101,6 +101,7 @@ private slots:
     void templateLinkToNowhere();
     void templateIsAPipe();
     void templateIsHuge();
+    void largestTemplate();
     void templateUnreadable();
     void agentPlaces_data();
     void agentPlaces();
@@ -270,6 +271,20 @@ void LoginItemTest::templateIsHuge() {
     QCOMPARE(failure->code, EFBIG);
     QVERIFY(failure->description.endsWith(u"could not be read: File too large"));
     QCOMPARE(content(home.locations.agentURL()), earlier);
+}
+
+void LoginItemTest::largestTemplate() {
+    const Home home;
+    QByteArray largest = content(home.locations.templateURL());
+    largest += QByteArray(qsizetype{256} * 1024 - largest.size(), '\n');
+    write(home.locations.templateURL(), largest);
+    QVERIFY(!configureLogin(home.locations, true));
+    QCOMPARE(content(home.locations.agentURL()), largest);
+
+    write(home.locations.templateURL(), largest + '\n');
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure && failure->code == EFBIG);
+    QCOMPARE(content(home.locations.agentURL()), largest);
 }
 
 void LoginItemTest::templateUnreadable() {
