@@ -7,8 +7,10 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QMenu>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -81,6 +83,7 @@ private slots:
     void comesBackFromAScreenThatIsGone_data();
     void comesBackFromAScreenThatIsGone();
     void visibilityIsTold();
+    void openMenuIsAChildForAssistiveTechnology();
 };
 
 void DashboardWindowTest::initTestCase() {
@@ -259,6 +262,36 @@ void DashboardWindowTest::comesBackFromAScreenThatIsGone() {
     } else {
         QVERIFY(window.screen()->availableGeometry().contains(window.frameGeometry().topLeft()));
     }
+}
+
+void DashboardWindowTest::openMenuIsAChildForAssistiveTechnology() {
+    DashboardWindow window;
+    QAction entry(u"Entry"_s);
+    window.setMenuEntries({&entry});
+    static_cast<QWidget&>(window).show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto* accessible = QAccessible::queryAccessibleInterface(&window);
+    const int others = accessible->childCount();
+    QVERIFY(others > 0);
+    const auto verifyOthers = [&] {
+        for (int index = 0; index < others; ++index) {
+            QCOMPARE(accessible->indexOfChild(accessible->child(index)), index);
+        }
+    };
+    verifyOthers();
+    auto* actions = accessible->actionInterface();
+    QVERIFY(actions->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+
+    actions->doAction(QAccessibleActionInterface::showMenuAction());
+    QTRY_VERIFY(window.menu().isVisible());
+    auto* menu = QAccessible::queryAccessibleInterface(&window.menu());
+    QCOMPARE(accessible->childCount(), others + 1);
+    QCOMPARE(accessible->child(others), menu);
+    QCOMPARE(accessible->indexOfChild(menu), others);
+    verifyOthers();
+
+    window.menu().close();
+    QCOMPARE(accessible->childCount(), others);
 }
 
 void DashboardWindowTest::visibilityIsTold() {
