@@ -100,7 +100,10 @@ private slots:
         QVERIFY(answer);
         QCOMPARE(answer->value(u"n").toInteger(), 9007199254740993);
         QCOMPARE(peer.requests().size(), 1);
-        QVERIFY(peer.requests().constFirst().head.startsWith("GET /v1/health HTTP/1.1\r\n"));
+        QCOMPARE(
+            peer.requests().constFirst().head,
+            "GET /v1/health HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(peer.serverPort())
+                + "\r\nConnection: close\r\nAccept: application/json\r\n\r\n");
     }
 
     void answersAreReadOffTheMainThread() {

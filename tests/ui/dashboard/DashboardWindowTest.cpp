@@ -1,4 +1,5 @@
 #include "ui/dashboard/DashboardWindow.h"
+#include "tests/ui/kit/Widgets.h"
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/kit/ElidedLabel.h"
 #include "ui/kit/Meter.h"
@@ -37,10 +38,6 @@ CompactPanel panelOf(const QString& word) {
     panel.compactStart = {u"Resume deep jobs"_s, true};
     panel.compactToggle = {Qt::Checked, true};
     return panel;
-}
-
-QRect placeOf(const QWidget& widget) {
-    return {widget.mapTo(widget.window(), QPoint()), widget.size()};
 }
 
 /// The widgets that a person reads or presses.

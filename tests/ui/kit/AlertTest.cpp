@@ -1,4 +1,5 @@
 #include "ui/kit/Alert.h"
+#include "tests/ui/kit/Widgets.h"
 #include "ui/kit/GlyphView.h"
 
 #include <QLabel>
@@ -8,6 +9,8 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -46,6 +49,29 @@ private slots:
         texts.sort();
         QCOMPARE(
             texts, (QStringList{u"<b>No</b> & \"no\""_s, u"Corvala for Mac needs attention"_s}));
+    }
+
+    void looks() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"It failed"_s, parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        const auto labels = alert->findChildren<QLabel*>();
+        const auto heading = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
+            return label->text() == u"Corvala for Mac needs attention"_s;
+        });
+        const auto& symbol = *alert->findChild<GlyphView*>();
+        const auto& ok = *buttonNamed(*alert, u"OK"_s);
+        QVERIFY(writingOf(**heading).startsWith(u"14 Bold "_s));
+        QCOMPARE(
+            (*heading)->palette().color(QPalette::WindowText),
+            alert->palette().color(QPalette::WindowText));
+        QCOMPARE(placeOf(symbol), QRect(20, 20, 36, 36));
+        QCOMPARE(gapBeside(symbol, **heading), 16);
+        QCOMPARE(gapBelow(**heading, messageArea(*alert)), 6);
+        QCOMPARE(messageArea(*alert).width(), 380);
+        QCOMPARE(gapBelow(messageArea(*alert), ok), 16);
+        QCOMPARE(placeOf(ok).bottomRight(), alert->rect().bottomRight() - QPoint(20, 20));
     }
 
     void anEmptyMessageIsAHeadingWithoutComplaint() {
