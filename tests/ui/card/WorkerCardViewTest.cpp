@@ -76,6 +76,9 @@ void WorkerCardViewTest::beforeTheFirstUpdate() {
     QCOMPARE(texts(), textsOf(WorkerCard()));
     QCOMPARE(card_->findChild<GlyphView*>()->name(), u"cpu"_s);
     QCOMPARE(card_->findChild<GlyphView*>()->accessibleName(), u"Worker activity"_s);
+    QCOMPARE(
+        QAccessible::queryAccessibleInterface(card_->findChild<GlyphView*>())->role(),
+        QAccessible::Graphic);
     QCOMPARE(card_->findChild<GlyphView*>()->size(), QSize(38, 38));
     QCOMPARE(card_->minimumHeight(), 320);
 }

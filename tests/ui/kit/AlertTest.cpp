@@ -60,13 +60,16 @@ private slots:
         const auto heading = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
             return label->text() == u"Corvala for Mac needs attention"_s;
         });
-        const auto& symbol = *alert->findChild<GlyphView*>();
+        auto& symbol = *alert->findChild<GlyphView*>();
         const auto& ok = *buttonNamed(*alert, u"OK"_s);
         QVERIFY(writingOf(**heading).startsWith(u"14 Bold "_s));
         QCOMPARE(
             (*heading)->palette().color(QPalette::WindowText),
             alert->palette().color(QPalette::WindowText));
         QCOMPARE(placeOf(symbol), QRect(20, 20, 36, 36));
+        auto* told = QAccessible::queryAccessibleInterface(&symbol);
+        QCOMPARE(told->role(), QAccessible::Graphic);
+        QCOMPARE(told->text(QAccessible::Name), u"Attention"_s);
         QCOMPARE(gapBeside(symbol, **heading), 16);
         QCOMPARE(gapBelow(**heading, messageArea(*alert)), 6);
         QCOMPARE(messageArea(*alert).width(), 380);
