@@ -2,6 +2,7 @@
 
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
+#include "ui/kit/ElidedLabel.h"
 
 #include <QAccessible>
 #include <QTest>
@@ -12,6 +13,22 @@
 namespace vesk {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The first column in which something is drawn.
+int inkBegin(const QImage& image) {
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixel(x, y) != image.pixel(image.width() - 1, 0)) {
+                return x;
+            }
+        }
+    }
+    return image.width();
+}
+
+} // namespace
 
 class WrappedLabelTest : public QObject {
     Q_OBJECT
@@ -96,6 +113,10 @@ void WrappedLabelTest::drawsItsLines() {
     QVERIFY(two != blank);
     QVERIFY(one != two);
     QCOMPARE(linesOf(u"one\ntwo"_s), std::pair(one, two));
+    // It begins where a label of one line does.
+    ElidedLabel elided(u"one"_s);
+    elided.resize(120, 60);
+    QCOMPARE(inkBegin(one), inkBegin(elided.grab().toImage()));
     // The last one tells that there is more.
     const auto [first, last] =
         linesOf(u"one\ntwo words that need far more than the rest of its line"_s);
