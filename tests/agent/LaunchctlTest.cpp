@@ -73,6 +73,7 @@ private slots:
     void deaths_data();
     void deaths();
     void toolsThatCannotStart();
+    void scriptOfAToolThatCannotStart();
     void outputEndsBeforeTheExitCounts();
     void exitAfterTheOutputEnded();
     void continuationRunsOnTheCallersThread();
@@ -180,6 +181,25 @@ void LaunchctlTest::toolsThatCannotStart() {
     const ScriptedTool tool("exit 0");
     QVERIFY(QFile::setPermissions(tool.path(), QFile::ReadOwner));
     QCOMPARE(failure(resultOf(tool)).code, EACCES);
+}
+
+void LaunchctlTest::scriptOfAToolThatCannotStart() {
+    const ScriptedTool tool("exit 0");
+    const QString mark = tool.file(u"mark"_s);
+    Launchctl launchctl(u"/nowhere/launchctl"_s);
+    QList<ToolResult> results;
+    const auto keep = [&](const ToolResult& result) { results.append(result); };
+    launchctl.runScript(u": >\"$1\""_s, {mark}, &launchctl, keep);
+    QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, patience);
+    QCOMPARE(failure(results.first()).code, ENOENT);
+
+    // One that can, to see that nothing came of the other.
+    Launchctl other(tool.path());
+    other.runScript(u"exec \"$0\" \"$@\""_s, {u"a b"_s}, &other, keep);
+    QTRY_COMPARE_WITH_TIMEOUT(results.size(), 2, patience);
+    QCOMPARE(tool.calls(), QStringList{u"a b"_s});
+    QVERIFY(!QFile::exists(mark));
+    QCOMPARE(results.size(), 2);
 }
 
 void LaunchctlTest::outputEndsBeforeTheExitCounts() {

@@ -122,6 +122,7 @@ private slots:
     void templateLinkToNowhere();
     void templateIsAPipe();
     void templateIsHuge();
+    void largestTemplate();
     void templateUnreadable();
     void agentPlaces_data();
     void agentPlaces();
@@ -191,7 +192,10 @@ void LoginItemTest::disableWhereNothingCanBeSeen() {
     const auto failure = configureLogin(home.locations, false);
     QVERIFY(failure);
     QCOMPARE(failure->code, ELOOP);
-    QVERIFY(failure->description.contains(u"could not be removed"));
+    QCOMPARE(
+        failure->description,
+        u"\"%1\" could not be removed: Too many levels of symbolic links"_s.arg(
+            home.locations.agentURL()));
 }
 
 void LoginItemTest::templateThroughALink() {
@@ -293,6 +297,20 @@ void LoginItemTest::templateIsHuge() {
     QCOMPARE(content(home.locations.agentURL()), earlier);
 }
 
+void LoginItemTest::largestTemplate() {
+    const Home home;
+    QByteArray largest = content(home.locations.templateURL());
+    largest += QByteArray(qsizetype{256} * 1024 - largest.size(), '\n');
+    write(home.locations.templateURL(), largest);
+    QVERIFY(!configureLogin(home.locations, true));
+    QCOMPARE(content(home.locations.agentURL()), largest);
+
+    write(home.locations.templateURL(), largest + '\n');
+    const auto failure = configureLogin(home.locations, true);
+    QVERIFY(failure && failure->code == EFBIG);
+    QCOMPARE(content(home.locations.agentURL()), largest);
+}
+
 void LoginItemTest::templateUnreadable() {
     const Home home;
     QVERIFY(QFile::setPermissions(home.locations.templateURL(), QFile::WriteOwner));
@@ -357,7 +375,9 @@ void LoginItemTest::folderAtTheAgentsPlace() {
     const auto failure = configureLogin(home.locations, true);
     QVERIFY(failure);
     QCOMPARE(failure->code, EISDIR);
-    QVERIFY(failure->description.endsWith(u"could not be written: Is a directory"));
+    QCOMPARE(
+        failure->description,
+        u"The file \"%1\" could not be written: Is a directory"_s.arg(home.locations.agentURL()));
     QCOMPARE(content(inside), QByteArray("inside"));
     QCOMPARE(home.agents(), QStringList{home.agentName()});
 
@@ -385,7 +405,8 @@ void LoginItemTest::foldersInTheWay() {
     const auto failure = configureLogin(home.locations, true);
     QVERIFY(failure);
     QCOMPARE(failure->domain, u"System"_s);
-    QVERIFY(failure->description.contains(u"could not be created"));
+    const QString begin = u"The folder \"%1\" could not be created: "_s.arg(home.agentFolder());
+    QVERIFY2(failure->description.startsWith(begin), qPrintable(failure->description));
     QVERIFY(!QFile::exists(home.folder.filePath(u"nobody"_s)));
     QCOMPARE(configureLogin(home.locations, false), std::nullopt);
 }

@@ -169,7 +169,18 @@ void PropertyListTest::binaryValues_data() {
     row("largest", "\x14" + bigEndian(0, 8) + bigEndian(~0ULL, 8), ~quint64(0));
     row("short real", "\x22\x3f\xc0" + QByteArray(2, '\0'), 1.5);
     row("date", "\x33" + QByteArray(8, '\0'), QVariant());
+    row("real", "\x23" + bigEndian(0x3ff8ULL << 48, 8), 1.5);
+    row("empty data", "\x40", QByteArray());
+    row("data", "\x42\x01\xff", QByteArray("\x01\xff"));
+    row("long data", "\x4f\x10\x10" + QByteArray(16, 'x'), QByteArray(16, 'x'));
+    row("length of two bytes", "\x4f\x11" + bigEndian(16, 2) + QByteArray(16, 'x'),
+        QByteArray(16, 'x'));
+    row("length of eight bytes", "\x4f\x13" + bigEndian(16, 8) + QByteArray(16, 'x'),
+        QByteArray(16, 'x'));
+    row("empty list", "\xa0", QVariantList());
+    row("empty dictionary", "\xd0", QVariantMap());
     row("empty text", "\x50", u""_s);
+    row("text of the last sign of ASCII", "\x51\x7f", u"\x7f"_s);
     row("text with a null",
         QByteArray(
             "\x53"
@@ -263,6 +274,12 @@ void PropertyListTest::refused_data() {
                           "a"});
     binaryRow("binary, identifier", {"\x80\x01"});
     binaryRow("binary, unknown", {QByteArray(1, '\x90')});
+    binaryRow(
+        "binary, length of an unknown width",
+        {"\x4f\x14" + bigEndian(0, 8) + bigEndian(1, 8) + "x"});
+    binaryRow("binary, length without a marker", {"\x4f\x09x"});
+    binaryRow("binary, length cut off", {"\x4f"});
+    binaryRow("binary, data longer than the file", {"\x4e\x01"});
     binaryRow("binary, ordered set", {QByteArray(1, '\xb0')});
     binaryRow("binary, set", {QByteArray(1, '\xc0')});
     binaryRow("binary, set of unknown", {QByteArray(1, '\xe0')});

@@ -47,6 +47,7 @@ private slots:
     void wanted();
     void oddFiles();
     void sameLabelTwice();
+    void unwritableFolders();
     void program();
 };
 
@@ -119,8 +120,30 @@ void AgentGeneratorTest::sameLabelTwice() {
     write(agents + u"/b.plist"_s, labelled("com.example.a", "<key>RunAtLoad</key><true/>"));
     const QStringList complaints = generateAgentUnits({agents, units});
     QCOMPARE(complaints.size(), 1);
-    QVERIFY(complaints.first().startsWith(agents + u"/b.plist: "_s));
+    QCOMPARE(
+        complaints.first(),
+        agents + u"/b.plist: Another launch agent has the label \"com.example.a\" already."_s);
     QCOMPARE(entries(units), QStringList{unitName(u"com.example.a"_s)});
+}
+
+void AgentGeneratorTest::unwritableFolders() {
+    const QTemporaryDir home;
+    const QString agents = home.filePath(u"agents"_s);
+    write(agents + u"/a.plist"_s, labelled("com.example.a", "<key>RunAtLoad</key><true/>"));
+    const QString units = home.filePath(u"units"_s);
+    write(units + u"/default.target.wants"_s, "in the way");
+    QCOMPARE(
+        generateAgentUnits({agents, units}),
+        QStringList{
+            agents
+            + u"/a.plist: \"%1/default.target.wants\" could not be written to."_s.arg(units)});
+    const QString file = home.filePath(u"file"_s);
+    write(file, "in the way");
+    const QStringList complaints = generateAgentUnits({agents, file});
+    QCOMPARE(
+        complaints,
+        QStringList{
+            agents + u"/a.plist: \"%1\" could not be written to: Not a directory"_s.arg(file)});
 }
 
 void AgentGeneratorTest::program() {
@@ -146,8 +169,10 @@ void AgentGeneratorTest::program() {
                    + "/Library/LaunchAgents/b.plist: The file is not a valid property list.\n");
     QCOMPARE(entries(units), QStringList{unitName(u"com.example.a"_s)});
     QVERIFY(!QFile::exists(home.filePath(u"early"_s)) && !QFile::exists(home.filePath(u"late"_s)));
-    QCOMPARE(run({}, QFile::encodeName(home.path())).first, 1);
-    QCOMPARE(run({units}, "").first, 1);
+    const std::pair nothingToDo(
+        1, QByteArray("vesk-agent-generator: no folder to write to, or no home folder\n"));
+    QCOMPARE(run({}, QFile::encodeName(home.path())), nothingToDo);
+    QCOMPARE(run({units}, ""), nothingToDo);
 }
 
 } // namespace vesk

@@ -163,6 +163,7 @@ private slots:
     void refusesAsTheToolkitDoes();
     void accepted_data();
     void accepted();
+    void escapedUnits();
     void refused_data();
     void refused();
 };
@@ -218,6 +219,29 @@ void JsonParserTest::accepted() {
     const auto read = parsed(text);
     QVERIFY(read);
     QCOMPARE(*read, value);
+}
+
+/// Alone and in pairs, at both ends of the two kinds of surrogates.
+void JsonParserTest::escapedUnits() {
+    const auto escaped = [](char16_t unit) {
+        return "\\u" + QByteArray::number(unit, 16).rightJustified(4, '0');
+    };
+    const auto mended = [](char16_t unit) {
+        return QChar::isSurrogate(unit) ? QChar(QChar::ReplacementCharacter) : QChar(unit);
+    };
+    const QList<char16_t> units{0x20,   0x7f,   0xd7ff, 0xd800, 0xd801, 0xdbfe,
+                                0xdbff, 0xdc00, 0xdc01, 0xdffe, 0xdfff, 0xe000};
+    for (const char16_t first : units) {
+        const QByteArray alone = "\"" + escaped(first) + "x\"";
+        QCOMPARE(parsed(alone), std::optional<QJsonValue>(QString(mended(first)) + u'x'));
+        for (const char16_t second : units) {
+            const bool isPair = QChar::isHighSurrogate(first) && QChar::isLowSurrogate(second);
+            const QString expected = isPair ? QString(QChar(first)) + QChar(second)
+                                            : QString(mended(first)) + mended(second);
+            const QByteArray both = "\"" + escaped(first) + escaped(second) + "\"";
+            QVERIFY2(parsed(both) == std::optional<QJsonValue>(expected), both.constData());
+        }
+    }
 }
 
 void JsonParserTest::refused_data() {

@@ -33,6 +33,7 @@ private slots:
     void badgeColour();
     void symbolFollows();
     void layout();
+    void looks();
     void longTextsFit();
     void rewritesAll();
 
@@ -77,6 +78,9 @@ void WorkerCardViewTest::beforeTheFirstUpdate() {
     QCOMPARE(texts(), textsOf(WorkerCard()));
     QCOMPARE(card_->findChild<GlyphView*>()->name(), u"cpu"_s);
     QCOMPARE(card_->findChild<GlyphView*>()->accessibleName(), u"Worker activity"_s);
+    QCOMPARE(
+        QAccessible::queryAccessibleInterface(card_->findChild<GlyphView*>())->role(),
+        QAccessible::Graphic);
     QCOMPARE(card_->findChild<GlyphView*>()->size(), QSize(38, 38));
     QCOMPARE(card_->minimumHeight(), 320);
 }
@@ -137,6 +141,38 @@ void WorkerCardViewTest::layout() {
     QCOMPARE(labelWith(u"Service stopped"_s).font().pixelSize(), 19);
     QCOMPARE(labelWith(u"Service stopped"_s).font().weight(), QFont::DemiBold);
     QCOMPARE(labelWith(u"results returned"_s).font().pixelSize(), 11);
+}
+
+void WorkerCardViewTest::looks() {
+    const SlotRecord slot = slotOf(
+        R"({"slot":2,"state":"busy","stage":"describe","model":"engine-1","elapsed_ms":12999,
+            "source_device":"Pixel","completed":41,"failed":3})");
+    const WorkerCard card(slot, readyService);
+    card_->update(slot, readyService);
+    lay(300);
+    const QString muted = Theme::muted.name();
+    const QString accent = Theme::accent.name();
+    QCOMPARE(writingOf(labelWith(card.number)), u"11 Bold "_s + muted);
+    QCOMPARE(writingOf(labelWith(card.badge)), u"12 DemiBold "_s + accent);
+    QCOMPARE(writingOf(labelWith(card.title)), u"19 DemiBold #ffffff"_s);
+    QCOMPARE(writingOf(labelWith(card.detail)), u"13 Normal "_s + muted);
+    QCOMPARE(writingOf(labelWith(card.engine)), u"11 Normal "_s + muted);
+    QCOMPARE(writingOf(labelWith(card.elapsed)), u"12 Medium "_s + accent);
+    QCOMPARE(writingOf(labelWith(card.completed)), u"28 DemiBold #ffffff"_s);
+    QCOMPARE(writingOf(labelWith(card.failed)), u"28 DemiBold #ffffff"_s);
+    QCOMPARE(writingOf(labelWith(u"failed jobs"_s)), u"11 Normal "_s + muted);
+
+    constexpr int gap = 14;
+    const QWidget& symbol = *card_->findChild<GlyphView*>();
+    QCOMPARE(placeOf(labelWith(card.badge)).top(), 22);
+    QCOMPARE(gapBelow(labelWith(card.badge), symbol), gap);
+    QCOMPARE(gapBelow(symbol, labelWith(card.title)), gap);
+    QCOMPARE(gapBelow(labelWith(card.title), labelWith(card.detail)), gap);
+    QCOMPARE(gapBelow(labelWith(card.detail), labelWith(card.engine)), gap);
+    QCOMPARE(gapBelow(labelWith(card.engine), labelWith(card.elapsed)), gap);
+    QCOMPARE(gapBelow(labelWith(card.completed), labelWith(u"results returned"_s)), 4);
+    QCOMPARE(gapBelow(labelWith(card.failed), labelWith(u"failed jobs"_s)), 4);
+    QCOMPARE(gapBeside(labelWith(u"results returned"_s), labelWith(u"failed jobs"_s)), 12);
 }
 
 void WorkerCardViewTest::longTextsFit() {

@@ -3,6 +3,7 @@
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
 #include "tests/ui/kit/Widgets.h"
+#include "ui/kit/GlyphView.h"
 #include "ui/kit/Lamp.h"
 #include "ui/kit/Meter.h"
 #include "ui/kit/Theme.h"
@@ -71,7 +72,7 @@ private slots:
     void init();
     void initialTexts();
     void showsThePanel();
-    void sizesOfTheTexts();
+    void looks();
     void rowColours();
     void rackAndDevicesBeginInOneColumn();
     void metersTellTheirBay();
@@ -148,20 +149,50 @@ void CompactPanelViewTest::showsThePanel() {
     QVERIFY(!button(u"Starting…"_s)->isEnabled());
 }
 
-void CompactPanelViewTest::sizesOfTheTexts() {
+void CompactPanelViewTest::looks() {
     view_->show(filledPanel());
-    const auto fontOf = [this](const QString& text) { return labelOf(*view_, text)->font(); };
-    const QFont headline = fontOf(u"2 processors working"_s);
-    QCOMPARE(headline.pixelSize(), 17);
-    QCOMPARE(headline.weight(), static_cast<int>(QFont::Bold));
-    const QFont title = fontOf(u"HALVEX / CORVALA INTELLIGENCE RACK"_s);
-    QCOMPARE(title.pixelSize(), 11);
-    QCOMPARE(title.weight(), static_cast<int>(QFont::Bold));
-    for (const QString& text :
-         {u"RACK     studio"_s, u"DEVICES  Pixel · now"_s, u"40% · 2/3 lanes"_s, u"BAY 1  ●  one"_s,
-          u"BAY 2  ○  two"_s}) {
-        QCOMPARE(fontOf(text).pixelSize(), 11);
-    }
+    const auto text = [this](const QString& words) -> const QWidget& {
+        return *labelOf(*view_, words);
+    };
+    const QString muted = Theme::muted.name();
+    const QWidget& title = text(u"HALVEX / CORVALA INTELLIGENCE RACK"_s);
+    const QWidget& headline = text(u"2 processors working"_s);
+    const QWidget& rack = text(u"RACK     studio"_s);
+    const QWidget& devices = text(u"DEVICES  Pixel · now"_s);
+    const QWidget& summary = text(u"40% · 2/3 lanes"_s);
+    const QWidget& bay = text(u"BAY 1  ●  one"_s);
+    QCOMPARE(writingOf(title), u"11 Bold "_s + Theme::accent.name());
+    QCOMPARE(writingOf(headline), u"17 Bold #ffffff"_s);
+    QCOMPARE(writingOf(rack), u"11 Medium "_s + muted);
+    QCOMPARE(writingOf(devices), u"11 Medium "_s + muted);
+    QCOMPARE(writingOf(summary), u"11 Normal "_s + muted);
+    QCOMPARE(writingOf(bay), u"11 Medium #ffffff"_s);
+
+    const QWidget& mark = *view_->findChild<GlyphView*>();
+    const QWidget& lamp = *view_->findChild<Lamp*>();
+    const QWidget& settings = *button(u"Settings"_s);
+    const QWidget& start = *button(u"Pause deep jobs"_s);
+    const QWidget& meter = *metersOf(*view_).at(0);
+    QCOMPARE(mark.size(), QSize(24, 24));
+    QCOMPARE(placeOf(mark).left(), 0);
+    QCOMPARE(gapBeside(mark, title), 12);
+    QCOMPARE(placeOf(settings).topRight(), view_->rect().topRight());
+    QCOMPARE(placeOf(lamp).left(), 20);
+    QCOMPARE(gapBeside(lamp, headline), 8);
+    QCOMPARE(gapBelow(settings, headline), 10 + 20);
+    QCOMPARE(gapBelow(headline, rack), 5);
+    QCOMPARE(gapBelow(rack, devices), 5);
+    QCOMPARE(gapBelow(devices, summary), 5);
+    QCOMPARE(placeOf(bay).left(), 12);
+    // What a taller window brings is between the bays.
+    view_->resize(680, view_->minimumSizeHint().height());
+    QCoreApplication::processEvents();
+    QCOMPARE(gapBelow(bay, meter), 5);
+    QCOMPARE(gapBelow(meter, text(u"BAY 2  ○  two"_s)), 10);
+    QCOMPARE(gapBelow(summary, bay), 20 + 10 + 12);
+    QCOMPARE(gapBelow(*metersOf(*view_).at(2), start), 12 + 10);
+    QCOMPARE(gapBeside(start, *toggle()), 12);
+    QCOMPARE(placeOf(start).bottomLeft(), view_->rect().bottomLeft());
 }
 
 void CompactPanelViewTest::rowColours() {

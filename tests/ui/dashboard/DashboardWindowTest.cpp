@@ -1,5 +1,6 @@
 #include "ui/dashboard/DashboardWindow.h"
 #include "tests/TestProgram.h"
+#include "tests/ui/kit/Widgets.h"
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/kit/ElidedLabel.h"
 #include "ui/kit/Meter.h"
@@ -8,8 +9,10 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
 #include <QImage>
+#include <QMenu>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
@@ -36,10 +39,6 @@ CompactPanel panelOf(const QString& word) {
     panel.compactStart = {u"Resume deep jobs"_s, true};
     panel.compactToggle = {Qt::Checked, true};
     return panel;
-}
-
-QRect placeOf(const QWidget& widget) {
-    return {widget.mapTo(widget.window(), QPoint()), widget.size()};
 }
 
 /// The widgets that a person reads or presses.
@@ -82,6 +81,7 @@ private slots:
     void comesBackFromAScreenThatIsGone_data();
     void comesBackFromAScreenThatIsGone();
     void visibilityIsTold();
+    void openMenuIsAChildForAssistiveTechnology();
 };
 
 void DashboardWindowTest::initTestCase() {
@@ -260,6 +260,36 @@ void DashboardWindowTest::comesBackFromAScreenThatIsGone() {
     } else {
         QVERIFY(window.screen()->availableGeometry().contains(window.frameGeometry().topLeft()));
     }
+}
+
+void DashboardWindowTest::openMenuIsAChildForAssistiveTechnology() {
+    DashboardWindow window;
+    QAction entry(u"Entry"_s);
+    window.setMenuEntries({&entry});
+    static_cast<QWidget&>(window).show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto* accessible = QAccessible::queryAccessibleInterface(&window);
+    const int others = accessible->childCount();
+    QVERIFY(others > 0);
+    const auto verifyOthers = [&] {
+        for (int index = 0; index < others; ++index) {
+            QCOMPARE(accessible->indexOfChild(accessible->child(index)), index);
+        }
+    };
+    verifyOthers();
+    auto* actions = accessible->actionInterface();
+    QVERIFY(actions->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+
+    actions->doAction(QAccessibleActionInterface::showMenuAction());
+    QTRY_VERIFY(window.menu().isVisible());
+    auto* menu = QAccessible::queryAccessibleInterface(&window.menu());
+    QCOMPARE(accessible->childCount(), others + 1);
+    QCOMPARE(accessible->child(others), menu);
+    QCOMPARE(accessible->indexOfChild(menu), others);
+    verifyOthers();
+
+    window.menu().close();
+    QCOMPARE(accessible->childCount(), others);
 }
 
 void DashboardWindowTest::visibilityIsTold() {

@@ -1,5 +1,6 @@
 #include "ui/kit/Alert.h"
 #include "tests/TestProgram.h"
+#include "tests/ui/kit/Widgets.h"
 #include "ui/kit/GlyphView.h"
 
 #include <QApplication>
@@ -10,6 +11,8 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -48,6 +51,32 @@ private slots:
         texts.sort();
         QCOMPARE(
             texts, (QStringList{u"<b>No</b> & \"no\""_s, u"Corvala for Mac needs attention"_s}));
+    }
+
+    void looks() {
+        QWidget parent;
+        parent.show();
+        Alert* alert = openAlert(u"It failed"_s, parent);
+        QVERIFY(QTest::qWaitForWindowExposed(alert));
+        const auto labels = alert->findChildren<QLabel*>();
+        const auto heading = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
+            return label->text() == u"Corvala for Mac needs attention"_s;
+        });
+        auto& symbol = *alert->findChild<GlyphView*>();
+        const auto& ok = *buttonNamed(*alert, u"OK"_s);
+        QVERIFY(writingOf(**heading).startsWith(u"14 Bold "_s));
+        QCOMPARE(
+            (*heading)->palette().color(QPalette::WindowText),
+            alert->palette().color(QPalette::WindowText));
+        QCOMPARE(placeOf(symbol), QRect(20, 20, 36, 36));
+        auto* told = QAccessible::queryAccessibleInterface(&symbol);
+        QCOMPARE(told->role(), QAccessible::Graphic);
+        QCOMPARE(told->text(QAccessible::Name), u"Attention"_s);
+        QCOMPARE(gapBeside(symbol, **heading), 16);
+        QCOMPARE(gapBelow(**heading, messageArea(*alert)), 6);
+        QCOMPARE(messageArea(*alert).width(), 380);
+        QCOMPARE(gapBelow(messageArea(*alert), ok), 16);
+        QCOMPARE(placeOf(ok).bottomRight(), alert->rect().bottomRight() - QPoint(20, 20));
     }
 
     void anEmptyMessageIsAHeadingWithoutComplaint() {

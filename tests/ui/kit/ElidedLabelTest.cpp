@@ -106,6 +106,7 @@ private slots:
     void whatIsOnScreenIsTheText();
     void sameTextRepaintsNothing();
     void changeThatIsNotSeenRepaintsNothing();
+    void changedEndRepaintsTheEnd();
     void changedTextRepaintsItselfAlone();
     void withoutFillingTheWidthItTakesThatOfItsText();
 };
@@ -369,6 +370,25 @@ void ElidedLabelTest::changeThatIsNotSeenRepaintsNothing() {
     QCoreApplication::processEvents();
     QCOMPARE(counter.paints(), 0);
     QCOMPARE(label.toolTipText(), sentence + u" and more"_s);
+}
+
+void ElidedLabelTest::changedEndRepaintsTheEnd() {
+    ElidedLabel label(u"BAY 1  ●  visual AI  ·  34%"_s);
+    label.resize(400, 20);
+    label.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&label));
+    QCoreApplication::processEvents();
+    const PaintCounter counter(label);
+    label.setText(u"BAY 1  ●  visual AI  ·  35%"_s);
+    QTRY_COMPARE(counter.paints(), 1);
+    const QRect painted = counter.lastPainted();
+    const int same = label.fontMetrics().horizontalAdvance(u"BAY 1  ●  visual AI  ·  3"_s);
+    const int joined = label.fontMetrics().horizontalAdvance(u"BAY 1  ●  visual AI "_s);
+    QVERIFY2(
+        painted.left() >= joined && painted.left() <= same,
+        qPrintable(QString::number(painted.left())));
+    QCOMPARE(painted.right(), label.rect().right());
+    QCOMPARE(painted.height(), label.height());
 }
 
 void ElidedLabelTest::changedTextRepaintsItselfAlone() {

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QObject>
+#include <QPaintEvent>
 #include <QWidget>
 
 namespace vesk {
@@ -18,13 +19,20 @@ public:
 
     [[nodiscard]] int paints() const noexcept { return paints_; }
 
+    /// What the last of them was for, in the widget's coordinates.
+    [[nodiscard]] QRect lastPainted() const noexcept { return lastPainted_; }
+
     bool eventFilter(QObject* watched, QEvent* event) override {
-        paints_ += event->type() == QEvent::Paint ? 1 : 0;
+        if (event->type() == QEvent::Paint) {
+            ++paints_;
+            lastPainted_ = static_cast<QPaintEvent*>(event)->rect();
+        }
         return QObject::eventFilter(watched, event);
     }
 
 private:
     int paints_ = 0;
+    QRect lastPainted_;
 };
 
 } // namespace vesk

@@ -1,6 +1,7 @@
 #include "ui/kit/SegmentedControl.h"
 #include "tests/TestProgram.h"
 
+#include "tests/ui/kit/Pixels.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/Segment.h"
 #include "ui/kit/Theme.h"
@@ -43,6 +44,7 @@ private slots:
     void keyboardStaysWhereItWent();
     void ampersandIsShown();
     void looksDifferentInEachState();
+    void coloursOfASegment();
 
 private:
     [[nodiscard]] Segment& segment(int index) const {
@@ -245,6 +247,31 @@ void SegmentedControlTest::looksDifferentInEachState() {
     QVERIFY(off != on);
     QVERIFY(on != focused);
     QVERIFY(disabled != on && disabled != off && disabled != focused);
+}
+
+void SegmentedControlTest::coloursOfASegment() {
+    // Left of the words.
+    const auto fill = [this](int index) {
+        return segment(index).grab().toImage().pixelColor(4, segment(index).height() / 2);
+    };
+    control_->select(0);
+    QTest::mouseMove(before_);
+    const QColor behind = window_->palette().color(QPalette::Window);
+    QVERIFY(isNear(fill(0), mixed(Theme::panel, Theme::accent, 0.22)));
+    verifyEdge(segment(0).grab().toImage(), mixed(Theme::panel, Theme::accent, 0.55));
+    QCOMPARE(segment(0).grab().toImage().pixel(0, 0), behind.rgb());
+    QVERIFY(isNear(fill(1), behind));
+
+    QTest::mouseMove(&segment(1));
+    QTRY_VERIFY(isNear(fill(1), mixed(Theme::background, Theme::muted, 0.12)));
+    QTest::mousePress(&segment(1), Qt::LeftButton);
+    QVERIFY(isNear(fill(1), mixed(Theme::background, Theme::muted, 0.22)));
+    QTest::mouseMove(before_);
+    QTest::mouseRelease(&segment(1), Qt::LeftButton, Qt::NoModifier, QPoint(-50, -50));
+
+    control_->setAvailable(false);
+    QVERIFY(isNear(fill(0), mixed(Theme::panel, Theme::muted, 0.10)));
+    verifyEdge(segment(0).grab().toImage(), mixed(Theme::panel, Theme::muted, 0.24));
 }
 
 } // namespace vesk

@@ -1,5 +1,6 @@
 #include "ui/kit/Theme.h"
 #include "tests/TestProgram.h"
+#include "tests/ui/kit/Pixels.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -48,6 +49,20 @@ int tinted(const QImage& image) {
     return found;
 }
 
+/// A button without its title.
+QImage bezel(bool primary, QStyle::State state) {
+    QPushButton button;
+    button.setProperty(primaryProperty, primary);
+    QStyleOptionButton option;
+    option.rect = QRect(0, 0, 80, 30);
+    option.state = state;
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(Theme::background);
+    QPainter painter(&image);
+    button.style()->drawPrimitive(QStyle::PE_PanelButtonCommand, &option, &painter, &button);
+    return image;
+}
+
 /// `ringed` is `plain` with a line of the accent's colour just inside of its edge.
 void verifyRing(const QImage& plain, const QImage& ringed) {
     const QPoint middle = ringed.rect().center();
@@ -81,6 +96,10 @@ private slots:
     void buttonsAreLarge();
     void checkBoxStatesLookDifferent();
     void sizeOfACheckBox();
+    void coloursOfAButton_data();
+    void coloursOfAButton();
+    void coloursOfACheckBox_data();
+    void coloursOfACheckBox();
     void focusRingOfAButton_data();
     void focusRingOfAButton();
     void focusRingOfAnythingElse();
@@ -230,6 +249,94 @@ void ThemeTest::sizeOfACheckBox() {
     }
 }
 
+void ThemeTest::coloursOfAButton_data() {
+    QTest::addColumn<bool>("primary");
+    QTest::addColumn<uint>("state");
+    QTest::addColumn<QColor>("fill");
+    QTest::addColumn<QColor>("edge");
+
+    const auto row = [](const char* name, bool primary, QStyle::State state, const QColor& tint,
+                        qreal strength, qreal edge) {
+        QTest::newRow(name) << primary << state.toInt() << mixed(Theme::panel, tint, strength)
+                            << mixed(Theme::panel, tint, edge);
+    };
+    const QStyle::State enabled = QStyle::State_Enabled;
+    const QStyle::State hover = enabled | QStyle::State_MouseOver;
+    const QStyle::State pressed = hover | QStyle::State_Sunken;
+    row("plain", false, enabled, Theme::muted, 0.10, 0.24);
+    row("plain, under the pointer", false, hover, Theme::muted, 0.18, 0.24);
+    row("plain, pressed", false, pressed, Theme::muted, 0.30, 0.24);
+    row("plain, disabled", false, QStyle::State_None, Theme::muted, 0.04, 0.24);
+    row("plain, disabled under the pointer", false, QStyle::State_MouseOver, Theme::muted, 0.04,
+        0.24);
+    row("primary", true, enabled, Theme::accent, 0.16, 0.55);
+    row("primary, under the pointer", true, hover, Theme::accent, 0.24, 0.55);
+    row("primary, pressed", true, pressed, Theme::accent, 0.36, 0.55);
+    row("primary, pressed by a key", true, enabled | QStyle::State_Sunken, Theme::accent, 0.28,
+        0.55);
+    row("primary, disabled", true, QStyle::State_None, Theme::muted, 0.04, 0.24);
+}
+
+void ThemeTest::coloursOfAButton() {
+    QFETCH(const bool, primary);
+    QFETCH(const uint, state);
+    QFETCH(const QColor, fill);
+    QFETCH(const QColor, edge);
+    const QImage image = bezel(primary, QStyle::State(QFlag(state)));
+    QVERIFY(isNear(image.pixelColor(image.rect().center()), fill));
+    verifyEdge(image, edge);
+    // Its corners are round, some 6 wide.
+    QCOMPARE(image.pixel(1, 1), Theme::background.rgb());
+    QVERIFY(isNear(image.pixelColor(7, 0), edge));
+    QVERIFY(image.pixelColor(3, 0).lightness() < edge.lightness() - 10);
+}
+
+void ThemeTest::coloursOfACheckBox_data() {
+    QTest::addColumn<uint>("state");
+    QTest::addColumn<QColor>("edge");
+    QTest::addColumn<QColor>("fill");
+    QTest::addColumn<QColor>("dash"); // where "undecided" has its own
+    QTest::addColumn<QColor>("mark"); // where the corner of the mark is for "on"
+
+    const QColor dark = Theme::background;
+    const QColor pale = Theme::muted.darker(160);
+    const auto row = [](const char* name, QStyle::State state, const QList<QColor>& colours) {
+        QTest::newRow(name) << state.toInt() << colours.at(0) << colours.at(1) << colours.at(2)
+                            << colours.at(3);
+    };
+    const QStyle::State enabled = QStyle::State_Enabled;
+    row("off", enabled | QStyle::State_Off,
+        {mixed(Theme::panel, Theme::muted, 0.7), dark, dark, dark});
+    row("off, disabled", QStyle::State_Off,
+        {mixed(Theme::panel, Theme::muted, 0.3), dark, dark, dark});
+    row("on", enabled | QStyle::State_On, {Theme::accent, Theme::accent, Theme::accent, dark});
+    row("on, disabled", QStyle::State_On, {pale, pale, pale, dark});
+    row("undecided", enabled | QStyle::State_NoChange,
+        {Theme::accent, Theme::accent, dark, Theme::accent});
+    row("undecided, disabled", QStyle::State_NoChange, {pale, pale, dark, pale});
+}
+
+void ThemeTest::coloursOfACheckBox() {
+    QFETCH(const uint, state);
+    QFETCH(const QColor, edge);
+    QFETCH(const QColor, fill);
+    QFETCH(const QColor, dash);
+    QFETCH(const QColor, mark);
+    QStyleOptionButton option;
+    option.rect = QRect(0, 0, 28, 28);
+    option.state = QStyle::State(QFlag(state));
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(Theme::background);
+    QPainter painter(&image);
+    QApplication::style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &option, &painter);
+    painter.end();
+    verifyEdge(image, edge);
+    QVERIFY(isNear(image.pixelColor(5, 5), fill));
+    QVERIFY(isNear(image.pixelColor(11, 14), dash));
+    QVERIFY(isNear(image.pixelColor(12, 19), mark));
+    QCOMPARE(image.pixel(0, 0), Theme::background.rgb()); // round
+}
+
 void ThemeTest::focusRingOfAButton_data() {
     QTest::addColumn<bool>("primary");
 
@@ -239,19 +346,9 @@ void ThemeTest::focusRingOfAButton_data() {
 
 void ThemeTest::focusRingOfAButton() {
     QFETCH(const bool, primary);
-    QPushButton button(u"Go"_s);
-    button.setProperty(primaryProperty, primary);
-    const auto picture = [&](QStyle::State more) {
-        QStyleOptionButton option;
-        option.rect = QRect(0, 0, 80, 30);
-        option.state = QStyle::State_Enabled | more;
-        QImage image(option.rect.size(), QImage::Format_RGB32);
-        image.fill(Theme::background);
-        QPainter painter(&image);
-        button.style()->drawPrimitive(QStyle::PE_PanelButtonCommand, &option, &painter, &button);
-        return image;
-    };
-    verifyRing(picture(QStyle::State_None), picture(QStyle::State_HasFocus));
+    verifyRing(
+        bezel(primary, QStyle::State_Enabled),
+        bezel(primary, QStyle::State_Enabled | QStyle::State_HasFocus));
 }
 
 void ThemeTest::focusRingOfAnythingElse() {

@@ -129,6 +129,13 @@ void ViewKitTest::horizontalStack() {
     settle(*view, {200, 30});
     QCOMPARE(first->geometry(), QRect(0, 10, 40, 10));
     QCOMPARE(second->geometry(), QRect(52, 0, 20, 30));
+
+    auto* words = new QLabel(u"words"_s);
+    const std::unique_ptr<QWidget> tall(stack({block(10, 60), words}, false));
+    settle(*tall, {200, 60});
+    // Beside what is higher it keeps its height.
+    QCOMPARE(words->height(), words->sizeHint().height());
+    QCOMPARE(words->y(), (60 - words->height()) / 2);
 }
 
 void ViewKitTest::stackSpacing() {

@@ -6,6 +6,7 @@
 #include <QAccessible>
 #include <QAccessibleActionInterface>
 #include <QLabel>
+#include <QMetaEnum>
 
 #include <algorithm>
 #include <optional>
@@ -50,6 +51,29 @@ namespace vesk {
         texts.append(*labelText(*label));
     }
     return texts;
+}
+
+/// Where `widget` is in its window.
+[[nodiscard]] inline QRect placeOf(const QWidget& widget) {
+    return {widget.mapTo(widget.window(), QPoint()), widget.size()};
+}
+
+/// How much blank is between two widgets of which the second is below the first.
+[[nodiscard]] inline int gapBelow(const QWidget& upper, const QWidget& lower) {
+    return placeOf(lower).top() - placeOf(upper).bottom() - 1;
+}
+
+/// The same where the second is beside the first.
+[[nodiscard]] inline int gapBeside(const QWidget& left, const QWidget& right) {
+    return placeOf(right).left() - placeOf(left).right() - 1;
+}
+
+/// How a label is written: "23 DemiBold #ffffff".
+[[nodiscard]] inline QString writingOf(const QWidget& label) {
+    const QFont font = label.font();
+    const auto weight = QMetaEnum::fromType<QFont::Weight>().valueToKey(font.weight());
+    return QString::number(font.pixelSize()) + QLatin1Char(' ') + QString::fromLatin1(weight)
+           + QLatin1Char(' ') + label.palette().color(label.foregroundRole()).name();
 }
 
 /// What assistive technology does with a check box or a radio button: no click comes of it.

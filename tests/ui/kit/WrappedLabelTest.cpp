@@ -3,15 +3,34 @@
 
 #include "tests/ui/kit/LayoutCounter.h"
 #include "tests/ui/kit/PaintCounter.h"
+#include "ui/kit/ElidedLabel.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QTest>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The first column in which something is drawn.
+int inkBegin(const QImage& image) {
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixel(x, y) != image.pixel(image.width() - 1, 0)) {
+                return x;
+            }
+        }
+    }
+    return image.width();
+}
+
+} // namespace
 
 class WrappedLabelTest : public QObject {
     Q_OBJECT
@@ -21,6 +40,7 @@ private slots:
     void breaksALongWord();
     void linesOfItsOwn();
     void limitedLines();
+    void drawsItsLines();
     void plainText();
     void textSetThroughItsBase();
     void textOfTheSameHeightLeavesTheLayoutAlone();
@@ -74,6 +94,36 @@ void WrappedLabelTest::limitedLines() {
     label.resize(5000, 60);
     QCOMPARE(label.toolTipText(), QString());
     QVERIFY(label.grab().toImage().copy(0, 0, 120, 60) != cut);
+}
+
+void WrappedLabelTest::drawsItsLines() {
+    // Its lines, each as a picture.
+    const auto linesOf = [](const QString& text) {
+        WrappedLabel label(2);
+        label.resize(120, 60);
+        label.setText(text);
+        const QImage image = label.grab().toImage();
+        const int height = label.fontMetrics().lineSpacing();
+        return std::pair(image.copy(0, 0, 120, height), image.copy(0, height, 120, height));
+    };
+    const auto [one, nothing] = linesOf(u"one"_s);
+    const QImage two = linesOf(u"two"_s).first;
+    QImage blank(nothing.size(), nothing.format());
+    blank.fill(WrappedLabel().palette().color(QPalette::Window));
+    QCOMPARE(nothing, blank);
+    QVERIFY(one != blank);
+    QVERIFY(two != blank);
+    QVERIFY(one != two);
+    QCOMPARE(linesOf(u"one\ntwo"_s), std::pair(one, two));
+    // It begins where a label of one line does.
+    ElidedLabel elided(u"one"_s);
+    elided.resize(120, 60);
+    QCOMPARE(inkBegin(one), inkBegin(elided.grab().toImage()));
+    // The last one tells that there is more.
+    const auto [first, last] =
+        linesOf(u"one\ntwo words that need far more than the rest of its line"_s);
+    QCOMPARE(first, one);
+    QVERIFY(last != two && last != blank);
 }
 
 void WrappedLabelTest::plainText() {

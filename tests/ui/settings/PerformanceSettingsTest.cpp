@@ -57,6 +57,7 @@ private slots:
 
     void sheet();
     void texts();
+    void looks();
     void opensOnTheServicesMode();
     void offline();
     void everyMode_data();
@@ -141,6 +142,31 @@ void PerformanceSettingsTest::texts() {
     for (const auto* label : sheetWindow().findChildren<QLabel*>()) {
         QCOMPARE(label->textFormat(), Qt::PlainText);
     }
+}
+
+void PerformanceSettingsTest::looks() {
+    open();
+    QList<QWidget*> labels;
+    for (const QString& text : labelTexts(sheetWindow())) {
+        for (auto* widget : sheetWindow().findChildren<QWidget*>()) {
+            if (labelText(*widget) == text) {
+                labels.append(widget);
+            }
+        }
+    }
+    QCOMPARE(labels.size(), 4);
+    QCOMPARE(writingOf(*labels.at(0)), u"23 DemiBold #ffffff"_s);
+    QCOMPARE(writingOf(*labels.at(1)), u"13 Normal #ffffff"_s);
+    QCOMPARE(writingOf(*labels.at(2)), u"13 Normal #ffffff"_s);
+    QCOMPARE(writingOf(*labels.at(3)), u"13 Normal "_s + Theme::muted.name());
+    QCOMPARE(placeOf(*labels.at(0)).topLeft(), QPoint(44, 44));
+    QCOMPARE(gapBelow(*labels.at(0), mode()), 17);
+    QCOMPARE(gapBelow(mode(), *labels.at(1)), 17);
+    QCOMPARE(gapBelow(*labels.at(1), *labels.at(2)), 10);
+    QCOMPARE(gapBelow(*labels.at(2), *labels.at(3)), 17);
+    QCOMPARE(
+        placeOf(button(u"Done"_s)).bottomRight(),
+        sheetWindow().rect().bottomRight() - QPoint(44, 44));
 }
 
 void PerformanceSettingsTest::opensOnTheServicesMode() {

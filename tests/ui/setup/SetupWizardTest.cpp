@@ -30,7 +30,7 @@ private slots:
     void cleanup();
 
     void sheet();
-    void sizesOfTheTexts();
+    void looks();
     void initialChoices_data();
     void initialChoices();
     void pages_data();
@@ -109,16 +109,27 @@ void SetupWizardTest::sheet() {
     QCOMPARE(control_->asked, QStringList());
 }
 
-void SetupWizardTest::sizesOfTheTexts() {
+void SetupWizardTest::looks() {
     open();
     const SetupPage page = setupPage({}, control_->lastHealth(), control_->port());
-    QHash<QString, QFont> fonts;
-    for (const auto* text : window().findChildren<TextView*>()) {
-        fonts.insert(text->text(), text->font());
+    QHash<QString, const QWidget*> labels;
+    for (const auto* widget : window().findChildren<QWidget*>()) {
+        labels.insert(labelText(*widget).value_or(QString()), widget);
     }
-    QCOMPARE(fonts.value(page.heading).pixelSize(), 25);
-    QCOMPARE(fonts.value(page.heading).weight(), static_cast<int>(QFont::DemiBold));
-    QCOMPARE(fonts.value(page.stepLabel).pixelSize(), 11);
+    const QWidget& step = *labels.value(page.stepLabel);
+    const QWidget& heading = *labels.value(page.heading);
+    const QWidget& first = *labels.value(page.body.front().text);
+    const auto& mode = *window().findChild<SegmentedControl*>();
+    QCOMPARE(writingOf(step), u"11 DemiBold "_s + Theme::accent.name());
+    QCOMPARE(writingOf(heading), u"25 DemiBold #ffffff"_s);
+    QCOMPARE(writingOf(first), u"13 Normal "_s + Theme::muted.name());
+    QCOMPARE(placeOf(step).topLeft(), QPoint(28, 28));
+    QCOMPARE(gapBelow(step, heading), 18);
+    QCOMPARE(gapBelow(heading, first), 18);
+    QCOMPARE(gapBelow(first, mode), 18);
+    QCOMPARE(
+        placeOf(button(u"Continue"_s)).bottomRight(),
+        window().rect().bottomRight() - QPoint(28, 28));
 }
 
 void SetupWizardTest::initialChoices_data() {
