@@ -29,8 +29,8 @@ bench_packages=(dbus-daemon openbox xvfb)
 
 # shellcheck disable=SC2034
 test_packages=(
-    at-spi2-core binutils clang-format gir1.2-atspi-2.0 python3 python3-gi python3-xlib qt6-wayland
-    systemd trayer weston
+    at-spi2-core binutils clang-format fonts-dejavu-core fonts-liberation gir1.2-atspi-2.0 python3
+    python3-gi python3-xlib qt6-wayland systemd trayer weston
 )
 
 # What makes the Debian packages and reads them.

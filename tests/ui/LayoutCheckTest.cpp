@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
+#include <QScrollArea>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QVBoxLayout>
@@ -30,6 +31,8 @@ private slots:
     void narrowButton();
     void overlap();
     void outside();
+    void scrolledIsNotOutside();
+    void emptyIsNowhere();
     void hiddenDoesNotCount();
     void deepInside();
     void blankPicture();
@@ -139,6 +142,26 @@ void LayoutCheckTest::outside() {
     QCOMPARE(faults(window).size(), 1);
     QVERIFY(faults(window).first().contains(u"leaves its parent"_s));
     view->move(-1, 0);
+    QCOMPARE(faults(window).size(), 1);
+}
+
+void LayoutCheckTest::scrolledIsNotOutside() {
+    QWidget window;
+    auto* area = put(window, new QScrollArea, {0, 0, 100, 100});
+    auto* content = new QWidget;
+    content->resize(50, 500);
+    area->setWidget(content);
+    QCOMPARE(faults(window), QStringList());
+    put(*content, new QWidget, {0, 400, 50, 101})->show();
+    QCOMPARE(faults(window).size(), 1);
+}
+
+void LayoutCheckTest::emptyIsNowhere() {
+    QWidget window;
+    auto* space = put(window, new QWidget);
+    space->setGeometry(500, 0, 0, 0);
+    QCOMPARE(faults(window), QStringList());
+    space->resize(1, 1);
     QCOMPARE(faults(window).size(), 1);
 }
 

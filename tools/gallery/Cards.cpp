@@ -53,6 +53,7 @@ void addCards(Gallery& gallery) {
         {.online = true, .accepting = false});
     addCard(gallery, u"offline"_s, documents::live().bays.numbered(1), {});
     addCard(gallery, u"long"_s, documents::longTexts().bays.numbered(1));
+    addCard(gallery, u"foreign"_s, documents::foreignTexts().bays.numbered(3));
     SlotRecord word = job(u"precheck"_s, u"photo"_s);
     word.sourceDevice = QString(120, u'w');
     word.model = QString(120, u'm');

@@ -99,6 +99,26 @@ HealthDocument longTexts() {
     return document;
 }
 
+HealthDocument foreignTexts() {
+    const QString hebrew = u"הטלפון של דנה"_s;
+    const QString arabic = u"هاتف المطبخ"_s;
+    const QString pictures = u"📷 Anna’s 👩‍👩‍👧‍👦 phone 🏠"_s;
+    HealthDocument document = live();
+    const Bays bays = std::exchange(document.bays, {});
+    const QStringList devices{hebrew, arabic, pictures};
+    for (int number = 1; number <= Bays::shown; ++number) {
+        SlotRecord bay = bays.numbered(number);
+        bay.sourceDevice = devices.at(number - 1);
+        document.bays.append(bay);
+    }
+    document.deviceId = u"אולפן.local"_s;
+    document.connectedDevices = {
+        {.name = arabic, .lastSeenSeconds = 1}, {.name = pictures, .lastSeenSeconds = 86400}};
+    document.activityPolicy.reason = u"החשבון פעיל 💻 وهو بارد"_s;
+    document.activityPolicy.thermalState = u"רגיל ❄️"_s;
+    return document;
+}
+
 HealthDocument inMode(const QString& mode) {
     HealthDocument document = idle();
     document.activityPolicy.performanceMode = mode;

@@ -11,6 +11,8 @@ namespace vesk::documents {
 [[nodiscard]] HealthDocument cooling();
 /// Names and reasons as long as they come.
 [[nodiscard]] HealthDocument longTexts();
+/// Names that are written from right to left, and with pictures.
+[[nodiscard]] HealthDocument foreignTexts();
 /// At rest in the given performance mode.
 [[nodiscard]] HealthDocument inMode(const QString& mode);
 

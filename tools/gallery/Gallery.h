@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QDir>
+#include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <utility>
 
 class QImage;
 class QPainter;
@@ -11,13 +13,20 @@ class QWidget;
 
 namespace vesk {
 
-/// Takes pictures of screens into a folder, each in single and in double size, and collects what is
-/// wrong with them.
+/// Letters other than the system's own.
+struct Lettering {
+    QString family; ///< the system's own when empty
+    int percent = 100;
+};
+
+/// Takes pictures of screens into a folder, each in single and in double size, or where the screen
+/// itself is scaled in its size, and collects what is wrong with them.
 class Gallery {
 public:
-    explicit Gallery(const QDir& folder) : folder_(folder) {}
+    explicit Gallery(const QDir& folder, Lettering lettering = {})
+        : folder_(folder), lettering_(std::move(lettering)) {}
 
-    /// A window that is shown: its layout is checked too.
+    /// A window that is shown: its layout and the contrast of all that is drawn are checked too.
     void add(const QString& name, QWidget& window);
 
     /// A drawing of the given size.
@@ -28,9 +37,11 @@ public:
     [[nodiscard]] int pictures() const noexcept { return pictures_; }
 
 private:
+    void letter(QWidget& window) const;
     void save(const QString& name, const QImage& image);
 
     QDir folder_;
+    Lettering lettering_;
     QStringList faults_;
     int pictures_ = 0;
 };

@@ -4,6 +4,7 @@
 #include "ui/kit/WrappedLabel.h"
 
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QAccessible>
 #include <QLabel>
 
@@ -12,16 +13,6 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString described(const QWidget& widget) {
-    QString text = QString::fromLatin1(widget.metaObject()->className());
-    const auto* accessible = QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&widget));
-    if (accessible != nullptr) {
-        text += u" \""_s + accessible->text(QAccessible::Name) + u'"';
-    }
-    const QRect at = widget.geometry();
-    return text + u" at %1,%2 %3x%4"_s.arg(at.x()).arg(at.y()).arg(at.width()).arg(at.height());
-}
 
 /// A text that does not fit can be had in the two other places.
 bool isToldElsewhere(const TextView& view) {
@@ -101,11 +92,18 @@ QList<const QWidget*> shownChildren(const QWidget& widget) {
     return children;
 }
 
+/// Whether `view` shows a part of what is in it, and any part that a person wants.
+bool scrolls(const QWidget& view) {
+    const auto* area = qobject_cast<const QAbstractScrollArea*>(view.parentWidget());
+    return area != nullptr && area->viewport() == &view;
+}
+
 void collect(const QWidget& parent, QStringList& faults) {
     const auto children = shownChildren(parent);
     for (qsizetype one = 0; one < children.size(); ++one) {
         const QWidget& child = *children.at(one);
-        if (!parent.rect().contains(child.geometry())) {
+        if (!child.size().isEmpty() && !parent.rect().contains(child.geometry())
+            && !scrolls(parent)) {
             faults.append(described(child) + u" leaves its parent"_s);
         }
         for (qsizetype other = one + 1; other < children.size(); ++other) {
@@ -121,6 +119,16 @@ void collect(const QWidget& parent, QStringList& faults) {
 }
 
 } // namespace
+
+QString described(const QWidget& widget) {
+    QString text = QString::fromLatin1(widget.metaObject()->className());
+    const auto* accessible = QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&widget));
+    if (accessible != nullptr) {
+        text += u" \""_s + accessible->text(QAccessible::Name) + u'"';
+    }
+    const QRect at = widget.geometry();
+    return text + u" at %1,%2 %3x%4"_s.arg(at.x()).arg(at.y()).arg(at.width()).arg(at.height());
+}
 
 QStringList layoutFaults(const QWidget& window) {
     QStringList faults;

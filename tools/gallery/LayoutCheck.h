@@ -11,4 +11,7 @@ namespace vesk {
 /// leaves its parent. Empty where all is well.
 [[nodiscard]] QStringList layoutFaults(const QWidget& window);
 
+/// Class, name and place of a widget, for whoever looks for it.
+[[nodiscard]] QString described(const QWidget& widget);
+
 } // namespace vesk

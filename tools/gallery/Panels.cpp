@@ -36,6 +36,14 @@ void addConnected(Gallery& gallery, const QString& name, const ServiceFacts& kno
     addPanel(gallery, name, compactPanel(connectedDashboard(known), known));
 }
 
+void addLargePanel(Gallery& gallery, const QString& name, const ServiceFacts& known) {
+    DashboardWindow window;
+    window.panel().show(compactPanel(connectedDashboard(known), known));
+    window.resize(1600, 1000);
+    window.show();
+    gallery.add(u"panel-"_s + name + u"-large"_s, window);
+}
+
 } // namespace
 
 void addPanels(Gallery& gallery) {
@@ -45,6 +53,10 @@ void addPanels(Gallery& gallery) {
     addConnected(gallery, u"cooling"_s, facts(documents::cooling()));
     addConnected(gallery, u"paused"_s, facts(documents::idle(), {.online = true}));
     addConnected(gallery, u"long"_s, facts(documents::longTexts()));
+    addConnected(gallery, u"foreign"_s, facts(documents::foreignTexts()));
+
+    addLargePanel(gallery, u"live"_s, facts(documents::live()));
+    addLargePanel(gallery, u"long"_s, facts(documents::longTexts()));
 
     const ServiceFacts live = facts(documents::live());
     addPanel(

@@ -117,6 +117,7 @@ void addSheets(Gallery& gallery) {
     addSettings(gallery, parent, u"offline"_s, documents::idle(), false);
     addSettings(gallery, parent, u"nothing-known"_s, {}, false);
     addSettings(gallery, parent, u"long"_s, documents::longTexts());
+    addSettings(gallery, parent, u"foreign"_s, documents::foreignTexts());
     addSetup(gallery, parent, u"basic"_s, {});
     addSetup(gallery, parent, u"advanced"_s, {.advanced = true});
     addSetup(gallery, parent, u"offline"_s, {.online = false});

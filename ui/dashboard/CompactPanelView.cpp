@@ -105,7 +105,10 @@ QWidget* CompactPanelView::makeRackBox() {
         meter->setLabel(row);
         compactRows_.at(bay) = row;
         compactMeters_.at(bay) = meter;
-        cells.append(stack({row, meter}, true, 5));
+        auto* cell = stack({row, meter}, true, 5);
+        // In a tall window the pairs move apart, not a line from its meter.
+        cell->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+        cells.append(cell);
     }
     auto* box = new Panel(8);
     pin(stack(cells, true, 10), *box, 12);

@@ -1,5 +1,7 @@
 #include "ui/kit/ElidedLabel.h"
 
+#include "ui/kit/ReadingOrder.h"
+
 #include <QEvent>
 #include <QPainter>
 
@@ -86,7 +88,7 @@ QSize ElidedLabel::minimumSizeHint() const {
 }
 
 void ElidedLabel::textChanged() {
-    line_ = singleLine(text());
+    line_ = inReadingOrder(singleLine(text()));
     shape();
     if (sizePolicy().horizontalPolicy() != QSizePolicy::Ignored) {
         updateGeometry();
@@ -124,7 +126,7 @@ void ElidedLabel::shape() {
     if (!fits) {
         layOut(fontMetrics().elidedText(line_, Qt::ElideRight, width()));
     }
-    elided_ = text().size() > line_.size() || !fits;
+    elided_ = text().size() > mostCharacters || !fits;
     if (shown_.text() != before) {
         const QTextLine line = shown_.lineAt(0);
         const qsizetype same = line.ascent() == ascent ? lookAlike(shown_.text(), before) : 0;

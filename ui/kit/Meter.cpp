@@ -15,7 +15,7 @@ namespace {
 
 constexpr int meterHeight = 8;
 constexpr qreal thickness = 6;
-constexpr qreal restingTint = 0.35; // to be told from its track, and not taken for progress
+constexpr qreal restingTint = 0.65; // to be told from its track, and not taken for progress
 
 class MeterInterface final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:

@@ -38,7 +38,7 @@ QPalette Theme::palette() {
     palette.setColor(QPalette::HighlightedText, background);
     palette.setColor(QPalette::Link, accent);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-        palette.setColor(QPalette::Disabled, role, muted.darker(140));
+        palette.setColor(QPalette::Disabled, role, muted.darker(118));
     }
     return palette;
 }

@@ -1,5 +1,7 @@
 #include "ui/kit/WrappedLabel.h"
 
+#include "ui/kit/ReadingOrder.h"
+
 #include <QPainter>
 #include <QResizeEvent>
 
@@ -81,7 +83,7 @@ int WrappedLabel::breakLines(QTextLayout& layout, int width) const {
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
     layout.setFont(font());
-    layout.setText(QString(text()).replace(u'\n', QChar::LineSeparator));
+    layout.setText(inReadingOrder(text()).replace(u'\n', QChar::LineSeparator));
     int cut = -1;
     layout.beginLayout();
     while (mostLines_ == 0 || layout.lineCount() < mostLines_) {

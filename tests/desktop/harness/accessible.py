@@ -29,9 +29,10 @@ class Node:
     @property
     def range(self):
         """The least value, the current one and the greatest."""
-        value = self._accessible.get_value_iface()
         return (
-            value.get_minimum_value(), value.get_current_value(), value.get_maximum_value()
+            Atspi.Value.get_minimum_value(self._accessible),
+            Atspi.Value.get_current_value(self._accessible),
+            Atspi.Value.get_maximum_value(self._accessible),
         )
 
     def labels(self):

@@ -75,6 +75,7 @@ private slots:
     void looks();
     void rowColours();
     void rackAndDevicesBeginInOneColumn();
+    void aLineStaysAtItsMeter();
     void metersTellTheirBay();
     void headlineCarriesTheDetail();
     void lampTellsTheConnection_data();
@@ -215,6 +216,21 @@ void CompactPanelViewTest::rowColours() {
     QVERIFY(bar() != Theme::accent.rgb() && bar() != Theme::line.rgb());
     view_->show(filledPanel());
     QCOMPARE(bar(), Theme::accent.rgb());
+}
+
+void CompactPanelViewTest::aLineStaysAtItsMeter() {
+    view_->resize(1600, 1000);
+    view_->grab(); // with its layout done
+    const auto meters = metersOf(*view_);
+    QCOMPARE(meters.size(), 3);
+    int above = 0;
+    for (const Meter* meter : meters) {
+        const QWidget* line = meter->label();
+        QCOMPARE(meter->y() - line->geometry().bottom() - 1, 5);
+        const int top = meter->mapTo(view_.get(), QPoint()).y();
+        QVERIFY(top - above > 100);
+        above = top;
+    }
 }
 
 void CompactPanelViewTest::rackAndDevicesBeginInOneColumn() {

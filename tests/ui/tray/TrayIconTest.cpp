@@ -1,7 +1,7 @@
 #include "ui/tray/TrayIcon.h"
 #include "tests/TestProgram.h"
 
-#include "tests/ui/kit/Contrast.h"
+#include "tools/gallery/Contrast.h"
 #include "ui/kit/Theme.h"
 
 #include <QApplication>
