@@ -110,7 +110,7 @@ class DeepJobsTest(DesktopCase):
 
     def assert_alert(self, dashboard, host=MAIN, seconds=15.0):
         dashboard.alert(FAILED, seconds)
-        self.assertEqual(dashboard.hosts()["Corvala for Mac"], host)
+        self.assertEqual(dashboard.host_of("Corvala for Mac"), host)
 
     def dismiss(self, dashboard, key):
         self.person.key(key)

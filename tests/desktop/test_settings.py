@@ -97,7 +97,7 @@ class SettingsTest(DesktopCase):
             with self.step(turn):
                 ways_in[turn % len(ways_in)]()
                 sheet = dashboard.sheet(SHEET)
-                self.assertEqual(dashboard.hosts()[SHEET], MAIN)
+                self.assertEqual(dashboard.host_of(SHEET), MAIN)
                 self.assertEqual(
                     [label.name for label in sheet.showing("label")],
                     ["Processing settings",
@@ -180,7 +180,7 @@ class SettingsTest(DesktopCase):
                     self.segment(dashboard, mode).press()
                 asked.append((PATH, f'{{"mode":"{mode}"}}'))
                 dashboard.alert(FAILED)
-                self.assertEqual(dashboard.hosts()["Corvala for Mac"], SHEET)
+                self.assertEqual(dashboard.host_of("Corvala for Mac"), SHEET)
                 # By the failure itself: the next fetch is seconds away.
                 segment = self.segment(dashboard, "automatic")
                 self.assertTrue(segment.has("checked") and segment.has("enabled"))
@@ -231,7 +231,7 @@ class SettingsTest(DesktopCase):
         self.person.key("Escape")
         dashboard.wait_until_gone(SHEET)
         dashboard.alert(FAILED)
-        self.assertEqual(dashboard.hosts()["Corvala for Mac"], MAIN)
+        self.assertEqual(dashboard.host_of("Corvala for Mac"), MAIN)
         self.person.key("Escape")
         dashboard.wait_until_gone(ALERT)
         self.open(dashboard)
@@ -251,7 +251,7 @@ class SettingsTest(DesktopCase):
         wait_for("the change at the worker", worker.changes)
         worker.stop()
         dashboard.alert(FAILED)
-        self.assertEqual(dashboard.hosts()["Corvala for Mac"], SHEET)
+        self.assertEqual(dashboard.host_of("Corvala for Mac"), SHEET)
         self.person.key("Return")
         dashboard.wait_until_gone(ALERT)
         self.wait_for_line(

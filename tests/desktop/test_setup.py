@@ -148,7 +148,7 @@ class SetupPagesTest(SetupCase):
         worker = self.worker()
         worker.show_slots(bay(1))
         dashboard = self.opened(worker)
-        self.assertEqual(dashboard.hosts()[SHEET], MAIN)
+        self.assertEqual(dashboard.host_of(SHEET), MAIN)
         forwards = (
             lambda: self.click(dashboard, "Continue"),
             lambda: self.person.key("Return"),
@@ -320,7 +320,7 @@ class SetupApplyTest(SetupCase):
                     self.write_template(home, template)
                 self.click(dashboard, APPLY)
                 messages.append(dashboard.sheet(ALERT).description)
-                self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+                self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
                 self.dismiss(dashboard)
                 self.wait_for_apply(dashboard)
                 self.assertTrue(dashboard.control("check box", LOGIN).has("checked"))
@@ -367,7 +367,7 @@ class SetupApplyTest(SetupCase):
                 if turn == 0:
                     self.assert_applying(dashboard)
                 dashboard.alert(FAILED)
-                self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+                self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
                 self.dismiss(dashboard)
                 self.wait_for_apply(dashboard)
         # Another value than asked for keeps the sheet open, without an alert.
@@ -396,7 +396,7 @@ class SetupApplyTest(SetupCase):
         wait_for("the report", lambda: STOPPED in self.texts(dashboard))
         self.click(dashboard, "Start processing & check")
         self.assertTrue(dashboard.sheet(ALERT).description.strip())
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         self.dismiss(dashboard)
         self.assertIn(STOPPED, self.texts(dashboard))
         self.click(dashboard, "Continue")
@@ -407,11 +407,11 @@ class SetupApplyTest(SetupCase):
 
         self.click(dashboard, APPLY)
         self.assertTrue(dashboard.sheet(ALERT).description.strip())
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         self.dismiss(dashboard)
         self.assert_applying(dashboard)
         dashboard.alert(NOT_READY, 30)
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         self.dismiss(dashboard)
         self.wait_for_apply(dashboard)
         self.assertFalse(box.has("checked"))
@@ -432,11 +432,11 @@ class SetupAlertsTest(SetupCase):
         dashboard, port = self.opened_without_a_service()
         self.click(dashboard, APPLY)
         message = dashboard.sheet(ALERT).description
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         worker = self.worker(port=port, devices=0)
         dashboard.wait_until_gone(SHEET)
         dashboard.alert(message)
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], MAIN)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), MAIN)
         self.assertEqual(worker.changes(), [(PATH, RESUME)])
         worker.wait_for_fetch()
         self.wait_for_focus(dashboard, "push button", "OK")
@@ -527,7 +527,7 @@ class SetupAlertsTest(SetupCase):
         wait_for("the change at the worker", worker.changes)
         worker.stop()
         dashboard.alert(FAILED)
-        self.assertEqual(dashboard.hosts()[ALERT_WINDOW], SHEET)
+        self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         self.dismiss(dashboard)
         self.wait_for_apply(dashboard)
 

@@ -157,6 +157,17 @@ class Dashboard:
             for host in [windows.host(window)]
         }
 
+    def host_of(self, title):
+        """The title of the window that the one with this title hangs on, or None."""
+        hosts = {}
+
+        def is_there():
+            hosts.update(self.hosts())
+            return title in hosts
+
+        wait_for(f"the window {title!r}", is_there)
+        return hosts[title]
+
     def is_shown(self):
         return bool(self.desktop.windows.of_process(self.pid))
 

@@ -82,7 +82,7 @@ void SimulatedPerson::actOnce() {
         return;
     }
     QWidget* front = screen_->front();
-    if (determined_ && front != nullptr && dice_.oneIn(2)) {
+    if (determined_ && front != nullptr && !dice_.oneIn(4)) {
         getThroughSetup(*front);
     } else if (front == nullptr || dice_.oneIn(6)) {
         actOutside();
