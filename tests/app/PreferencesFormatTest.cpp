@@ -37,6 +37,7 @@ private slots:
     void init() { folder_ = std::make_unique<QTemporaryDir>(); }
     void keepsValues();
     void readsAnEarlierFile();
+    void oddLinesAreLeftOut();
     void staysWhenItCannotBeWritten();
 
 private:
@@ -67,6 +68,14 @@ void PreferencesFormatTest::readsAnEarlierFile() {
     const QSettings preferences(path(), preferencesFormat());
     QVERIFY(preferences.value(u"yes"_s).toBool());
     QVERIFY(preferences.contains(u"no"_s) && !preferences.value(u"no"_s).toBool());
+}
+
+void PreferencesFormatTest::oddLinesAreLeftOut() {
+    write(path(), "[General]\n=nameless\n\nno sign\na=\nb=c=d\n");
+    const QSettings preferences(path(), preferencesFormat());
+    QCOMPARE(preferences.allKeys(), (QStringList{u"a"_s, u"b"_s}));
+    QCOMPARE(preferences.value(u"a"_s).toString(), QString());
+    QCOMPARE(preferences.value(u"b"_s).toString(), u"c=d"_s);
 }
 
 /// A limit on the size of files is a disk that is full after the toolkit's lock was written.

@@ -174,6 +174,9 @@ class StartTest(DesktopCase):
         self.assertAlmostEqual(top + height / 2, 400, delta=30)
         self.assertEqual(windows.smallest_size(window), (650, 365))
         wait_for("the window in front", lambda: windows.is_active(window))
+        # Controls of the program's own style have room for a ring, whatever the desktop's.
+        button = dashboard.accessible.find("push button", "Settings")
+        self.assertEqual(button.place[3], 28)
 
     def test_token_goes_along_when_there_is_one(self):
         for token, expected in ((None, []), ("", []), ("s3cret token", ["Bearer s3cret token"])):

@@ -106,6 +106,9 @@ void SetupWizardTest::sheet() {
     QCOMPARE(window().windowModality(), Qt::WindowModal);
     QCOMPARE(window().parentWidget(), parent_.get());
     QCOMPARE(window().size(), QSize(720, 580));
+    // It must not be made smaller than what it holds.
+    window().resize(10, 10);
+    QCOMPARE(window().size(), QSize(720, 580));
     QCOMPARE(control_->asked, QStringList());
 }
 
