@@ -14,7 +14,7 @@ GONE = (
 )
 
 
-class ConnectionTest(DesktopCase):
+class ConnectionCase(DesktopCase):
     def busy_dashboard(self):
         worker = self.worker()
         worker.show_slots(BUSY, bay(2, completed=4, failed=2))
@@ -25,6 +25,8 @@ class ConnectionTest(DesktopCase):
         self.assertIsNotNone(node, f"{role} {name!r}\n{dashboard.accessible.tree()}")
         return node
 
+
+class BadAnswersTest(ConnectionCase):
     def test_one_bad_answer_of_every_layer(self):
         worker, dashboard = self.busy_dashboard()
         good = {"slots": [BUSY]}
@@ -43,6 +45,27 @@ class ConnectionTest(DesktopCase):
                 dashboard.wait_for_text("● RECONNECTING")
                 dashboard.wait_for_text("● CONNECTED")
 
+    def test_hostile_documents_stop_nothing(self):
+        worker, dashboard = self.busy_dashboard()
+        keys = ("slots", "connected_devices", "services", "video_backend", "audio_backend",
+                "activity_policy", "duty_percent", "model", "device_id", "device",
+                "cooldown_cap_seconds", "cooldown_seconds")
+        wrong = [None, True, -1, 2.5, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
+        for turn in range(3):
+            document = {key: wrong[(index + 3 * turn) % 10] for index, key in enumerate(keys)}
+            if turn > 0:
+                # Without bays nothing is asked for five seconds.
+                document["slots"] = [{**BUSY, "phase": wrong[turn], "progress_total": wrong[-turn]}]
+            worker.clear_requests()
+            worker.fault(patch=document)
+            # The second fetch is sent when the first answer has been shown.
+            wait_for("two fetches", lambda: len(worker.arrivals()) >= 2)
+        worker.show_slots(BUSY)
+        dashboard.wait_for_text("1 processor working")
+        self.assertIn("● CONNECTED", dashboard.texts())
+
+
+class ConnectionTest(ConnectionCase):
     def test_reconnecting_keeps_what_was_confirmed(self):
         worker, dashboard = self.busy_dashboard()
         kept = [text for text in dashboard.texts() if text != "● CONNECTED"]
@@ -107,22 +130,3 @@ class ConnectionTest(DesktopCase):
         dashboard.wait_for_text("● RECONNECTING", 30)
         dashboard.wait_for_text("● SERVICE STOPPED", 30)
         dashboard.wait_for_text("● CONNECTED", 30)
-
-    def test_hostile_documents_stop_nothing(self):
-        worker, dashboard = self.busy_dashboard()
-        keys = ("slots", "connected_devices", "services", "video_backend", "audio_backend",
-                "activity_policy", "duty_percent", "model", "device_id", "device",
-                "cooldown_cap_seconds", "cooldown_seconds")
-        wrong = [None, True, -1, 2.5, "x" * 10_000, [], [1], [{}], {}, {"a": 1}]
-        for turn in range(3):
-            document = {key: wrong[(index + 3 * turn) % 10] for index, key in enumerate(keys)}
-            if turn > 0:
-                # Without bays nothing is asked for five seconds.
-                document["slots"] = [{**BUSY, "phase": wrong[turn], "progress_total": wrong[-turn]}]
-            worker.clear_requests()
-            worker.fault(patch=document)
-            # The second fetch is sent when the first answer has been shown.
-            wait_for("two fetches", lambda: len(worker.arrivals()) >= 2)
-        worker.show_slots(BUSY)
-        dashboard.wait_for_text("1 processor working")
-        self.assertIn("● CONNECTED", dashboard.texts())

@@ -25,7 +25,7 @@ namespace {
 
 /// Shorter than any phase lasts.
 constexpr Seconds glance{0.4};
-constexpr int glances = 500;
+constexpr int glances = 300;
 
 QByteArray bytesOf(const json& document) {
     return QByteArray::fromStdString(sim::textOf(document));

@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int documents = 1'000;
+constexpr int documents = 500;
 constexpr quint32 firstSeed = 20'240'613;
 
 ServiceFacts factsOf(const QJsonObject& document, bool online, quint32 flags) {
