@@ -139,6 +139,8 @@ private slots:
     void dashboardKeepsItsShape();
     void panelKeepsItsShape();
     void offlinePanelTellsNothingLive();
+    void sheetsKeepTheirShape();
+    void cardsKeepTheirShape();
     void documentsAreVaried();
 
 private:
@@ -263,6 +265,54 @@ void HostileDocumentsTest::offlinePanelTellsNothingLive() {
         }
         return panel.compactDevices == u"DEVICES  service offline"_s
                && panel.compactSummary == u"Service unavailable · no live counts"_s;
+    };
+    QVERIFY(all(check));
+}
+
+void HostileDocumentsTest::sheetsKeepTheirShape() {
+    const auto check = [](quint32 seed, const MistypedDocument& document) {
+        for (const bool online : {false, true}) {
+            const ServiceFacts facts = factsOf(document.given, online, seed);
+            const SettingsPresentation shown(facts.lastHealth, {.online = online});
+            if (shown.mode.value_or(-1) < 0 || *shown.mode > 2
+                || !shown.thermal.startsWith(u"Mac temperature: "_s)
+                || !shown.thermal.endsWith(
+                    online ? u" · protection on"_s : u" · protection waiting for service"_s)
+                || shown.performance.startsWith(u"Using "_s) != online) {
+                qWarning().noquote() << shown.thermal << shown.performance;
+                return false;
+            }
+        }
+        const ServiceFacts facts = factsOf(document.given, true, seed);
+        for (int step = 0; step <= lastSetupStep; ++step) {
+            const SetupPage page =
+                setupPage({.step = step, .advanced = true}, facts.lastHealth, facts.port);
+            // None of the document's own words gets onto a page.
+            if (page.body.isEmpty() || (step == 1 && page.body.last().text.size() > 360)) {
+                return false;
+            }
+        }
+        return readinessText(facts.lastHealth, {.online = true, .backendReady = true}).count(u'\n')
+               == 5;
+    };
+    QVERIFY(all(check));
+}
+
+void HostileDocumentsTest::cardsKeepTheirShape() {
+    const QStringList drawings{
+        u"cpu"_s, u"waveform"_s, u"text.viewfinder"_s, u"film"_s, u"photo"_s};
+    const auto check = [&](quint32 seed, const MistypedDocument& document) {
+        for (const SlotRecord& slot : slotRecords(document.given)) {
+            for (const bool online : {false, true}) {
+                const WorkerCard card(slot, {.online = online, .accepting = seed % 2 == 0});
+                if (!drawings.contains(card.symbol) || !card.number.startsWith(u"PROCESSOR "_s)
+                    || (!online && card.completed != u"\u2014"_s)) {
+                    qWarning().noquote() << described(card);
+                    return false;
+                }
+            }
+        }
+        return true;
     };
     QVERIFY(all(check));
 }

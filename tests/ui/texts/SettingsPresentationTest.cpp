@@ -2,7 +2,6 @@
 #include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
-#include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
 
@@ -20,7 +19,6 @@ private slots:
     void availability();
     void texts_data();
     void texts();
-    void neverFails();
 };
 
 void SettingsPresentationTest::modes_data() {
@@ -119,23 +117,6 @@ void SettingsPresentationTest::texts() {
             healthOf(document), {.online = online, .changing = changing});
         QTEST(shown.thermal, "thermal");
         QTEST(shown.performance, "performance");
-    }
-}
-
-void SettingsPresentationTest::neverFails() {
-    HostileDocument hostile(
-        20, {u"activity_policy"_s, u"performance_mode"_s, u"thermal_state"_s, u"reason"_s,
-             u"effective_duty_percent"_s, u"effective_workers"_s, u"configured_workers"_s});
-    for (int round = 0; round < 1'000; ++round) {
-        const HealthDocument document = healthOf(hostile.object());
-        for (const bool online : {false, true}) {
-            const SettingsPresentation shown(document, {.online = online});
-            QVERIFY(shown.mode.has_value() && *shown.mode >= 0 && *shown.mode <= 2);
-            QVERIFY(shown.thermal.startsWith(u"Mac temperature: "_s));
-            QVERIFY(shown.thermal.endsWith(
-                online ? u" · protection on"_s : u" · protection waiting for service"_s));
-            QCOMPARE(shown.performance.startsWith(u"Using "_s), online);
-        }
     }
 }
 

@@ -2,7 +2,6 @@
 #include "tests/TestProgram.h"
 
 #include "tests/service/Documents.h"
-#include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
 
@@ -47,7 +46,6 @@ private slots:
     void limits();
     void readiness_data();
     void readiness();
-    void neverFails();
 };
 
 void SetupPagesTest::pages_data() {
@@ -247,23 +245,6 @@ void SetupPagesTest::readiness() {
         QCOMPARE(
             readinessText(health, {.online = false, .backendReady = backend}),
             u"Processing service: stopped\nStart the worker to check the installed scan engines."_s);
-    }
-}
-
-void SetupPagesTest::neverFails() {
-    HostileDocument hostile(
-        31, {u"activity_policy"_s, u"active_duty_percent"_s, u"configured_duty_percent"_s,
-             u"duty_percent"_s, u"idle_ceiling_percent"_s, u"video_backend"_s, u"audio_backend"_s,
-             u"model_ready"_s, u"services"_s, u"ocr"_s});
-    for (int round = 0; round < 1'000; ++round) {
-        const HealthDocument document = healthOf(hostile.object());
-        QCOMPARE(readinessText(document, {.online = true, .backendReady = true}).count(u'\n'), 5);
-        for (int step = 0; step <= lastSetupStep; ++step) {
-            const SetupPage page = setupPage({.step = step, .advanced = true}, document, 1);
-            QVERIFY(!page.body.isEmpty());
-            // None of the document's own words gets onto a page.
-            QVERIFY(step != 1 || page.body.last().text.size() <= 360);
-        }
     }
 }
 

@@ -3,7 +3,6 @@
 
 #include "model/SlotPresentation.h"
 #include "tests/service/Documents.h"
-#include "tests/ui/texts/HostileDocument.h"
 
 #include <QTest>
 
@@ -27,7 +26,6 @@ private slots:
     void number();
     void source_data();
     void source();
-    void neverFails();
 };
 
 void WorkerCardTest::beforeTheFirstUpdate() {
@@ -195,24 +193,6 @@ void WorkerCardTest::source() {
     QCOMPARE(card.title, u"Photo \u00B7 deep description"_s);
     QCOMPARE(card.engine, u"m"_s);
     QCOMPARE(card.badge, u"\u25CF Finishing"_s);
-}
-
-void WorkerCardTest::neverFails() {
-    const QStringList drawings{
-        u"cpu"_s, u"waveform"_s, u"text.viewfinder"_s, u"film"_s, u"photo"_s};
-    HostileDocument hostile(
-        62, {u"slot"_s, u"state"_s, u"phase"_s, u"stage"_s, u"media_kind"_s, u"model"_s, u"job"_s,
-             u"position_ms"_s, u"elapsed_ms"_s, u"source_device"_s, u"completed"_s, u"failed"_s,
-             u"last_stage"_s, u"last_finished_seconds_ago"_s});
-    for (int round = 0; round < 1'000; ++round) {
-        const SlotRecord slot = slotOf(hostile.object(1));
-        for (const bool online : {false, true}) {
-            const WorkerCard card(slot, {.online = online, .accepting = round % 2 == 0});
-            QVERIFY(drawings.contains(card.symbol));
-            QVERIFY(card.number.startsWith(u"PROCESSOR "_s));
-            QVERIFY(online || card.completed == u"\u2014"_s);
-        }
-    }
 }
 
 } // namespace vesk
