@@ -70,7 +70,7 @@ void Witness::ended() {
     life_.reset();
     screen_ = nullptr;
     underWay_.clear();
-    fetching_ = mustFetch_ = reloaded_ = seen_ = seenAtGlance_ = menuOpen_ = false;
+    fetching_ = answered_ = mustFetch_ = reloaded_ = seen_ = seenAtGlance_ = menuOpen_ = false;
     flips_ = 0;
     checked_.reset();
     settingsOpen_ = changingMode_ = false;
@@ -251,6 +251,7 @@ void Witness::answered(std::size_t number, const std::optional<QByteArray>& body
 
 void Witness::healthAnswered(const std::optional<QJsonObject>& document) {
     fetching_ = false;
+    answered_ = true;
     if (document) {
         caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
         render(*document);
@@ -653,7 +654,11 @@ void Witness::judgeFetch() {
     glance();
     if (seenAtGlance_ != seen_) {
         seen_ = seenAtGlance_;
-        if (visible()) {
+        if (visible() && answered_) {
+            // It may have been seen while the fetch was still under way.
+            reloaded_ = true;
+            schedule();
+        } else if (visible()) {
             reload();
         } else {
             schedule();
@@ -692,7 +697,7 @@ Moment& Witness::momentEnds() {
 void Witness::nextMoment() {
     moment_ = {};
     owed_.clear();
-    mustFetch_ = reloaded_ = false;
+    mustFetch_ = reloaded_ = answered_ = false;
     flips_ = 0;
 }
 

@@ -149,6 +149,7 @@ private:
     Armed armed_;
     bool mustFetch_ = false;
     bool reloaded_ = false;
+    bool answered_ = false; ///< a fetch came to its end in this moment
     bool seen_ = false;
     bool seenAtGlance_ = false;
     int flips_ = 0;
