@@ -1,5 +1,7 @@
 """Deep jobs are paused and resumed, and the service fails just then."""
 
+import time
+
 from harness.case import DesktopCase
 from harness.dashboard import ALERT
 from harness.waiting import wait_for
@@ -76,9 +78,12 @@ class DeepJobsTest(DesktopCase):
             else ("Detailed analysis paused", "Resume deep jobs")
         )
         dashboard.wait_for_text(headline)
-        # By the answer itself: the next fetch is five seconds away, and one may have crossed.
+        shown = time.monotonic()
+        # By the answer itself: the next fetch is five seconds away, and one may have crossed. A busy
+        # machine may be past it.
         changed = worker.requests(PATH)[-1]["monotonic_seconds"]
-        self.assertFalse([time for time in worker.arrivals() if time > changed + 3])
+        if shown < changed + 4.5:
+            self.assertFalse([at for at in worker.arrivals() if changed + 3 < at < shown])
         self.assertTrue(dashboard.control("push button", title).has("enabled"))
         self.wait_for_box(dashboard, checked=accepting, enabled=True)
         menu = self.host.item().menu
