@@ -131,6 +131,9 @@ class X11Desktop(Desktop):
 
     def _start_windows(self):
         _screen, self.environment["DISPLAY"] = self.start_screen()
+        self._manage_windows()
+
+    def _manage_windows(self):
         self._start(["openbox", "--sm-disable"], "window-manager")
         self.windows = Windows(self.environment["DISPLAY"])
         wait_for("the window manager", self.windows.is_managed)
