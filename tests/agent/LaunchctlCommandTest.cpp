@@ -1,6 +1,7 @@
 #include "agent/systemd/LaunchctlCommand.h"
 #include "agent/ServiceTarget.h"
 #include "agent/systemd/ServiceUnit.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 #include "tests/agent/ScriptedTool.h"
@@ -22,14 +23,6 @@ const QString show =
     u"--user show --property=LoadState,MainPID,FragmentPath,SourcePath,ExecMainPID,ExecMainCode,"
     "ExecMainStatus "_s
     + unit;
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
-        || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
 
 /// The companion in front of a service manager's tool that says what the test has it say.
 struct Scene {

@@ -1,4 +1,5 @@
 #include "agent/LoginItem.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 
@@ -29,19 +30,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QByteArray earlier = "an earlier agent file";
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
-        || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
-
-QByteArray content(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
 
 /// A home folder with a good template.
 struct Home {

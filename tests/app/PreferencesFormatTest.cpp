@@ -1,4 +1,5 @@
 #include "app/PreferencesFormat.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 
 #include <QFile>
@@ -13,22 +14,6 @@
 namespace vesk {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
-
-QByteArray content(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
-} // namespace
 
 class PreferencesFormatTest final : public QObject {
     Q_OBJECT

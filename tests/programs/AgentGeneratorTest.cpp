@@ -1,5 +1,6 @@
 #include "agent/systemd/AgentGenerator.h"
 #include "agent/systemd/ServiceUnit.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 
@@ -16,14 +17,6 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
-        || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
 
 QByteArray labelled(const QByteArray& label, const QByteArray& keys = {}) {
     return xmlPropertyList(

@@ -1,6 +1,7 @@
 #include "agent/LoginItem.h"
 #include "agent/systemd/ServiceUnit.h"
 #include "app/PreferencesFormat.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 #include "tests/agent/PropertyListSamples.h"
 #include "tests/programs/CutCalls.h"
@@ -51,14 +52,6 @@ public:
     [[nodiscard]] virtual bool mayBeGone() const { return false; }
 };
 
-void put(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
-        || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
-
 Bytes bytesAt(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? Bytes(file.readAll()) : std::nullopt;
@@ -75,10 +68,11 @@ public:
 
     void prepare(const QString& home) const override {
         const ServiceLocations locations(home);
-        put(locations.templateURL(),
+        write(
+            locations.templateURL(),
             agentPropertyList("<key>Other</key><string>" + QByteArray(20'000, 'x') + "</string>"));
         if (before_) {
-            put(locations.agentURL(), *before_);
+            write(locations.agentURL(), *before_);
         }
     }
     [[nodiscard]] QString perform(const QString& home) const override {
@@ -141,7 +135,7 @@ private:
 class Preferences final : public Writing {
 public:
     void prepare(const QString& home) const override {
-        put(file(home), "[General]\nsetupVisitedV2=true\n");
+        write(file(home), "[General]\nsetupVisitedV2=true\n");
     }
     [[nodiscard]] QString perform(const QString& home) const override {
         // The toolkit's complaints, as in the program.

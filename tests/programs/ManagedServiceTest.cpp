@@ -3,14 +3,12 @@
 #include "agent/LoginItem.h"
 #include "agent/ServiceStart.h"
 #include "agent/ServiceTarget.h"
-#include "agent/systemd/ServiceUnit.h"
-#include "model/ListenerRecoveryPolicy.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 #include "tests/agent/CountedTool.h"
 #include "tests/agent/PropertyListSamples.h"
-#include "tests/programs/PrivateManager.h"
+#include "tests/programs/ManagedCase.h"
 
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
@@ -18,8 +16,6 @@
 
 #include <array>
 #include <csignal>
-#include <filesystem>
-#include <memory>
 
 #include <unistd.h>
 
@@ -28,76 +24,11 @@ namespace vesk {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-
-constexpr int patience = 30'000;
-
-void write(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
-        || file.write(bytes) != bytes.size()) {
-        qFatal("%s could not be written", qPrintable(path));
-    }
-}
-
-QByteArray content(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QByteArray element(const QByteArray& name, const QString& text) {
-    return "<" + name + ">" + text.toHtmlEscaped().toUtf8() + "</" + name + ">";
-}
-
-QByteArray entry(const QString& key, const QString& text) {
-    return element("key", key) + element("string", text);
-}
-
-QByteArray list(const QStringList& texts) {
-    QByteArray elements;
-    for (const QString& text : texts) {
-        elements += element("string", text);
-    }
-    return "<array>" + elements + "</array>";
-}
-
-QByteArray dictionary(const QMap<QString, QString>& texts) {
-    QByteArray entries;
-    for (auto text = texts.begin(); text != texts.end(); ++text) {
-        entries += entry(text.key(), text.value());
-    }
-    return "<dict>" + entries + "</dict>";
-}
-
-const QByteArray atLoad = "<key>RunAtLoad</key><true/>";
-
-/// Program, arguments and variables that make the probe report to a file.
-QByteArray probeKeys(
-    const QString& report, const QStringList& arguments = {}, QMap<QString, QString> variables = {},
-    const QString& program = QStringLiteral(VESK_PROBE)) {
-    variables.insert(u"PROBE_REPORT"_s, report);
-    return "<key>ProgramArguments</key>" + list(QStringList{program} + arguments)
-           + "<key>EnvironmentVariables</key>" + dictionary(variables);
-}
-
-QString unit() {
-    return unitName(ServiceLocations::serviceLabel.toString());
-}
-
-QByteArray unitProperty(const QString& name) {
-    return PrivateManager::systemctl({u"show"_s, u"--value"_s, u"--property="_s + name, unit()})
-        .trimmed();
-}
-
-} // namespace
-
-class ManagedServiceTest : public QObject {
+/// The service is loaded, started, restarted and left alone as it is told.
+class ManagedServiceTest : public ManagedCase {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void unknownService();
     void bootstrapFromTheTemplate();
     void bootstrapFromTheAgentFile();
@@ -115,99 +46,12 @@ private slots:
     void recoveryOfAStoppedService();
     void login();
     void loginWithBadFiles();
-    void wordsArriveUntouched_data();
-    void wordsArriveUntouched();
-    void controlCharactersArriveUntouched();
-    void placesArriveUntouched_data();
-    void placesArriveUntouched();
-    void placesByADetour();
-    void programAndItsName();
-    void streamsToFiles();
-    void logFoldersInTheHomeAreMade_data();
-    void logFoldersInTheHomeAreMade();
-    void logFolderGoneMeanwhile();
-    void logFolderAtLogin();
-    void programGoneMeanwhile();
     void programThatEndsAtOnce();
     void quitWhileItStarts();
     void startedByAProgramThatIgnoresItsChildren();
     void printThatCannotBeWritten();
-    void maskAndNiceness();
     void managerGone();
-
-private:
-    void putTemplate(const QByteArray& keys) const {
-        write(locations().templateURL(), agentPropertyList(keys));
-    }
-
-    [[nodiscard]] ServiceLocations locations() const { return ServiceLocations(home_.path()); }
-    [[nodiscard]] QString report() const { return home_.filePath(u"report"_s); }
-    [[nodiscard]] QByteArrayList fields() const { return content(report()).split('\0'); }
-    [[nodiscard]] qsizetype runs() const { return content(report() + u".runs"_s).count('\n'); }
-
-    ToolResult launchctl(const QStringList& arguments) {
-        std::optional<ToolResult> result;
-        launchctl_->run(arguments, this, [&](const ToolResult& value) { result = value; });
-        if (!QTest::qWaitFor([&] { return result.has_value(); }, patience)) {
-            qFatal("no result came");
-        }
-        return *result;
-    }
-
-    std::optional<ServiceError> failureOf(const QStringList& arguments) {
-        const ToolResult result = launchctl(arguments);
-        const auto* failure = std::get_if<ServiceError>(&result);
-        return failure != nullptr ? std::optional(*failure) : std::nullopt;
-    }
-
-    /// Presses "Start processing".
-    std::optional<ServiceError> start() {
-        ServiceStart start(*launchctl_, locations());
-        std::optional<std::optional<ServiceError>> end;
-        start.startService([&](const std::optional<ServiceError>& failure) { end = failure; });
-        if (!QTest::qWaitFor([&] { return end.has_value(); }, patience)) {
-            qFatal("the start did not end");
-        }
-        return *end;
-    }
-
-    bool isLoaded() {
-        return std::holds_alternative<QString>(launchctl({u"print"_s, serviceTarget()}));
-    }
-
-    bool isRunning() {
-        const ToolResult result = launchctl({u"print"_s, serviceTarget()});
-        const auto* text = std::get_if<QString>(&result);
-        return text != nullptr && ListenerRecoveryPolicy::serviceReportsRunning(*text);
-    }
-
-    QTemporaryDir home_;
-    PrivateManager manager_{home_.path()};
-    std::unique_ptr<Launchctl> launchctl_;
 };
-
-void ManagedServiceTest::init() {
-    qputenv("HOME", QFile::encodeName(home_.path()));
-    launchctl_ = std::make_unique<Launchctl>(QStringLiteral(VESK_COMPANION));
-    if (!manager_.isRunning() && !manager_.start()) {
-        QSKIP(("NOT TESTED: this machine does not let a user's systemd start: " + manager_.log())
-                  .constData());
-    }
-}
-
-void ManagedServiceTest::cleanup() {
-    launchctl_.reset();
-    static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
-    for (const auto& entry :
-         std::filesystem::directory_iterator(QFile::encodeName(home_.path()).toStdString())) {
-        std::filesystem::remove_all(entry.path());
-    }
-    removeServiceUnit(
-        ServiceLocations::serviceLabel.toString(),
-        qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/systemd/user"_s);
-    static_cast<void>(PrivateManager::systemctl({u"daemon-reload"_s}));
-    static_cast<void>(PrivateManager::systemctl({u"reset-failed"_s}));
-}
 
 void ManagedServiceTest::unknownService() {
     const QString label = ServiceLocations::serviceLabel.toString();
@@ -523,231 +367,6 @@ void ManagedServiceTest::loginWithBadFiles() {
     QVERIFY(!log.contains("other.txt"));
 }
 
-void ManagedServiceTest::wordsArriveUntouched_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("asVariable");
-    const auto row = [](const char* name, const QString& text, bool asVariable = true) {
-        QTest::newRow(name) << text << asVariable;
-    };
-    row("plain", u"plain"_s);
-    row("empty", u""_s);
-    row("blanks", u" a  b "_s);
-    row("double quotes", u"\"a\" b\""_s);
-    row("single quotes", u"'a' b'"_s);
-    row("back-slashes", u"\\a\\\\n \\x41 \\"_s);
-    row("percent", u"%h %% %n 100%"_s);
-    row("dollar", u"$HOME ${HOME} $$ $"_s);
-    row("variable alone", u"$HOME"_s);
-    row("line feeds", u"a\nb\n\nc\n"_s);
-    row("tab", u"a\tb\t"_s);
-    row("semicolon", u";"_s);
-    row("escaped semicolon", u"\\;"_s);
-    row("prefixes", u"-@:+!"_s);
-    row("comment", u"#a ;b"_s);
-    row("shell", u"`id` $(id) | > < & * ? ~ { }"_s);
-    row("UTF-8", u"größe € 😀 \u00a0"_s);
-    row("carriage return", u"a\r\nb\r"_s, false);
-    row("delete", u"a\u007f"_s, false);
-    row("C1 control character", u"a\u0085b"_s);
-    row("no characters", u"ä\ufdd0 \U0001ffff"_s, false);
-    row("long", QString(20'000, u'x') + u" \"\\%$\n"_s);
-}
-
-void ManagedServiceTest::wordsArriveUntouched() {
-    QFETCH(const QString, text);
-    QFETCH(const bool, asVariable);
-    QString escaped;
-    for (const QChar sign : text) {
-        // The only notation for these in XML.
-        escaped += sign == u'\r' ? u"&#13;"_s : QString(sign).toHtmlEscaped();
-    }
-    QByteArray keys = atLoad
-                      + probeKeys(
-                          report(), {u"WORD"_s, u"after"_s},
-                          asVariable ? QMap<QString, QString>{{u"ODD_A"_s, u"WORD"_s}}
-                                     : QMap<QString, QString>{});
-    putTemplate(keys.replace("WORD", escaped.toUtf8()));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(fields().value(3), QByteArray("3"));
-    QCOMPARE(fields().value(5), text.toUtf8());
-    QCOMPARE(fields().value(6), QByteArray("after"));
-    QCOMPARE(fields().value(7), asVariable ? "ODD_A=" + text.toUtf8() : QByteArray());
-}
-
-void ManagedServiceTest::controlCharactersArriveUntouched() {
-    // XML has no notation for them.
-    QByteArray word;
-    for (char sign = 1; sign < ' '; ++sign) {
-        word += sign;
-    }
-    const auto text = [](const QByteArray& bytes) {
-        return "\x5f\x11" + bigEndian(static_cast<quint64>(bytes.size()), 2) + bytes;
-    };
-    const auto references = [](const QList<quint64>& values) {
-        QByteArray bytes;
-        for (const quint64 value : values) {
-            bytes += bigEndian(value, 2);
-        }
-        return bytes;
-    };
-    write(
-        locations().templateURL(),
-        binaryPropertyListOf(
-            {"\xd4" + references({1, 2, 3, 4, 5, 6, 7, 8}), text("Label"), text("ProgramArguments"),
-             text("EnvironmentVariables"), text("RunAtLoad"),
-             text(ServiceLocations::serviceLabel.toUtf8()), "\xa3" + references({9, 10, 11}),
-             "\xd1" + references({12, 13}), "\x09", text(VESK_PROBE), text(word), text("after"),
-             text("PROBE_REPORT"), text(QFile::encodeName(report()))}));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(fields().value(5), word);
-    QCOMPARE(fields().value(6), QByteArray("after"));
-}
-
-void ManagedServiceTest::placesArriveUntouched_data() {
-    QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << u"plain"_s;
-    QTest::newRow("blanks") << u" a  b "_s;
-    QTest::newRow("quotes") << u"\"a' b"_s;
-    QTest::newRow("back-slash") << u"a\\x41b\\"_s;
-    QTest::newRow("two back-slashes") << u"a\\\\"_s;
-    QTest::newRow("percent") << u"%h 100%"_s;
-    QTest::newRow("dollar") << u"$HOME ${HOME} $$"_s;
-    QTest::newRow("line feed") << u"a\nb"_s;
-    QTest::newRow("line feed at the end") << u"a\n"_s;
-    QTest::newRow("tab") << u"a\tb\t"_s;
-    QTest::newRow("prefixes") << u"-@:+!~"_s;
-    QTest::newRow("semicolon") << u"; #"_s;
-    QTest::newRow("UTF-8") << u"größe € 😀"_s;
-    QTest::newRow("no-break blank") << u"a\u00a0"_s;
-}
-
-void ManagedServiceTest::placesArriveUntouched() {
-    QFETCH(const QString, name);
-    const QString folder = home_.filePath(name);
-    const QString program = folder + u'/' + name;
-    QVERIFY(QDir().mkpath(folder) && QFile::copy(QStringLiteral(VESK_PROBE), program));
-    putTemplate(
-        atLoad + probeKeys(folder + u"/report"_s, {}, {}, program)
-        + entry(u"WorkingDirectory"_s, folder)
-        + entry(u"StandardOutPath"_s, folder + u"/out"_s + name)
-        + entry(u"StandardErrorPath"_s, folder + u"/err"_s + name));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(content(folder + u"/report.runs"_s), QByteArray("run\n"), patience);
-    const QByteArrayList found = content(folder + u"/report"_s).split('\0');
-    QCOMPARE(found.value(0), QFile::encodeName(QFileInfo(folder).canonicalFilePath()));
-    QCOMPARE(found.value(4), QFile::encodeName(program));
-    QCOMPARE(content(folder + u"/out"_s + name), QByteArray("out\n"));
-    QCOMPARE(content(folder + u"/err"_s + name), QByteArray("err\n"));
-    QVERIFY(isRunning());
-}
-
-void ManagedServiceTest::placesByADetour() {
-    const QString detour = home_.filePath(u"a/../a"_s);
-    QVERIFY(QDir().mkpath(home_.filePath(u"a"_s)));
-    const QString program = detour + u"/probe"_s;
-    QVERIFY(QFile::copy(QStringLiteral(VESK_PROBE), program));
-    putTemplate(
-        atLoad + probeKeys(report(), {}, {}, program) + entry(u"WorkingDirectory"_s, detour)
-        + entry(u"StandardOutPath"_s, detour + u"/out"_s)
-        + entry(u"StandardErrorPath"_s, detour + u"/err"_s));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(fields().value(0), QFile::encodeName(QFileInfo(detour).canonicalFilePath()));
-    QCOMPARE(content(detour + u"/out"_s), QByteArray("out\n"));
-    QCOMPARE(content(detour + u"/err"_s), QByteArray("err\n"));
-}
-
-void ManagedServiceTest::programAndItsName() {
-    putTemplate(
-        atLoad + entry(u"Program"_s, QStringLiteral(VESK_PROBE))
-        + probeKeys(report(), {u"first"_s}, {}, u"-a name, $HOME %h \"\\"_s));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(fields().value(4), QByteArray("-a name, $HOME %h \"\\"));
-    QCOMPARE(fields().value(5), QByteArray("first"));
-}
-
-void ManagedServiceTest::streamsToFiles() {
-    const QString out = home_.filePath(u"out"_s);
-    write(out, "before\n");
-    putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, out));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(content(out), QByteArray("before\nout\n"));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 2, patience);
-    QCOMPARE(content(out), QByteArray("before\nout\nout\n"));
-}
-
-void ManagedServiceTest::logFoldersInTheHomeAreMade_data() {
-    QTest::addColumn<QString>("out");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("one") << u"Library/Logs/out.log"_s << u"Library/Logs/error.log"_s;
-    QTest::newRow("two") << u"Library/Logs/a/out.log"_s << u"Library/Logs/b/c/error.log"_s;
-    QTest::newRow("odd") << u"Li\"b\nr%/out.log"_s << u"L i /error.log"_s;
-    QTest::newRow("by a detour") << u"Library/../Library/Logs/a.log"_s << u"./Logs//error.log"_s;
-}
-
-void ManagedServiceTest::logFoldersInTheHomeAreMade() {
-    QFETCH(const QString, out);
-    QFETCH(const QString, error);
-    putTemplate(
-        atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, home_.filePath(out))
-        + entry(u"StandardErrorPath"_s, home_.filePath(error)));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(content(home_.filePath(out)), QByteArray("out\n"));
-    QCOMPARE(content(home_.filePath(error)), QByteArray("err\n"));
-}
-
-void ManagedServiceTest::logFolderGoneMeanwhile() {
-    const QString logs = home_.filePath(u"Library/Logs"_s);
-    putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, logs + u"/a.log"_s));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QVERIFY(QDir(logs).removeRecursively());
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 2, patience);
-    QCOMPARE(content(logs + u"/a.log"_s), QByteArray("out\n"));
-
-    QVERIFY(QDir(logs).removeRecursively());
-    write(logs, "in the way");
-    const auto failure = start();
-    QVERIFY(failure);
-    QVERIFY2(
-        failure->description.contains(
-            u"The log file \"%1/a.log\" cannot be written: Not a directory"_s.arg(logs)),
-        qPrintable(failure->description));
-}
-
-void ManagedServiceTest::logFolderAtLogin() {
-    const QString log = home_.filePath(u"Library/Logs/a.log"_s);
-    putTemplate(atLoad + probeKeys(report()) + entry(u"StandardOutPath"_s, log));
-    QCOMPARE(configureLogin(locations(), true), std::nullopt);
-    manager_.stop();
-    QVERIFY(manager_.start());
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(content(log), QByteArray("out\n"));
-}
-
-void ManagedServiceTest::programGoneMeanwhile() {
-    const QString program = home_.filePath(u"probe"_s);
-    QVERIFY(QFile::copy(QStringLiteral(VESK_PROBE), program));
-    putTemplate(atLoad + probeKeys(report(), {}, {}, program));
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QVERIFY(QFile::remove(program));
-    const auto failure = start();
-    QVERIFY(failure);
-    QVERIFY2(
-        failure->description.contains(
-            u"The program \"%1\" cannot be run: No such file or directory"_s.arg(program)),
-        qPrintable(failure->description));
-    QVERIFY(isLoaded());
-}
-
 void ManagedServiceTest::programThatEndsAtOnce() {
     // It was started, so that is no failure, however soon it ended.
     for (const QString& end : {u"false"_s, u"true"_s}) {
@@ -758,12 +377,7 @@ void ManagedServiceTest::programThatEndsAtOnce() {
             QCOMPARE(start(), std::nullopt);
             QVERIFY(isLoaded());
         }
-        static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
-        removeServiceUnit(
-            ServiceLocations::serviceLabel.toString(),
-            qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/systemd/user"_s);
-        static_cast<void>(PrivateManager::systemctl({u"daemon-reload"_s}));
-        static_cast<void>(PrivateManager::systemctl({u"reset-failed"_s}));
+        forgetService();
     }
 }
 
@@ -800,16 +414,6 @@ void ManagedServiceTest::printThatCannotBeWritten() {
     process.start(QStringLiteral(VESK_COMPANION), {u"print"_s, serviceTarget()});
     QVERIFY(process.waitForFinished(patience));
     QCOMPARE(process.exitCode(), 74);
-}
-
-void ManagedServiceTest::maskAndNiceness() {
-    putTemplate(
-        atLoad + probeKeys(report())
-        + "<key>Umask</key><integer>63</integer><key>Nice</key><integer>7</integer>");
-    QCOMPARE(start(), std::nullopt);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    QCOMPARE(fields().value(1), QByteArray("63"));
-    QCOMPARE(fields().value(2), QByteArray("7"));
 }
 
 void ManagedServiceTest::managerGone() {
