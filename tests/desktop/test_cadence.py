@@ -42,8 +42,7 @@ class CadenceCase(DesktopCase):
         worker = self.worker()
         worker.show_slots(*slots)
         dashboard = self.live_dashboard(worker)
-        window = dashboard.window()
-        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        window = dashboard.wait_until_in_front()
         return worker, dashboard, window
 
 

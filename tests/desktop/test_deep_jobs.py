@@ -67,8 +67,7 @@ class DeepJobsTest(DesktopCase):
     def live(self, worker):
         self.host = self.tray_host()
         dashboard = self.live_dashboard(worker)
-        window = dashboard.window()
-        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        dashboard.wait_until_in_front()
         return dashboard
 
     def assert_confirmed(self, dashboard, worker, accepting):

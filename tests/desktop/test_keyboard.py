@@ -1,8 +1,6 @@
 """Every control by keyboard and by assistive technology, on every screen."""
 
-from harness.accessible import Announcements
 from harness.case import DesktopCase
-from harness.dashboard import ALERT
 from harness.waiting import wait_for
 from harness.worker import bay
 
@@ -95,8 +93,7 @@ class KeyboardTest(DesktopCase):
         worker = self.worker()
         worker.show_slots(WORKING)
         dashboard = self.live_dashboard(worker)
-        window = dashboard.window()
-        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        dashboard.wait_until_in_front()
         frame = dashboard.accessible.find("frame", MAIN)
         self.check_words(frame)
         self.walk(

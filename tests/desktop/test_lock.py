@@ -76,7 +76,7 @@ class LockTest(DesktopCase):
             with self.step(away.__name__):
                 away()
                 self.assert_refused(self.run_to_end())
-                wait_for("the window in front", lambda: windows.is_active(first.window()))
+                first.wait_until_in_front()
 
     def test_second_start_for_setup_opens_it(self):
         self.tray_host()

@@ -211,7 +211,7 @@ class MachineTest(DesktopCase):
         wait_for("more fetches", lambda: len(worker.arrivals()) > before)
         windows = self.desktop.windows
         windows.activate(dashboard.window())
-        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        dashboard.wait_until_in_front()
         self.person.key("q", "Control_L")
         self.assertEqual(dashboard.wait(SLACK), 0)
         self.assertEqual(dashboard.err, "")

@@ -115,8 +115,7 @@ class QuitTest(DesktopCase):
         worker = self.worker()
         worker.show_slots(bay(1))
         dashboard = self.live_dashboard(worker)
-        windows = self.desktop.windows
-        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        dashboard.wait_until_in_front()
         self.person.key("F1")
         self.person.key("comma", "Control_L")
         dashboard.sheet(SETTINGS)
@@ -124,7 +123,7 @@ class QuitTest(DesktopCase):
         self.person.key("comma", "Control_L")
         self.person.key("w", "Control_L")
         dashboard.wait_until_gone(SETTINGS)
-        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        dashboard.wait_until_in_front()
         self.person.key("w", "Control_L")
         wait_for("the window gone", lambda: not dashboard.is_shown())
         self.assertTrue(dashboard.is_running())
@@ -148,13 +147,12 @@ class QuitTest(DesktopCase):
         }
         for name, way_in in ways_in.items():
             with self.step(name):
-                windows = self.desktop.windows
-                wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+                dashboard.wait_until_in_front()
                 way_in()
                 wait_for("the menu", lambda: self.menu_entries(dashboard) == ENTRIES)
                 self.person.key("Escape")
                 wait_for("the menu closed", lambda: not self.menu_entries(dashboard))
-        wait_for("the window in front", lambda: windows.is_active(dashboard.window()))
+        dashboard.wait_until_in_front()
         self.person.key("Menu")
         wait_for("the menu", lambda: self.menu_entries(dashboard) == ENTRIES)
         entry = dashboard.control("menu item", QUIT)

@@ -33,8 +33,7 @@ def policy(mode="automatic", **more):
 class SettingsTest(DesktopCase):
     def live(self, worker):
         dashboard = self.live_dashboard(worker)
-        window = dashboard.window()
-        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        dashboard.wait_until_in_front()
         return dashboard
 
     def open(self, dashboard):

@@ -116,6 +116,12 @@ class Dashboard:
         )
         return windows[0]
 
+    def wait_until_in_front(self):
+        """Gives the window once it is the one that the window manager calls active."""
+        window = self.window()
+        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        return window
+
     def control(self, role, name):
         """What is on screen under that name, in the window or on a sheet."""
 
