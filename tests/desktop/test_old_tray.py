@@ -5,6 +5,7 @@ from harness.dashboard import visited_home
 from harness.oldtray import OldTray
 from harness.person import RIGHT_BUTTON
 from harness.waiting import wait_for
+from harness.worker import BUSY
 
 
 class OldTrayTest(DesktopCase):
@@ -16,11 +17,6 @@ class OldTrayTest(DesktopCase):
     def close_window(self, dashboard):
         self.desktop.windows.press_close(dashboard.window())
         wait_for("the window gone", lambda: not dashboard.is_shown())
-
-    def wait_until_in_front(self, dashboard):
-        windows = self.desktop.windows
-        window = dashboard.window()
-        wait_for("the window in front", lambda: windows.is_active(window))
 
     def choose(self, dashboard, item, key):
         """Opens the item's menu, goes to the entry with the key and chooses it."""
@@ -49,7 +45,7 @@ class OldTrayTest(DesktopCase):
         item = tray.item()
         self.close_window(dashboard)
         self.person.click(item)
-        self.wait_until_in_front(dashboard)
+        dashboard.wait_until_in_front()
         self.assert_silent(dashboard)
 
     def test_without_a_session_bus(self):
@@ -59,7 +55,7 @@ class OldTrayTest(DesktopCase):
         item = tray.item()
         self.close_window(dashboard)
         self.person.click(item)
-        self.wait_until_in_front(dashboard)
+        dashboard.wait_until_in_front()
         self.assert_silent(dashboard)
 
     def test_right_button_opens_the_menu(self):
@@ -68,7 +64,7 @@ class OldTrayTest(DesktopCase):
         item = tray.item()
         self.close_window(dashboard)
         self.choose(dashboard, item, "Down")
-        self.wait_until_in_front(dashboard)
+        dashboard.wait_until_in_front()
         self.assert_silent(dashboard)
 
     def test_quit_leaves_the_worker_running(self):
@@ -91,7 +87,7 @@ class OldTrayTest(DesktopCase):
             tray.leave()
             wait_for("the window within reach", dashboard.is_shown)
             self.desktop.windows.activate(dashboard.window())
-            self.wait_until_in_front(dashboard)
+            dashboard.wait_until_in_front()
         self.assert_silent(dashboard)
 
     def test_item_moves_to_the_host_and_back(self):
@@ -104,26 +100,29 @@ class OldTrayTest(DesktopCase):
             wait_for("no item in the old tray", lambda: not tray.items())
             self.close_window(dashboard)
             item.click()
-            self.wait_until_in_front(dashboard)
+            dashboard.wait_until_in_front()
 
             host.leave()
             embedded = tray.item()
         self.close_window(dashboard)
         self.person.click(embedded)
-        self.wait_until_in_front(dashboard)
+        dashboard.wait_until_in_front()
         self.assert_silent(dashboard)
 
     def test_host_keeps_the_item_while_old_trays_come_and_go(self):
         host = self.tray_host()
         tray = self.old_tray()
-        dashboard = self.live_dashboard(self.worker())
+        worker = self.worker()
+        worker.show_slots(BUSY)
+        dashboard = self.live_dashboard(worker)
         item = host.item()
+        wait_for("the state in the tray", lambda: item.menu.titles()[0] == "1 processor working")
         heard = item.listen()
         tray.leave()
         tray = self.old_tray()
         self.close_window(dashboard)
         item.menu.choose("Open Corvala for Mac")
-        self.wait_until_in_front(dashboard)
+        dashboard.wait_until_in_front()
         self.assertEqual(tray.items(), [])
         self.assertEqual(heard.names(), [])
         # The toolkit has not been asked before, and would now choose the kind that left.

@@ -267,8 +267,7 @@ class SetupPagesTest(SetupCase):
             self.wait_for_focus(dashboard, "radio button", "Automatic")
             self.person.key("Escape")
             dashboard.wait_until_gone(SETTINGS)
-            window = dashboard.window()
-            wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+            dashboard.wait_until_in_front()
 
 
 class SetupApplyTest(SetupCase):
@@ -442,15 +441,13 @@ class SetupAlertsTest(SetupCase):
         self.wait_for_focus(dashboard, "push button", "OK")
         self.person.key("space")
         dashboard.wait_until_gone(ALERT)
-        window = dashboard.window()
-        wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
+        dashboard.wait_until_in_front()
 
     def test_two_alerts_are_dismissed_one_by_one(self):
         dashboard, port = self.opened_without_a_service()
         self.click(dashboard, APPLY)
         first = dashboard.sheet(ALERT).description
-        worker = self.worker(port=port, devices=0)
-        worker.arm(path="services", count=1, status=500)
+        self.worker(port=port, devices=0, faults=[{"path": "services", "count": 1, "status": 500}])
         wait_for("two alerts", lambda: dashboard.sheets().count(ALERT) == 2)
         for message in (FAILED, first):
             wait_for(

@@ -115,7 +115,7 @@ private slots:
         SimFixture fixture;
         QElapsedTimer clock;
         clock.start();
-        const sim::ScenarioPlayer player(
+        sim::ScenarioPlayer player(
             scenario(R"([
                 {"at": 0, "fault": {"path": "health", "status": 503}},
                 {"at": 2, "clear_faults": true},
@@ -123,6 +123,7 @@ private slots:
                 {"at": 4, "listener": {"closed_seconds": 1}},
                 {"at": 4, "clear_faults": true}])"),
             fixture.simulation(), fixture.service());
+        player.begin();
         const auto status = [&] { return fixture.get("/v1/health").status(); };
         QTRY_COMPARE(status(), 503);
         QTRY_COMPARE(status(), 401);
@@ -133,12 +134,26 @@ private slots:
         QVERIFY(clock.elapsed() >= 5000);
     }
 
+    void armsWhatItBeginsWithBeforeItBegins() {
+        SimFixture fixture;
+        const sim::ScenarioPlayer player(
+            scenario(R"([
+                {"at": 0, "fault": {"path": "health", "status": 503}},
+                {"at": 0, "fault": {"path": "services", "status": 500}},
+                {"at": 0, "clear_faults": true},
+                {"at": 0, "fault": {"path": "health", "status": 401}}])"),
+            fixture.simulation(), fixture.service());
+        QCOMPARE(fixture.simulation().faults().size(), std::size_t{2});
+        QCOMPARE(fixture.get("/v1/health").status(), 503);
+    }
+
     void closingIsNotLostAtTheStart() {
         for (int turn = 0; turn < 20; ++turn) {
             SimFixture fixture;
-            const sim::ScenarioPlayer player(
+            sim::ScenarioPlayer player(
                 scenario(R"([{"at": 0, "listener": {"closed_seconds": 60}}])"),
                 fixture.simulation(), fixture.service());
+            player.begin();
             QTRY_COMPARE(fixture.get("/v1/health").ending, Ending::Refused);
         }
     }
@@ -148,9 +163,10 @@ private slots:
         QElapsedTimer clock;
         clock.start();
         {
-            const sim::ScenarioPlayer player(
+            sim::ScenarioPlayer player(
                 scenario(R"([{"at": 3600, "clear_faults": true}])"), fixture.simulation(),
                 fixture.service());
+            player.begin();
         }
         QVERIFY(clock.elapsed() < 1000);
     }

@@ -9,10 +9,15 @@
 namespace vesk::sim {
 
 ScenarioPlayer::ScenarioPlayer(Scenario scenario, Simulation& simulation, Service& service)
-    : scenario_(std::move(scenario)),
-      simulation_(simulation),
-      service_(service),
-      thread_([this] { play(); }) {}
+    : scenario_(std::move(scenario)), simulation_(simulation), service_(service) {
+    for (; next_ < scenario_.size() && scenario_[next_].at == Seconds::zero(); ++next_) {
+        const auto* fault = std::get_if<Fault>(&scenario_[next_].action);
+        if (fault == nullptr) {
+            break;
+        }
+        perform(*fault);
+    }
+}
 
 ScenarioPlayer::~ScenarioPlayer() {
     {
@@ -20,13 +25,20 @@ ScenarioPlayer::~ScenarioPlayer() {
         quitting_ = true;
     }
     changed_.notify_all();
-    thread_.join();
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+void ScenarioPlayer::begin() {
+    thread_ = std::thread([this] { play(); });
 }
 
 void ScenarioPlayer::play() {
     using Clock = std::chrono::steady_clock;
     const auto begun = Clock::now();
-    for (const ScenarioStep& step : scenario_) {
+    for (; next_ < scenario_.size(); ++next_) {
+        const ScenarioStep& step = scenario_[next_];
         const auto due = begun + std::chrono::ceil<Clock::duration>(step.at);
         {
             std::unique_lock lock(mutex_);

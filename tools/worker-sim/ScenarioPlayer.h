@@ -3,6 +3,7 @@
 #include "tools/worker-sim/Scenario.h"
 
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <thread>
 
@@ -11,11 +12,10 @@ namespace vesk::sim {
 class Service;
 class Simulation;
 
-/// Does what a scenario says when its time has come, on a thread of its own, counted from when
-/// this was made.
+/// Does what a scenario says when its time has come, on a thread of its own.
 class ScenarioPlayer {
 public:
-    /// Both outlive this.
+    /// Arms the faults that a scenario begins with at 0. Both outlive this.
     ScenarioPlayer(Scenario scenario, Simulation& simulation, Service& service);
     ScenarioPlayer(const ScenarioPlayer&) = delete;
     ScenarioPlayer& operator=(const ScenarioPlayer&) = delete;
@@ -25,6 +25,9 @@ public:
     /// Leaves out what has not been done.
     ~ScenarioPlayer();
 
+    /// Once: the times count from here.
+    void begin();
+
 private:
     void play();
     void perform(const Fault& fault);
@@ -32,6 +35,7 @@ private:
     void perform(const Closure& closure);
 
     const Scenario scenario_;
+    std::size_t next_ = 0;
     Simulation& simulation_;
     Service& service_;
     std::mutex mutex_;

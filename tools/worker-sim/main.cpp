@@ -54,13 +54,15 @@ int serve(const vesk::sim::Options& options, const vesk::sim::Scenario& scenario
     const sigset_t ending = blockEndingSignals();
     vesk::sim::Simulation simulation(options.seed, options.size, options.speed);
     vesk::sim::Service service(simulation, tokenFromEnvironment());
+    // Before the service listens: no request comes before the faults that a scenario begins with.
+    vesk::sim::ScenarioPlayer player(scenario, simulation, service);
     const auto port = service.start(options.port);
     if (!port) {
         std::cerr << programName << ": cannot listen on 127.0.0.1:" << options.port << '\n';
         return 1;
     }
     std::cout << programName << " listening on 127.0.0.1:" << *port << std::endl;
-    const vesk::sim::ScenarioPlayer player(scenario, simulation, service);
+    player.begin();
 
     int signal = 0;
     sigwait(&ending, &signal);

@@ -123,7 +123,11 @@ class TrayItem:
 
     def listen(self):
         """What the program tells of the item and its menu from now on."""
-        return Heard(self._connection, self._service)
+        heard = Heard(self._connection, self._service)
+        # It tells in order: what it still had to tell came before this answer.
+        self.read("Id")
+        heard.forget()
+        return heard
 
     @property
     def menu(self):
@@ -141,6 +145,10 @@ class Heard:
         # The bus serves a connection in order: after its answer the subscriptions hold.
         _call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
               "org.freedesktop.DBus", "GetId", None)
+
+    def forget(self):
+        self.names()
+        self._signals.clear()
 
     def names(self):
         """The names of all signals so far."""

@@ -31,13 +31,19 @@ STILL = {
 
 
 class Worker:
-    def __init__(self, desktop, port, token=None, devices=2, scenario=None):
+    def __init__(self, desktop, port, token=None, devices=2, scenario=None, faults=()):
+        """The faults are armed before it listens; a scenario is one of those that come along."""
         environment = dict(desktop.environment)
         if token is not None:
             environment["TESSALURE_WORKER_TOKEN"] = token
+        played = scenario and os.path.join(SCENARIOS, scenario)
+        if faults:
+            played = os.path.join(desktop.folder, "faults.json")
+            with open(played, "w", encoding="ascii") as file:
+                json.dump([{"at": 0, "fault": {"path": "health", **fault}} for fault in faults], file)
         self._process = Process(
             [WORKER, "--port", str(port), "--devices", str(devices),
-             *(["--scenario", os.path.join(SCENARIOS, scenario)] if scenario else [])],
+             *(["--scenario", played] if played else [])],
             environment,
             desktop.folder,
             "worker",
