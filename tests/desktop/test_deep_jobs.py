@@ -173,7 +173,7 @@ class DeepJobsTest(DesktopCase):
         dashboard = self.live(worker)
         for asked, button in ((PAUSE, "Pause deep jobs"), (RESUME, "Resume deep jobs")):
             accepting = asked == PAUSE
-            worker.fault(path="services", count=1, opposite=True, late=1.5)
+            worker.fault(path="services", count=1, opposite=True, late=3)
             worker.clear_requests()
             self.click_box(dashboard, None)
             self.wait_for_box(dashboard, checked=not accepting, enabled=False)

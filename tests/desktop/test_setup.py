@@ -256,9 +256,6 @@ class SetupPagesTest(SetupCase):
             self.click(dashboard, "Settings")
             dashboard.sheet(SETTINGS)
             host.item().menu.choose("Setup…")
-            # A window manager need not give the keyboard to what a person did not click for.
-            heading = dashboard.control("label", "A little more intelligence. Locally.")
-            self.person.click(heading)
             dashboard.sheet(SHEET)
             self.wait_for_focus(dashboard, "radio button", "Basic")
             way_out()
@@ -370,7 +367,7 @@ class SetupApplyTest(SetupCase):
                 self.dismiss(dashboard)
                 self.wait_for_apply(dashboard)
         # Another value than asked for keeps the sheet open, without an alert.
-        worker.arm(path="services", count=1, opposite=True, late=1)
+        worker.arm(path="services", count=1, opposite=True, late=2.5)
         self.click(dashboard, APPLY)
         self.button(dashboard, "Applying…")
         self.wait_for_apply(dashboard)
@@ -465,7 +462,7 @@ class SetupAlertsTest(SetupCase):
         worker = self.worker(devices=0)
         dashboard = self.opened(worker)
         self.go_to_last_page(dashboard)
-        worker.arm(path="services", count=1, late=2, status=500)
+        worker.arm(path="services", count=1, late=3, status=500)
         self.click(dashboard, APPLY)
         windows = self.desktop.windows
         window = dashboard.window()
@@ -497,7 +494,7 @@ class SetupAlertsTest(SetupCase):
         dashboard = self.opened(worker)
         self.go_to_last_page(dashboard)
         box = dashboard.control("check box", DEEP)
-        worker.arm(path="services", count=1, late=2)
+        worker.arm(path="services", count=1, late=3.5)
         self.person.tab_to(dashboard, "push button", APPLY)
         for _press in range(2):
             self.person.key("space")

@@ -1,12 +1,14 @@
 #include "ui/kit/ModalDialog.h"
 
 #include <QApplication>
+#include <QWindow>
 
 namespace vesk {
 
 ModalDialog::ModalDialog(const QString& title, QWidget* parent) : QDialog(parent) {
     setWindowTitle(title);
     setWindowModality(Qt::WindowModal);
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, &ModalDialog::claimKeyboard);
 }
 
 void ModalDialog::done(int result) {
@@ -19,7 +21,7 @@ void ModalDialog::done(int result) {
     QDialog::done(result);
     QWidget* next = QApplication::activeModalWidget();
     if (hadKeyboard && next != nullptr) {
-        // A window manager gives it to the window that both hang on, which is blocked.
+        // Not every platform gives it to anyone.
         next->activateWindow();
     }
 }
@@ -30,6 +32,15 @@ void ModalDialog::comeAnew() {
         if (dialog->isVisible()) {
             dialog->comeAnew();
         }
+    }
+}
+
+/// Where two dialogs hang on one window the toolkit hands it to that window, and a window manager
+/// may hand it to any that is clicked on.
+void ModalDialog::claimKeyboard(const QWindow* holder) {
+    if (holder != nullptr && QApplication::activeModalWidget() == this
+        && holder->isAncestorOf(windowHandle())) {
+        activateWindow();
     }
 }
 

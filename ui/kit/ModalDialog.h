@@ -4,7 +4,8 @@
 
 namespace vesk {
 
-/// What sheets and alerts have in common: a dialog that hangs on a window and blocks it.
+/// What sheets and alerts have in common: a dialog that hangs on a window and blocks it. The one in
+/// front has the keyboard whenever a window that it blocks would get it.
 class ModalDialog : public QDialog {
     Q_OBJECT
 
@@ -20,6 +21,7 @@ public:
     void comeAnew();
 
 private:
+    void claimKeyboard(const QWindow* holder);
     void hangOn(QWidget& window);
 };
 

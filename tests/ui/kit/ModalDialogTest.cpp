@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QPointer>
+#include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 #include <memory>
 
@@ -23,6 +25,7 @@ private slots:
 
     void theSheetBelowGetsTheKeyboard();
     void theAlertBelowGetsTheKeyboard();
+    void whatIsBlockedHandsTheKeyboardOn();
     void aSheetThatClosesBehindAnotherWindowTakesNoKeyboard();
     void anAlertStaysWhenItsSheetCloses();
     void aDismissedAlertDoesNotComeBack();
@@ -83,6 +86,21 @@ void ModalDialogTest::theAlertBelowGetsTheKeyboard() {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     QTRY_VERIFY(!lower);
     QVERIFY(isActive(sheet));
+}
+
+void ModalDialogTest::whatIsBlockedHandsTheKeyboardOn() {
+    Sheet* sheet = openSheet();
+    Alert* lower = openAlert(sheet);
+    Alert* upper = openAlert(sheet);
+    QVERIFY(upper);
+    for (QWidget* blocked : {window_.get(), static_cast<QWidget*>(sheet)}) {
+        QSignalSpy moved(qApp, &QGuiApplication::focusWindowChanged);
+        blocked->activateWindow();
+        QTRY_COMPARE(moved.size(), 2);
+        QCOMPARE(moved.first().first().value<QWindow*>(), blocked->windowHandle());
+        QVERIFY(isActive(upper));
+    }
+    QVERIFY(lower->isVisible());
 }
 
 void ModalDialogTest::aSheetThatClosesBehindAnotherWindowTakesNoKeyboard() {
