@@ -1,12 +1,14 @@
 """Every control by keyboard and by assistive technology, on every screen."""
 
 from harness.case import DesktopCase
+from harness.dashboard import ALERT
 from harness.waiting import wait_for
 from harness.worker import bay
 
 MAIN = "Corvala for Mac · Halvex"
 SETTINGS = "Corvala processing settings"
 SETUP = "Corvala for Mac Setup · Halvex"
+ALERT_WINDOW = "Corvala for Mac"
 
 BUTTONS = {"push button", "check box", "radio button"}
 # Whatever only holds others has nothing to say.
@@ -125,6 +127,16 @@ class KeyboardTest(DesktopCase):
         alert = dashboard.alert(message)
         self.check_words(alert)
         self.walk(dashboard, alert, [message, "OK"])
+        windows = self.desktop.windows
+        below = [w for w in windows.of_process(dashboard.pid) if windows.title(w) != ALERT_WINDOW]
+        self.assertEqual(len(below), 2)
+        for window in below:
+            windows.give_keyboard(window)
+            wait_for("the keyboard handed on", lambda: not windows.has_keyboard(window))
+            dashboard.alert(message)
+        self.person.key("Escape")
+        dashboard.wait_until_gone(ALERT)
+        dashboard.sheet(SETTINGS)
 
     def test_setup(self):
         worker = self.worker()

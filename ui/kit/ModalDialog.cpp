@@ -5,6 +5,19 @@
 
 namespace vesk {
 
+namespace {
+
+/// The window that all between hang on.
+const QWindow* standsOn(const QWindow& window) {
+    const QWindow* last = &window;
+    while (last->transientParent() != nullptr) {
+        last = last->transientParent();
+    }
+    return last;
+}
+
+} // namespace
+
 ModalDialog::ModalDialog(const QString& title, QWidget* parent) : QDialog(parent) {
     setWindowTitle(title);
     setWindowModality(Qt::WindowModal);
@@ -39,7 +52,8 @@ void ModalDialog::comeAnew() {
 /// may hand it to any that is clicked on.
 void ModalDialog::claimKeyboard(const QWindow* holder) {
     if (holder != nullptr && QApplication::activeModalWidget() == this
-        && holder->isAncestorOf(windowHandle())) {
+        && !windowHandle()->isAncestorOf(holder) && holder != windowHandle()
+        && standsOn(*holder) == standsOn(*windowHandle())) {
         activateWindow();
     }
 }

@@ -103,6 +103,14 @@ class Windows:
         """As a press on the window's entry in a task bar."""
         self._tell(window, "_NET_ACTIVE_WINDOW", 2, X.CurrentTime, 0)
 
+    def give_keyboard(self, window):
+        """As a window manager does that knows nothing of dialogs."""
+        window.set_input_focus(X.RevertToParent, X.CurrentTime)
+        self._display.sync()
+
+    def has_keyboard(self, window):
+        return self._display.get_input_focus().focus == window
+
     def pixels(self, place):
         """What is on the screen there."""
         left, top, width, height = place

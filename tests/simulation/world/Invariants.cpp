@@ -230,6 +230,11 @@ QString whatOpensIsSeen(const Evidence& evidence) {
         u"its window is not shown"_s);
 }
 
+QString keysReachWhatIsInFront(const Evidence& evidence) {
+    const QString& blocked = evidence.shown.blockedWithKeys;
+    return unless(blocked.isEmpty(), u"\"%1\" has it"_s.arg(blocked));
+}
+
 QString panelIsFresh(const Evidence& evidence) {
     if (!evidence.shown.panelSeen) {
         return {};
@@ -353,6 +358,8 @@ const QList<Invariant>& invariants() {
          alertsAreThoseOwed},
         {"The sheets that are open are those that a person opened.", sheetsAreThoseOpened},
         {"A sheet or an alert that opens brings its window back into sight.", whatOpensIsSeen},
+        {"The keyboard is with what is in front, wherever the desktop puts it.",
+         keysReachWhatIsInFront},
         {"The panel says what follows from the facts whenever it can be seen.", panelIsFresh},
         {"The controls can be used as the facts allow.", controlsAreAvailable},
         {"The tray item says what follows from the facts.", trayIsFresh},

@@ -195,6 +195,11 @@ ScreenTexts Screen::read() const {
     texts.alerts.sort();
     texts.windowShown = window_->isVisible() && !window_->isMinimized();
     texts.panelSeen = windowSeen();
+    const QWidget* active = QApplication::activeWindow();
+    const QWidget* inFront = front();
+    if (active != nullptr && active->isVisible() && inFront != nullptr && active != inFront) {
+        texts.blockedWithKeys = active->windowTitle();
+    }
     return texts;
 }
 

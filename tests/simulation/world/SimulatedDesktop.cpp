@@ -115,6 +115,11 @@ void SimulatedDesktop::restore(QWidget& window) {
         window.windowHandle(), Qt::WindowNoState);
 }
 
+void SimulatedDesktop::giveKeyboard(QWidget& window) {
+    chronicle_.note(u"desktop", u"gives the keyboard to \"%1\""_s.arg(window.windowTitle()));
+    window.activateWindow();
+}
+
 void SimulatedDesktop::setHidden(bool hidden) {
     chronicle_.note(u"desktop", hidden ? u"hides the program"_s : u"shows the program"_s);
     QWindowSystemInterface::handleApplicationStateChanged<

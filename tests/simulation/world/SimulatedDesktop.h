@@ -40,6 +40,9 @@ public:
     void minimise(QWidget& window);
     void restore(QWidget& window);
 
+    /// The window manager gives a window the keyboard, whatever lies over it.
+    void giveKeyboard(QWidget& window);
+
     /// The session hides all windows of the program, or shows them again.
     void setHidden(bool hidden);
 

@@ -279,7 +279,7 @@ void Simulation::stirDesktop() {
     }
     witness_.disturbed();
     QWidget& window = screen_->window();
-    switch (dice_.below(7)) {
+    switch (dice_.below(8)) {
     case 0:
         desktop_.setTray(!desktop_.trayPresent());
         break;
@@ -302,6 +302,11 @@ void Simulation::stirDesktop() {
     case 5:
         desktop_.sleep(dice_.between(1000ms, 3'600'000ms));
         witness_.serviceRestarts(); // for what it can know of that time
+        break;
+    case 6:
+        if (window.isVisible() && !window.isMinimized()) {
+            desktop_.giveKeyboard(window);
+        }
         break;
     default:
         changeLoginTemplate();
