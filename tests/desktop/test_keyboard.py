@@ -138,6 +138,22 @@ class KeyboardTest(DesktopCase):
         dashboard.wait_until_gone(ALERT)
         dashboard.sheet(SETTINGS)
 
+    def test_an_alert_that_comes_while_a_menu_is_open(self):
+        worker = self.worker()
+        worker.show_slots(WORKING)
+        dashboard = self.live_dashboard(worker)
+        dashboard.wait_until_in_front()
+        worker.arm(path="services", count=1, late=3, status=500)
+        dashboard.control("push button", "Pause deep jobs").press()
+        self.person.key("Menu")
+        wait_for("the menu", lambda: dashboard.accessible.showing("menu item"))
+        alert = dashboard.sheet(ALERT)
+        self.assertEqual(dashboard.accessible.showing("menu item"), [])
+        self.walk(dashboard, alert, [alert.description, "OK"])
+        self.person.key("Escape")
+        dashboard.wait_until_gone(ALERT)
+        dashboard.wait_until_in_front()
+
     def test_setup(self):
         worker = self.worker()
         worker.show_slots(WORKING)

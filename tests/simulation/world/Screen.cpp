@@ -195,12 +195,17 @@ ScreenTexts Screen::read() const {
     texts.alerts.sort();
     texts.windowShown = window_->isVisible() && !window_->isMinimized();
     texts.panelSeen = windowSeen();
+    texts.blockedWithKeys = blockedWithKeys();
+    return texts;
+}
+
+QString Screen::blockedWithKeys() const {
     const QWidget* active = QApplication::activeWindow();
     const QWidget* inFront = front();
-    if (active != nullptr && active->isVisible() && inFront != nullptr && active != inFront) {
-        texts.blockedWithKeys = active->windowTitle();
-    }
-    return texts;
+    // This platform gives it to menus, and then to nobody.
+    const bool holds = active != nullptr && active->isVisible()
+                       && active->windowHandle() == QGuiApplication::focusWindow();
+    return holds && inFront != nullptr && active != inFront ? active->windowTitle() : QString();
 }
 
 PanelTexts Screen::readPanel() const {

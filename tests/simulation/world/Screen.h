@@ -73,6 +73,7 @@ public:
 private:
     void findPanel();
     [[nodiscard]] PanelTexts readPanel() const;
+    [[nodiscard]] QString blockedWithKeys() const;
     void meetSettings(Sheet& sheet);
     void meetSetup(Sheet& sheet);
 
