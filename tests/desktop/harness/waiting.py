@@ -3,17 +3,21 @@
 import threading
 import time
 
-POLL_SECONDS = 0.05
+# To look costs the program looked at as much as the one that looks; a long wait looks less often.
+FIRST_PAUSE_SECONDS = 0.02
+LONGEST_PAUSE_SECONDS = 0.2
 
 
 def wait_for(what, condition, seconds=15.0):
     """Returns the first true result of `condition`; fails when there is none in time."""
     deadline = time.monotonic() + seconds
     pause = threading.Event()
+    pause_seconds = FIRST_PAUSE_SECONDS
     while True:
         result = condition()
         if result:
             return result
         if time.monotonic() >= deadline:
             raise AssertionError(f"not within {seconds} s: {what}")
-        pause.wait(POLL_SECONDS)
+        pause.wait(pause_seconds)
+        pause_seconds = min(1.25 * pause_seconds, LONGEST_PAUSE_SECONDS)
