@@ -109,9 +109,12 @@ int WrappedLabel::heightOf(const QTextLayout& layout) const {
 
 void WrappedLabel::shape() {
     cut_ = breakLines(lines_, width());
-    lastLine_ = isShortened()
-                    ? fontMetrics().elidedText(lines_.text().mid(cut_), Qt::ElideRight, width())
-                    : QString();
+    lastLine_.clear();
+    if (isShortened()) {
+        // In one line, of which the toolkit would else measure the part before a break only.
+        const QString rest = lines_.text().mid(cut_).replace(QChar::LineSeparator, u' ').trimmed();
+        lastLine_ = fontMetrics().elidedText(rest, Qt::ElideRight, width());
+    }
     update();
 }
 

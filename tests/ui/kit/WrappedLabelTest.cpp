@@ -40,6 +40,7 @@ private slots:
     void breaksALongWord();
     void linesOfItsOwn();
     void limitedLines();
+    void theLastLineGoesOnAfterABreak();
     void drawsItsLines();
     void plainText();
     void textSetThroughItsBase();
@@ -94,6 +95,26 @@ void WrappedLabelTest::limitedLines() {
     label.resize(5000, 60);
     QCOMPARE(label.toolTipText(), QString());
     QVERIFY(label.grab().toImage().copy(0, 0, 120, 60) != cut);
+}
+
+void WrappedLabelTest::theLastLineGoesOnAfterABreak() {
+    WrappedLabel label(2);
+    label.resize(120, 60);
+    label.show();
+    const QString rest = u"more than what the last of the lines has room for"_s;
+    label.setText(u"a\n"_s + rest);
+    const QImage cut = label.grab().toImage();
+    for (const auto* breaks : {"\n\n", "\n\n\n"}) {
+        label.setText(u"a"_s + QLatin1String(breaks) + rest);
+        QCOMPARE(lines(label, 120), 2);
+        QCOMPARE(label.grab().toImage(), cut);
+        QCOMPARE(label.toolTipText(), label.text());
+    }
+    label.setText(u"a\nb\n"_s + rest);
+    QVERIFY(label.grab().toImage() != cut);
+    const QImage joined = label.grab().toImage();
+    label.setText(u"a\nb "_s + rest);
+    QCOMPARE(label.grab().toImage(), joined);
 }
 
 void WrappedLabelTest::drawsItsLines() {
