@@ -150,8 +150,10 @@ SimulatedService::Reply SimulatedService::reply(const ServiceRequest& request) {
         }
         return {dice_.oneIn(2) ? patience : dice_.between(1ms, 4000ms), std::nullopt};
     }
-    if (!post || !dice_.oneIn(4)) {
-        obey(request); // else it confirms what was, the opposite perhaps
+    if (post && dice_.oneIn(4)) {
+        disobey(request);
+    } else {
+        obey(request);
     }
     switch (dice_.below(24)) {
     case 0:
@@ -178,6 +180,14 @@ void SimulatedService::obey(const ServiceRequest& request) {
         accepting_ = wish.value(u"deep_scan_enabled").toBool();
     } else if (request.path == "/v1/local/performance") {
         mode_ = wish.value(u"mode").toString();
+    }
+}
+
+/// It confirms the opposite of a switch, and the mode that was.
+void SimulatedService::disobey(const ServiceRequest& request) {
+    if (request.path == "/v1/local/services") {
+        obey(request);
+        accepting_ = !accepting_;
     }
 }
 

@@ -65,6 +65,7 @@ private:
     void take(std::size_t number, const ServiceRequest& request);
     [[nodiscard]] Reply reply(const ServiceRequest& request);
     void obey(const ServiceRequest& request);
+    void disobey(const ServiceRequest& request);
     [[nodiscard]] QByteArray answerTo(const ServiceRequest& request);
     [[nodiscard]] QByteArray spoilt(QJsonObject answer);
     void become(State state);
