@@ -56,8 +56,7 @@ struct ScreenTexts {
     QStringList alerts;      ///< sorted
     bool windowShown = true; ///< and not minimised
     bool panelSeen = true;   ///< the window's own texts; nobody can read them else
-    QString
-        blockedWithKeys; ///< the window that has the keyboard while another keeps it from using it
+    QString blockedWithKeys; ///< a window behind another that has the keyboard all the same
 };
 
 } // namespace vesk
