@@ -1,10 +1,7 @@
 #include "Witness.h"
 
 #include "tests/simulation/VirtualTime.h"
-#include "tests/simulation/world/Screen.h"
-#include "tests/simulation/world/SimulatedDesktop.h"
 
-#include <QGuiApplication>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -17,9 +14,6 @@ using namespace std::chrono_literals;
 namespace {
 
 const QStringList modes{u"automatic"_s, u"quiet"_s, u"faster"_s};
-
-/// How long an exchange may take.
-constexpr auto patience = 4s;
 
 TimePoint now() {
     return VirtualTime::instance().now();
@@ -59,19 +53,15 @@ void Witness::launched(bool setupRequested) {
     if (setupRequested || !lasting_.setupVisited) {
         QTimer::singleShot(500ms, Qt::PreciseTimer, life_.get(), [this] { openSetup(); });
     }
-    openWindow();
-    armed_ = armedNow();
-    serviceRestarts();
+    cadence_.launched();
 }
 
 void Witness::ended() {
     const Knowledge fresh{.port = known_.port, .host = known_.host};
     known_ = fresh;
     life_.reset();
-    screen_ = nullptr;
+    cadence_.ended();
     underWay_.clear();
-    fetching_ = answered_ = mustFetch_ = reloaded_ = seen_ = seenAtGlance_ = menuOpen_ = false;
-    flips_ = 0;
     checked_.reset();
     settingsOpen_ = changingMode_ = false;
     setup_.reset();
@@ -85,77 +75,7 @@ void Witness::ended() {
     moment_ = {};
 }
 
-// --- What is to happen next ---------------------------------------------------------------------
-
-Seconds Witness::interval() const {
-    const bool active = known_.online && busyBays(known_.document) > 0;
-    if (setup_ || (visible() && active)) {
-        return 1.5s;
-    }
-    if (visible()) {
-        return 5s;
-    }
-    return active ? 10s : 30s;
-}
-
-bool Witness::visible() const {
-    return menuOpen_
-           || (screen_ != nullptr && screen_->windowSeen()
-               && QGuiApplication::applicationState() != Qt::ApplicationHidden);
-}
-
-Witness::Armed Witness::armedNow() const {
-    const Seconds wait = interval();
-    const Seconds tolerance = std::min(Seconds(1s), wait / 10);
-    const auto ceiled = [](Seconds span) {
-        return std::chrono::ceil<std::chrono::milliseconds>(span);
-    };
-    return {now() + ceiled(wait), now() + ceiled(wait + tolerance) + 1ms};
-}
-
-void Witness::schedule() {
-    armed_ = armedNow();
-    if (calm_ && !caughtUp_) {
-        catchUpBy_ = std::max(catchUpBy_, armed_.latest + patience);
-    }
-}
-
-void Witness::reload() {
-    reloaded_ = true;
-    if (fetching_ || known_.changing) {
-        schedule();
-    } else {
-        mustFetch_ = true;
-    }
-}
-
-void Witness::glance() {
-    const bool seen = screen_ != nullptr && screen_->windowSeen();
-    flips_ += seen != seenAtGlance_ ? 1 : 0;
-    seenAtGlance_ = seen;
-}
-
-void Witness::menuOpened() {
-    menuOpen_ = true;
-    reload();
-}
-
-void Witness::menuClosed() {
-    menuOpen_ = false;
-    schedule();
-}
-
-void Witness::applicationActive() {
-    reload();
-}
-
-void Witness::applicationHidden() {
-    schedule();
-}
-
-void Witness::openWindow() {
-    reload();
-}
+// --- What is owed -------------------------------------------------------------------------------
 
 void Witness::quit() {
     moment_.quitPressed = true;
@@ -171,34 +91,13 @@ void Witness::wrote(const QString& line) {
     settle(u"line: "_s + line);
 }
 
-void Witness::faultsEnd() {
-    calm_ = true;
-    serviceRestarts();
-}
-
-void Witness::serviceRestarts() {
-    if (calm_) {
-        caughtUp_ = false;
-        truthSince_ = now();
-        // What is under way may still fail, and only the next fetch sees the service.
-        catchUpBy_ =
-            std::max(armed_.latest, now() + patience + (armedNow().latest - now())) + patience;
-    }
-}
-
 // --- The service --------------------------------------------------------------------------------
 
 void Witness::sent(std::size_t number, const ServiceRequest& request) {
     const QByteArray line = request.method + ' ' + request.path;
     const QJsonObject body = QJsonDocument::fromJson(request.body).object();
     if (line == "GET /v1/health") {
-        const Seconds early = armed_.earliest - now();
-        moment_.fetches.append(
-            {.otherUnderWay = fetching_,
-             .changeUnderWay = known_.changing,
-             .early = std::max(early, Seconds(0))});
-        fetching_ = true;
-        fetchBegan_ = now();
+        moment_.fetches.append(cadence_.fetchBegins());
         underWay_[number] = Ask::health;
     } else if (line == "GET /v1/diagnostics") {
         settle(u"diagnostics"_s);
@@ -222,7 +121,7 @@ void Witness::sent(std::size_t number, const ServiceRequest& request) {
     } else {
         moment_.malformed.append(QString::fromUtf8(line));
     }
-    if (request.port != known_.port || request.timeout != patience
+    if (request.port != known_.port || request.timeout != Cadence::patience
         || (request.method == "POST" && body.size() != 1)) {
         moment_.malformed.append(QString::fromUtf8(line));
     }
@@ -250,19 +149,17 @@ void Witness::answered(std::size_t number, const std::optional<QByteArray>& body
 }
 
 void Witness::healthAnswered(const std::optional<QJsonObject>& document) {
-    fetching_ = false;
-    answered_ = true;
+    cadence_.fetchEnds();
     if (document) {
-        caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
+        cadence_.fetchIsShown();
         render(*document);
-        const Seconds every = setup_ ? 30s : visible() ? 60s : 300s;
-        if (!checked_ || now() - *checked_ > every) {
+        if (!checked_ || now() - *checked_ > cadence_.checkInterval()) {
             owe(u"diagnostics"_s);
         }
     } else {
         miss();
     }
-    schedule();
+    cadence_.schedule();
 }
 
 void Witness::diagnosticsAnswered(const std::optional<QByteArray>& body) {
@@ -287,20 +184,20 @@ void Witness::policyAnswered(const std::optional<QJsonObject>& document) {
         alert(u"Could not change deep-job acceptance. The saved policy has not been "
               "confirmed."_s);
     }
-    if (fetching_) {
+    if (cadence_.isFetching()) {
         // That one may bring what was before.
-        serviceRestarts();
+        cadence_.serviceRestarts();
     }
     if (policyFromSetup_) {
         setupFinished(document && known_.accepting == policyWanted_);
     }
-    schedule();
+    cadence_.schedule();
 }
 
 void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
     changingMode_ = false;
     // Whatever was changed since it was sent, it may bring what was before.
-    serviceRestarts();
+    cadence_.serviceRestarts();
     if (document) {
         render(*document);
     } else {
@@ -348,7 +245,7 @@ void Witness::stopped() {
     showStopped(panel_, known_);
     writeLines(panel_, known_);
     refreshReadiness();
-    caughtUp_ = caughtUp_ || fetchBegan_ > truthSince_;
+    cadence_.fetchIsShown();
 }
 
 // --- The person ---------------------------------------------------------------------------------
@@ -422,7 +319,8 @@ void Witness::openSetup() {
         .readiness = {},
         .limits = {}};
     moment_.opened = true;
-    reload();
+    cadence_.setSetupOpen(true);
+    cadence_.reload();
 }
 
 void Witness::setupNext() {
@@ -484,7 +382,8 @@ void Witness::writePage() {
 void Witness::closeSetup() {
     setup_.reset();
     setupTicks_.stop();
-    schedule();
+    cadence_.setSetupOpen(false);
+    cadence_.schedule();
 }
 
 void Witness::apply() {
@@ -590,7 +489,7 @@ void Witness::startEnds(const ServiceError* failure) {
         alert(alertText(failure->description));
         return;
     }
-    reload();
+    cadence_.reload();
     if (checkOfSetup_ == setupsOpened_) {
         writePage();
     }
@@ -617,7 +516,7 @@ void Witness::restartEnds(bool good) {
     }
     QTimer::singleShot(1s, Qt::PreciseTimer, life_.get(), [this] {
         recovering_ = false;
-        reload();
+        cadence_.reload();
     });
 }
 
@@ -650,38 +549,8 @@ ScreenTexts Witness::texts() const {
     return texts;
 }
 
-void Witness::judgeFetch() {
-    glance();
-    if (seenAtGlance_ != seen_) {
-        seen_ = seenAtGlance_;
-        if (visible() && answered_) {
-            // It may have been seen while the fetch was still under way.
-            reloaded_ = true;
-            schedule();
-        } else if (visible()) {
-            reload();
-        } else {
-            schedule();
-        }
-    } else if (flips_ > 1) {
-        // Nobody can tell from outside whether it was noticed.
-        reloaded_ = true;
-        const Armed anew = armedNow();
-        armed_ = {std::min(armed_.earliest, anew.earliest), std::max(armed_.latest, anew.latest)};
-    }
-    if (reloaded_ || flips_ > 1) {
-        for (Moment::Fetch& fetch : moment_.fetches) {
-            fetch.early = Seconds(0);
-        }
-    }
-    moment_.fetchDue = mustFetch_ && moment_.fetches.isEmpty() && !known_.changing;
-    if (!fetching_ && !known_.changing) {
-        moment_.late = std::max(Seconds(now() - armed_.latest), Seconds(0));
-    }
-}
-
 Moment& Witness::momentEnds() {
-    judgeFetch();
+    cadence_.judge(moment_);
     moment_.missing = owed_;
     moment_.missesInARow = known_.misses;
     moment_.online = known_.online;
@@ -689,7 +558,6 @@ Moment& Witness::momentEnds() {
     moment_.changing = known_.changing;
     moment_.accepting = known_.accepting;
     moment_.lastWasGood = known_.online && known_.misses == 0;
-    moment_.owesTheTruth = calm_ && (caughtUp_ || now() > catchUpBy_);
     moment_.expected = texts();
     return moment_;
 }
@@ -697,8 +565,7 @@ Moment& Witness::momentEnds() {
 void Witness::nextMoment() {
     moment_ = {};
     owed_.clear();
-    mustFetch_ = reloaded_ = answered_ = false;
-    flips_ = 0;
+    cadence_.nextMoment();
 }
 
 } // namespace vesk

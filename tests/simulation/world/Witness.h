@@ -2,6 +2,7 @@
 
 #include "tests/simulation/SimulatedExchange.h"
 #include "tests/simulation/SimulatedTool.h"
+#include "tests/simulation/world/Cadence.h"
 #include "tests/simulation/world/Moment.h"
 #include "tests/simulation/world/Reckoning.h"
 
@@ -12,8 +13,6 @@
 #include <memory>
 
 namespace vesk {
-
-class Screen;
 
 /// Follows everything that goes into the controller and everything that comes out of it, and knows
 /// at each moment what it has to know, to show and to do: a model of its own, that asks the product
@@ -35,11 +34,11 @@ public:
 
     // The life of the program.
     void launched(bool setupRequested);
-    void seenFirst(const Screen& screen) { screen_ = &screen; }
+    void seenFirst(const Screen& screen) { cadence_.watch(screen); }
     void ended();
 
     // What a person does, before the program learns of it.
-    void openWindow();
+    void openWindow() { cadence_.reload(); }
     void pressStart();
     void switchDeep(bool on);
     void openSettings();
@@ -61,24 +60,24 @@ public:
     void answered(std::size_t number, const std::optional<QByteArray>& body);
     void runBegun(std::size_t number, const SimulatedTool::Run& run);
     void runEnds(std::size_t number, const ToolResult& result);
-    void menuOpened();
-    void menuClosed();
-    void applicationActive();
-    void applicationHidden();
+    void menuOpened() { cadence_.menuOpened(); }
+    void menuClosed() { cadence_.menuClosed(); }
+    void applicationActive() { cadence_.reload(); }
+    void applicationHidden() { cadence_.schedule(); }
     void wrote(const QString& line);
 
     /// Something happened to the window that nobody in the program asked for.
     void disturbed() { moment_.disturbed = true; }
 
     /// Something may have changed what can be seen of the window.
-    void glance();
+    void glance() { cadence_.glance(); }
 
     /// From now on the service is up and well, with nothing in its way, until faults begin.
-    void faultsEnd();
-    void faultsBegin() { calm_ = false; }
+    void faultsEnd() { cadence_.faultsEnd(); }
+    void faultsBegin() { cadence_.faultsBegin(); }
 
     /// It went down and up once more all the same.
-    void serviceRestarts();
+    void serviceRestarts() { cadence_.serviceRestarts(); }
 
     Lasting& lasting() { return lasting_; }
 
@@ -100,18 +99,6 @@ private:
         QString readiness;
         QString limits;
     };
-
-    struct Armed {
-        TimePoint earliest;
-        TimePoint latest;
-    };
-
-    void reload();
-    void schedule();
-    [[nodiscard]] Seconds interval() const;
-    [[nodiscard]] Armed armedNow() const;
-    [[nodiscard]] bool visible() const;
-    void judgeFetch();
 
     void healthAnswered(const std::optional<QJsonObject>& document);
     void policyAnswered(const std::optional<QJsonObject>& document);
@@ -138,22 +125,12 @@ private:
     [[nodiscard]] ScreenTexts texts() const;
 
     Knowledge known_;
+    Cadence cadence_{known_};
     Lasting lasting_;
-    const Screen* screen_ = nullptr;
     std::unique_ptr<QObject> life_;
     PanelTexts panel_;
 
     std::map<std::size_t, Ask> underWay_;
-    bool fetching_ = false;
-    TimePoint fetchBegan_;
-    Armed armed_;
-    bool mustFetch_ = false;
-    bool reloaded_ = false;
-    bool answered_ = false; ///< a fetch came to its end in this moment
-    bool seen_ = false;
-    bool seenAtGlance_ = false;
-    int flips_ = 0;
-    bool menuOpen_ = false;
     std::optional<TimePoint> checked_;
 
     bool policyWanted_ = false;
@@ -177,10 +154,6 @@ private:
 
     QStringList alerts_;
     QStringList owed_;
-    bool calm_ = false;
-    bool caughtUp_ = false;
-    TimePoint truthSince_;
-    TimePoint catchUpBy_;
     Moment moment_;
 };
 
