@@ -80,4 +80,8 @@ loginLine(bool enabled, const QString& agentFile, const std::optional<ServiceErr
     return line.line();
 }
 
+QString lockLine(const ServiceError& failure) {
+    return LogLine("lock"_L1).flag("taken"_L1, false).text("error"_L1, failure.description).line();
+}
+
 } // namespace vesk

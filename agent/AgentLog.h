@@ -11,7 +11,8 @@
 
 namespace vesk {
 
-/// What the dashboard has the service manager do, and why: "vesk.agent", silent unless switched on.
+/// What the dashboard has the service manager do, and why, and why it does not start itself:
+/// "vesk.agent", silent unless switched on.
 Q_DECLARE_LOGGING_CATEGORY(agentLog)
 
 /// What a tool is asked for.
@@ -38,5 +39,8 @@ recoveryLine(const ListenerRecoveryPolicy::Situation& situation, const ToolResul
 
 [[nodiscard]] QString
 loginLine(bool enabled, const QString& agentFile, const std::optional<ServiceError>& failure);
+
+/// Why the program's lock was not taken.
+[[nodiscard]] QString lockLine(const ServiceError& failure);
 
 } // namespace vesk

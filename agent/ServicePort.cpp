@@ -1,16 +1,12 @@
 #include "agent/ServicePort.h"
 
 #include <charconv>
-#include <optional>
 
 namespace vesk {
 
-namespace {
-
-std::optional<qint64> wholeNumber(const QString& text) {
-    QByteArrayView digits;
-    const QByteArray bytes = text.toUtf8();
-    digits = bytes;
+std::optional<qint64> portNumber(const QString& argument) {
+    const QByteArray bytes = argument.toUtf8();
+    QByteArrayView digits = bytes;
     if (digits.startsWith('+') && !digits.startsWith("+-")) {
         digits = digits.sliced(1);
     }
@@ -22,11 +18,9 @@ std::optional<qint64> wholeNumber(const QString& text) {
     return number;
 }
 
-} // namespace
-
 qint64 servicePort(const QStringList& arguments) {
     return arguments.size() < 2 ? defaultServicePort
-                                : wholeNumber(arguments.at(1)).value_or(defaultServicePort);
+                                : portNumber(arguments.at(1)).value_or(defaultServicePort);
 }
 
 } // namespace vesk

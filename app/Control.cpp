@@ -152,6 +152,9 @@ void Control::startService(std::function<void()> completion) {
     if (start_.starting()) {
         return;
     }
+    if (firstCheck_ == FirstCheck::UnderWayBeforeStart) {
+        firstCheck_ = FirstCheck::UnderWay;
+    }
     start_.startService(
         [this, completion = std::move(completion)](const std::optional<ServiceError>& error) {
             if (error) {
@@ -182,6 +185,7 @@ void Control::setupClosed() {
 
 void Control::render(const ConfirmedHealth& health) {
     const Connection before = connection();
+    firstCheck_ = FirstCheck::Done;
     consecutiveHealthMisses_ = 0;
     lastHealth_ = health.document;
     online_ = true;
@@ -201,6 +205,9 @@ void Control::noteHealthMiss() {
         showDisconnected();
     }
     tellConnection(before);
+    if (std::exchange(firstCheck_, FirstCheck::Done) == FirstCheck::UnderWayBeforeStart) {
+        startService({});
+    }
 }
 
 void Control::noteBackendAnswer() {
@@ -239,6 +246,24 @@ void Control::start() {
         setDeep(!accepting_, {});
     } else {
         startService({});
+    }
+}
+
+void Control::startIfStopped() {
+    // Before the first answer online_ is false whether the service runs or not, and a start would
+    // restart a healthy one.
+    if (firstCheck_ != FirstCheck::Done) {
+        firstCheck_ = FirstCheck::UnderWayBeforeStart;
+    } else if (!online_) {
+        startService({});
+    }
+}
+
+void Control::startWhenKnown() {
+    if (firstCheck_ == FirstCheck::Done) {
+        start();
+    } else {
+        startIfStopped();
     }
 }
 

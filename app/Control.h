@@ -59,6 +59,14 @@ public:
     /// What the start button does: starts the service, or pauses or resumes deep jobs.
     void start();
 
+    /// The desktop's start action at the launch of the program: starts the service after the first
+    /// health miss, and leaves it as it is after a good answer.
+    void startIfStopped();
+
+    /// The desktop's start action in the running program: start(), but startIfStopped() before the
+    /// first health answer or miss.
+    void startWhenKnown();
+
     void showSettings();
 
     /// Opens the setup sheet unless it is open.
@@ -83,6 +91,9 @@ private:
     void connectService();
     void connectScreens();
 
+    /// Whether the first health answer or miss has come, and what waits for it.
+    enum class FirstCheck { UnderWay, UnderWayBeforeStart, Done };
+
     void render(const ConfirmedHealth& health);
     void noteHealthMiss();
     void noteBackendAnswer();
@@ -100,6 +111,7 @@ private:
     Surroundings surroundings_;
     ServiceLocations locations_;
 
+    FirstCheck firstCheck_ = FirstCheck::UnderWay;
     bool online_ = false;
     bool accepting_ = false;
     HealthDocument lastHealth_;

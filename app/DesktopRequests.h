@@ -18,19 +18,22 @@ public:
     static constexpr QStringView setupAction = u"setup";
     static constexpr QStringView quitAction = u"quit";
 
+    /// When an action was chosen: AtLaunch if the program was started for it.
+    enum class Occasion { AtLaunch, WhileRunning };
+
     /// Listens from now on, as this system does it; needs the application object.
     [[nodiscard]] static std::unique_ptr<DesktopRequests> listen();
 
 signals:
     /// A person asks for the program again.
     void openRequested();
-    /// A person chose the action `name`, which may be none of ours.
-    void actionRequested(const QString& name);
+    /// The user chose the action `name`, which may be unknown.
+    void actionRequested(const QString& name, vesk::DesktopRequests::Occasion occasion);
 };
 
 /// Has the copy that runs already show its window, or carry out `action` when that is not empty.
-/// Returns when it has been asked, after a second at most; nothing happens where it cannot be
-/// reached. Needs an application object.
-void askRunningCopy(QStringView action);
+/// Returns whether it could be reached, after a second at most. Needs an application object, and
+/// the process must end by std::_Exit() then: a thread may be left that waits for the session bus.
+[[nodiscard]] bool askRunningCopy(QStringView action);
 
 } // namespace vesk

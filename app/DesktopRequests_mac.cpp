@@ -48,8 +48,10 @@ std::unique_ptr<DesktopRequests> DesktopRequests::listen() {
     return std::make_unique<DockRequests>();
 }
 
-// The system itself has the running copy come forward.
-void askRunningCopy(QStringView /*action*/) {}
+// The system itself has the running copy come forward; actions do not reach it.
+bool askRunningCopy(QStringView /*action*/) {
+    return false;
+}
 
 } // namespace vesk
 

@@ -4,7 +4,6 @@
 #include <QFile>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -23,7 +22,8 @@ bool isFolder(const QByteArray& path) {
     return stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-/// With what is missing on the way; each new folder gets its mode whatever the umask.
+/// Makes missing parents too; each new folder gets its mode whatever the umask. On failure errno is
+/// set.
 bool makeFolder(const QByteArray& path) {
     if (isFolder(path)) {
         return true;
@@ -41,16 +41,29 @@ bool makeFolder(const QByteArray& path) {
 } // namespace
 
 InstanceLock::InstanceLock(const QString& home) {
-    const QByteArray folder = QFile::encodeName(home + u"/.corvala"_s);
-    if (!makeFolder(folder)) {
-        std::abort();
+    const QString folder = home + u"/.corvala"_s;
+    hasFolder_ = makeFolder(QFile::encodeName(folder));
+    if (!hasFolder_) {
+        failure_ = systemError(errno, u"The folder \"%1\" could not be made"_s.arg(folder));
+        return;
     }
-    const QByteArray file = folder + "/worker-control.lock";
-    descriptor_ = open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode);
+    file_ = folder + u"/worker-control.lock"_s;
+    const QByteArray path = QFile::encodeName(file_);
+    descriptor_ = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode);
+    if (descriptor_ < 0) {
+        failure_ = systemError(errno, u"The file \"%1\" could not be opened"_s.arg(file_));
+    }
 }
 
-bool InstanceLock::take() const {
-    return descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+bool InstanceLock::take() {
+    if (descriptor_ < 0) {
+        return false;
+    }
+    if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+        failure_ = systemError(errno, u"The file \"%1\" could not be locked"_s.arg(file_));
+        return false;
+    }
+    return true;
 }
 
 } // namespace vesk

@@ -4,6 +4,7 @@
 #include "model/LogLine.h"
 #include "ui/dashboard/CompactPanelView.h"
 #include "ui/kit/Alert.h"
+#include "ui/kit/WindowActivation.h"
 #include "ui/settings/PerformanceSettings.h"
 #include "ui/setup/SetupWizard.h"
 #include "ui/texts/CompactPanel.h"
@@ -52,9 +53,9 @@ void Screens::connectTray() {
     connect(&tray_, &TrayItem::menuDidClose, this, &Screens::menuDidClose);
     connect(&tray_, &TrayItem::presenceChanged, this, [this] {
         qCDebug(uiLog).noquote() << LogLine("tray"_L1).flag("present"_L1, tray_.isPresent()).line();
-        window_.setReachableWhenHidden(tray_.isPresent());
+        window_.setTrayPresent(tray_.isPresent());
     });
-    window_.setReachableWhenHidden(tray_.isPresent());
+    window_.setTrayPresent(tray_.isPresent());
 }
 
 void Screens::connectWindow() {
@@ -144,10 +145,15 @@ void Screens::openSettings() {
         settings_ = std::make_unique<PerformanceSettings>(settingsController_, &window_);
         giveKeys(*settings_->window());
     }
+    const bool wasOpen = settings_->window()->isVisible();
     window_.reveal();
     tellOpening(*settings_->window());
     settings_->open();
-    settings_->window()->activateWindow();
+    if (wasOpen) {
+        window_.bringToFront();
+    } else {
+        activateForUser(*settings_->window());
+    }
 }
 
 void Screens::openSetup() {
@@ -156,8 +162,7 @@ void Screens::openSetup() {
     giveKeys(*setup_->window());
     tellOpening(*setup_->window());
     setup_->open();
-    // A person asked for it, perhaps where the window manager did not see that: in the tray.
-    setup_->window()->activateWindow();
+    activateForUser(*setup_->window());
 }
 
 void Screens::closeSetup() {

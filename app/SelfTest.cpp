@@ -1,12 +1,12 @@
 #include "app/SelfTest.h"
 
 #include "agent/ErrorLine.h"
+#include "app/OutputText.h"
 #include "model/ListenerRecoveryPolicy.h"
 #include "model/RackProgress.h"
 #include "model/RefreshPolicy.h"
 #include "model/SlotPresentation.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace vesk {
@@ -106,11 +106,8 @@ int runSelfTest() {
     checkProgress();
     checkRefreshPolicy();
     checkListenerRecovery();
-    constexpr auto summary =
-        "8 worker/rack presentation, 9 refresh policy and 8 listener recovery checks passed\n";
-    // What is written may stay in the buffer until it is flushed.
-    const bool written = std::fputs(summary, stdout) >= 0 && std::fflush(stdout) == 0;
-    return written ? EXIT_SUCCESS : EXIT_FAILURE;
+    return writeOutput(u"8 worker/rack presentation, 9 refresh policy and 8 listener recovery "
+                       "checks passed\n"_s);
 }
 
 } // namespace vesk

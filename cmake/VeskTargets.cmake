@@ -1,8 +1,9 @@
 set(VESK_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target, empty for none")
 
-# What distributions build their packages with. Control-flow protection is there on some processors
-# only.
-if(UNIX AND NOT APPLE)
+# Flags like those that distributions add themselves when they build a package. Control-flow protection
+# is there on some processors only.
+option(VESK_HARDENING "Build with hardening flags of our own choice" OFF)
+if(VESK_HARDENING AND UNIX AND NOT APPLE)
     include(CheckCXXCompilerFlag)
     set(vesk_hardening_compile
         -fstack-protector-strong -fstack-clash-protection -D_FORTIFY_SOURCE=3 -fPIE)
@@ -18,7 +19,7 @@ endif()
 function(vesk_configure target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-        -Wno-missing-field-initializers -Werror)
+        -Wno-missing-field-initializers)
     # What nobody calls is left out, and what only we call is bound without a detour.
     target_compile_options(${target} PRIVATE
         -ffunction-sections -fdata-sections -fvisibility=hidden)
@@ -35,7 +36,7 @@ function(vesk_configure target)
         if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
             target_compile_options(${target} PRIVATE -fno-sanitize=function)
         endif()
-    elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+    elseif(VESK_HARDENING)
         # The folder that something was built in is nobody's business, and makes no difference.
         target_compile_options(${target} PRIVATE
             ${vesk_hardening_compile} "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")

@@ -6,7 +6,10 @@
 build() {
     local preset=$1 targets=()
     shift
-    if [[ ! build/$preset/build.ninja -nt CMakePresets.json ]]; then
+    if ! grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$preset/CMakeCache.txt"; then
+        # New, or made by a clone in another folder.
+        cmake --fresh --preset "$preset"
+    elif [[ ! build/$preset/build.ninja -nt CMakePresets.json ]]; then
         cmake --preset "$preset"
     fi
     if (($# > 0)); then

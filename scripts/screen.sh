@@ -1,6 +1,22 @@
 # shellcheck shell=bash
-# Programs in the background and a virtual screen of one's own; to be sourced. Whoever does has
-# `runtime`, a short-lived folder with a short path, and calls `finish` when it ends.
+# Programs in the background and a private virtual screen; to be sourced. The caller sets traps that
+# call `finish`, then calls make_runtime.
+
+# A closed standard descriptor would be reused by the next file that is opened.
+{ : <&0; } 2>/dev/null || exec </dev/null
+{ : >&1; } 2>/dev/null || exec >/dev/null
+{ : >&2; } 2>/dev/null || exec 2>/dev/null
+
+# make_runtime NAME sets `runtime` to a new folder for sockets and logs. It is below /tmp whatever
+# TMPDIR says: the path of a socket has 107 bytes at most. A folder that a killed run left is removed.
+make_runtime() {
+    local note=build/$1.folder
+    if [[ -e $note ]]; then
+        rm -rf "$(<"$note")"
+    fi
+    runtime=$(mktemp -d "/tmp/$1.XXXXXX")
+    printf '%s\n' "$runtime" >"$note"
+}
 
 # What is started ends with this shell, however that ends.
 together=()
@@ -20,6 +36,20 @@ wait_until() {
     done
 }
 
+# give_up MESSAGE LOG ends this script with the message and what the log says.
+give_up() {
+    echo "$1. What it wrote:" >&2
+    cat "$2" >&2
+    exit 1
+}
+
+# require SECONDS MESSAGE LOG COMMAND... waits like wait_until, and gives up with the message.
+require() {
+    local seconds=$1 message=$2 log=$3
+    shift 3
+    wait_until "$seconds" "$@" || give_up "$message within $seconds s" "$log"
+}
+
 # start COMMAND... in the background, to be ended with this script.
 start() {
     "${together[@]}" "$@" &
@@ -28,10 +58,11 @@ start() {
 # Ends what was started, the last one first, and leaves no file.
 finish() {
     trap '' INT TERM HUP
-    local process
-    for process in $(jobs -p | tac); do
-        kill "$process" 2>/dev/null || true
-        wait "$process" 2>/dev/null || true
+    local processes index
+    mapfile -t processes < <(jobs -p)
+    for ((index = ${#processes[@]} - 1; index >= 0; --index)); do
+        kill "${processes[index]}" 2>/dev/null || true
+        wait "${processes[index]}" 2>/dev/null || true
     done
     if [[ -n $runtime ]]; then
         rm -rf "$runtime"
@@ -41,7 +72,8 @@ finish() {
 # display_answers: whether a program could open its window on the display that the environment
 # names. A socket that a dead server has left does not.
 display_answers() {
-    perl -MIO::Socket::UNIX -MIO::Socket::INET -e '
+    # Without a locale, because perl complains about one that is not installed.
+    LC_ALL=C perl -MIO::Socket::UNIX -MIO::Socket::INET -e '
         my ($x, $wayland, $runtime) = map { $_ // "" } @ENV{qw(DISPLAY WAYLAND_DISPLAY XDG_RUNTIME_DIR)};
         if ($wayland ne "") {
             $wayland = "$runtime/$wayland" unless $wayland =~ m{^/};
@@ -70,12 +102,13 @@ start_screen() {
     export LC_ALL=C.UTF-8
     start Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -noreset 3>"$runtime/display" \
         2>"$runtime/screen.log"
-    wait_until 10 test -s "$runtime/display"
+    require 10 "The virtual screen does not start" "$runtime/screen.log" \
+        test -s "$runtime/display"
     DISPLAY=:$(<"$runtime/display")
     export DISPLAY QT_QPA_PLATFORM=xcb
     export DBUS_SESSION_BUS_ADDRESS=unix:path=$runtime/bus
     start dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" \
         2>"$runtime/bus.log"
     start openbox --sm-disable &>"$runtime/openbox.log"
-    wait_until 10 test -S "$runtime/bus"
+    require 10 "The session bus does not start" "$runtime/bus.log" test -S "$runtime/bus"
 }

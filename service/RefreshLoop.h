@@ -13,8 +13,8 @@ namespace vesk {
 class ServiceClient;
 
 /// Keeps the picture of the service current: a chain of one-shot timers and health fetches, the
-/// interval chosen afresh each time. Either a timer is pending or a fetch is under way. Main
-/// thread only.
+/// interval chosen afresh each time. The timer is armed when a fetch ends, and by reload() and
+/// scheduleRefresh() as they say, which may be while a fetch is under way. Main thread only.
 class RefreshLoop final : public QObject {
     Q_OBJECT
 
@@ -28,10 +28,11 @@ public:
 
     RefreshLoop(ServiceClient& client, std::function<Situation()> situation, Clock clock);
 
-    /// Fetches at once; while a fetch or a policy change is under way it only arms the timer.
+    /// Stops the timer and fetches at once. While a fetch or a policy change is under way it arms
+    /// the timer instead.
     void reload();
 
-    /// Arms the next fetch, replacing the pending one.
+    /// Arms the timer, or arms it again, by the situation at this moment.
     void scheduleRefresh();
 
 signals:

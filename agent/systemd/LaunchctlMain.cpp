@@ -1,6 +1,7 @@
+#include "agent/HomeFolder.h"
 #include "agent/systemd/LaunchctlCommand.h"
 
-#include <QCoreApplication>
+#include <QFile>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -30,12 +31,18 @@ bool write(const QString& text, std::FILE* stream) {
 
 } // namespace
 
+// No QCoreApplication: under a locale that is not UTF-8 it writes warnings, and the dashboard shows
+// what this program writes as an alert.
 int main(int count, char** words) {
-    const QCoreApplication application(count, words);
+    vesk::exportHomeFolder();
+    QStringList arguments;
+    for (int index = 1; index < count; ++index) {
+        arguments += QFile::decodeName(words[index]);
+    }
     const QString systemctl = QStandardPaths::findExecutable(u"systemctl"_s);
     const vesk::UserManager manager(
         systemctl.isEmpty() ? u"/usr/bin/systemctl"_s : systemctl, runtimeFolder());
-    const auto result = vesk::performLaunchctl(QCoreApplication::arguments().sliced(1), manager);
+    const auto result = vesk::performLaunchctl(arguments, manager);
     if (const auto* failure = std::get_if<vesk::ServiceError>(&result)) {
         write(failure->description, stderr);
         return std::clamp(failure->code, 1, 255);

@@ -70,21 +70,15 @@ bool isPlainExecutable(const QByteArray& path) {
     const auto isRefused = [](char sign) {
         return isControl(sign) || sign == '"' || sign == '\'' || sign == '\\';
     };
-    return isText(path) && std::none_of(path.begin(), path.end(), isRefused);
+    // systemd 257 drops blanks at the end, although they are quoted.
+    return isText(path) && std::none_of(path.begin(), path.end(), isRefused) && !path.endsWith(' ');
 }
 
-/// A setting that is one path: neither quotes nor escapes, and what looks like the end of a line or
-/// a blank there is cut off.
-QByteArray pathSetting(const QByteArray& path) {
-    QByteArray setting = path;
-    setting.replace('%', "%%");
-    return setting.endsWith('\\') || setting.endsWith(' ') ? setting + '/' : setting;
-}
-
-/// systemd takes no way up either.
+/// A path alone on its line has neither quotes nor escapes there, so systemd drops blanks at its
+/// end and continues the line after a backslash. It refuses "..".
 bool isPlainPath(const QByteArray& path) {
     return isText(path) && std::none_of(path.begin(), path.end(), isControl)
-           && !path.split('/').contains("..");
+           && !path.split('/').contains("..") && !path.endsWith(' ') && !path.endsWith('\\');
 }
 
 class Translation {
@@ -120,8 +114,11 @@ private:
     }
 
     QByteArray path(const QString& name, const QString& target) {
-        const QByteArray bytes = QFile::encodeName(target);
-        return pathSetting(isPlainPath(bytes) ? bytes : linked(name, target));
+        QByteArray bytes = QFile::encodeName(target);
+        if (!isPlainPath(bytes)) {
+            bytes = linked(name, target);
+        }
+        return bytes.replace('%', "%%");
     }
 
     void command() {

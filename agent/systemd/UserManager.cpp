@@ -71,12 +71,17 @@ std::variant<UserManager::UnitState, ServiceError> UserManager::state(const QStr
 std::optional<ServiceError> UserManager::restart(const QString& unit) const {
     const auto before = state(unit);
     auto failure = failureOf(call({u"restart"_s, unit}));
-    const auto after = failure ? state(unit) : before;
+    if (!failure) {
+        return std::nullopt;
+    }
+    const auto after = state(unit);
     const auto* old = std::get_if<UnitState>(&before);
     const auto* now = std::get_if<UnitState>(&after);
-    const bool wasExecuted = old != nullptr && now != nullptr
-                             && now->lastProcess != old->lastProcess && now->executionFailure == 0;
-    return wasExecuted ? std::nullopt : failure;
+    if (old != nullptr && now != nullptr && now->lastProcess != old->lastProcess
+        && now->executionFailure == 0) {
+        return std::nullopt; // the new process was executed and has ended already
+    }
+    return failure;
 }
 
 std::optional<ServiceError> UserManager::stop(const QString& unit) const {

@@ -148,7 +148,8 @@ void ServiceUnitTest::programs_data() {
     QTest::addColumn<bool>("linked");
     const QByteArray linked = "\"@/run/links/program\"";
     QTest::newRow("plain") << u"/b/a"_s << QByteArray("\"@/b/a\"") << false;
-    QTest::newRow("blank") << u"/b a/c "_s << QByteArray("\"@/b a/c \"") << false;
+    QTest::newRow("blank") << u"/b a/c"_s << QByteArray("\"@/b a/c\"") << false;
+    QTest::newRow("blank at the end") << u"/c "_s << linked << true;
     QTest::newRow("percent") << u"/%h"_s << QByteArray("\"@/%%h\"") << false;
     // No variables are replaced here.
     QTest::newRow("dollar") << u"/$a"_s << QByteArray("\"@/$a\"") << false;
@@ -182,12 +183,12 @@ void ServiceUnitTest::paths_data() {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("plain") << u"/a/b"_s << QByteArray("/a/b");
     QTest::newRow("blanks within") << u"/a  b"_s << QByteArray("/a  b");
-    QTest::newRow("blank at the end") << u"/a "_s << QByteArray("/a /");
+    QTest::newRow("blank at the end") << u"/a "_s << QByteArray();
     QTest::newRow("quotes") << u"/\"a'"_s << QByteArray("/\"a'");
     QTest::newRow("dollar") << u"/$a"_s << QByteArray("/$a");
     QTest::newRow("percent") << u"/%h%"_s << QByteArray("/%%h%%");
     QTest::newRow("back-slash within") << u"/a\\x41b"_s << QByteArray("/a\\x41b");
-    QTest::newRow("back-slash at the end") << u"/a\\"_s << QByteArray("/a\\/");
+    QTest::newRow("back-slash at the end") << u"/a\\"_s << QByteArray();
     QTest::newRow("UTF-8") << u"/ä€"_s << QByteArray("/ä€");
     QTest::newRow("points within") << u"/a..b/..."_s << QByteArray("/a..b/...");
     QTest::newRow("way up") << u"/a/../b"_s << QByteArray();

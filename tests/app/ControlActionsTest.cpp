@@ -17,6 +17,8 @@ namespace {
 const QByteArray accepting = R"({"deep_scan_enabled": true})";
 const QByteArray paused = R"({"deep_scan_enabled": false})";
 const QByteArray services = "/v1/local/services";
+const QString settingsTitle = u"Corvala processing settings"_s;
+const QString setupTitle = u"Corvala for Mac Setup · Halvex"_s;
 
 void connectTo(ControlBench& bench) {
     bench.open();
@@ -25,11 +27,23 @@ void connectTo(ControlBench& bench) {
 
 QWidget* settingsSheet() {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->windowTitle() == u"Corvala processing settings" && widget->isVisible()) {
+        if (widget->windowTitle() == settingsTitle && widget->isVisible()) {
             return widget;
         }
     }
     return nullptr;
+}
+
+/// The titles of the dialogs on screen, in alphabetical order.
+QStringList shownSheets() {
+    QStringList titles;
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        if (qobject_cast<const QDialog*>(widget) != nullptr && widget->isVisible()) {
+            titles.append(widget->windowTitle());
+        }
+    }
+    titles.sort();
+    return titles;
 }
 
 } // namespace
@@ -55,6 +69,105 @@ private slots:
         QVERIFY(bench.button(u"Pause deep jobs"_s));
         QCOMPARE(bench.requestsOf("POST " + services), 2);
         QVERIFY(bench.alerts().isEmpty());
+    }
+
+    void startActionWaitsForTheFirstCheck_data() {
+        QTest::addColumn<bool>("launch");
+        QTest::addColumn<std::chrono::milliseconds>("delay");
+        for (const bool launch : {true, false}) {
+            for (const auto delay : {0ms, 50ms, 200ms, 500ms}) {
+                QTest::addRow("%s, %d ms", launch ? "launch" : "running", int(delay.count()))
+                    << launch << delay;
+            }
+        }
+    }
+
+    void startActionWaitsForTheFirstCheck() {
+        QFETCH(const bool, launch);
+        QFETCH(const std::chrono::milliseconds, delay);
+        for (const bool running : {true, false}) {
+            ControlBench bench;
+            bench.health = "hold";
+            bench.open();
+            bench.pass(delay);
+            // The user is impatient.
+            for (int twice = 0; twice < 2; ++twice) {
+                launch ? bench.control->startIfStopped() : bench.control->startWhenKnown();
+            }
+            bench.settle();
+            QVERIFY(bench.shows(u"Checking processing…"_s));
+            QCOMPARE(bench.toolCalls(), QStringList());
+            bench.health = running ? accepting : QByteArray();
+            bench.exchange.end(
+                *std::exchange(bench.held, {}), running ? std::optional(accepting) : std::nullopt);
+            bench.settle();
+            QCOMPARE(bench.toolCalls(), running ? QStringList() : QStringList{u"script"_s});
+            bench.pass(1min);
+            QCOMPARE(bench.toolCalls().count(u"script"_s), running ? 0 : 1);
+            QCOMPARE(bench.requestsOf("POST"), 0);
+        }
+    }
+
+    void startActionAtLaunchLeavesAConnectedServiceAsItIs() {
+        ControlBench bench;
+        connectTo(bench);
+        bench.control->startIfStopped();
+        bench.settle();
+        QCOMPARE(bench.requestsOf("POST"), 0);
+        QCOMPARE(bench.toolCalls(), QStringList());
+        // In the running program it pauses.
+        bench.other[services] = paused;
+        bench.control->startWhenKnown();
+        bench.settle();
+        QVERIFY(bench.button(u"Resume deep jobs"_s));
+        QCOMPARE(bench.toolCalls(), QStringList());
+    }
+
+    void startActionStartsAStoppedService() {
+        for (const auto action : {&Control::startIfStopped, &Control::startWhenKnown}) {
+            ControlBench bench;
+            bench.health.clear();
+            bench.open();
+            QCOMPARE(bench.toolCalls(), QStringList());
+            ((*bench.control).*action)();
+            bench.settle();
+            QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
+        }
+    }
+
+    void startActionAndStartButtonDuringTheFirstCheckStartOnce() {
+        ControlBench bench;
+        bench.health = "hold";
+        bench.open();
+        bench.control->startWhenKnown();
+        QTest::mouseClick(bench.button(u"Start processing"_s), Qt::LeftButton);
+        bench.settle();
+        QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
+        bench.health.clear();
+        bench.exchange.end(*std::exchange(bench.held, {}), std::nullopt);
+        bench.settle();
+        QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
+    }
+
+    void actionDuringTheFirstLaunchKeepsTheSetupSheet_data() {
+        QTest::addColumn<bool>("setup");
+        QTest::newRow("settings") << false;
+        QTest::newRow("setup") << true;
+    }
+
+    void actionDuringTheFirstLaunchKeepsTheSetupSheet() {
+        QFETCH(const bool, setup);
+        ControlBench bench;
+        bench.defaults.remove("setupVisitedV2");
+        bench.open();
+        setup ? bench.control->showSetup() : bench.control->showSettings();
+        bench.pass(100ms);
+        QCOMPARE(shownSheets(), QStringList{setup ? setupTitle : settingsTitle});
+        bench.pass(1s);
+        QCOMPARE(
+            shownSheets(),
+            setup ? QStringList{setupTitle} : (QStringList{setupTitle, settingsTitle}));
+        QCOMPARE(QApplication::activeModalWidget()->windowTitle(), setupTitle);
     }
 
     void toggleByMouseKeyboardAndAssistiveTechnology_data() {

@@ -1,7 +1,9 @@
 #include "app/PreferencesFormat.h"
+#include "app/PreferencesFile.h"
 #include "tests/Files.h"
 #include "tests/TestProgram.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -24,6 +26,8 @@ private slots:
     void readsAnEarlierFile();
     void oddLinesAreLeftOut();
     void staysWhenItCannotBeWritten();
+    void deviceThatIsNoFileIsWritten();
+    void closedDeviceFailsToBeWritten();
 
 private:
     [[nodiscard]] QString path() const { return folder_->filePath(u"a.conf"_s); }
@@ -82,6 +86,19 @@ void PreferencesFormatTest::staysWhenItCannotBeWritten() {
     QCOMPARE(content(path()), before);
     preferences.sync();
     QVERIFY(content(path()).contains("new=true"));
+}
+
+void PreferencesFormatTest::deviceThatIsNoFileIsWritten() {
+    QBuffer buffer;
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(writePreferences(buffer, {{u"key"_s, u"value"_s}}));
+    QCOMPARE(buffer.data(), "[General]\nkey=value\n");
+}
+
+void PreferencesFormatTest::closedDeviceFailsToBeWritten() {
+    QBuffer buffer;
+    QTest::ignoreMessage(QtWarningMsg, "QIODevice::write (QBuffer): device not open");
+    QVERIFY(!writePreferences(buffer, {{u"key"_s, u"value"_s}}));
 }
 
 } // namespace vesk

@@ -70,7 +70,8 @@ class ConnectionTest(ConnectionCase):
         worker, dashboard = self.busy_dashboard()
         kept = [text for text in dashboard.texts() if text != "● CONNECTED"]
         worker.wait_for_fetch()
-        worker.fault(status=503, count=2)
+        # Late answers leave time to read everything before the service is back.
+        worker.fault(status=503, late=3, count=2)
         dashboard.wait_for_text("● RECONNECTING")
         self.assertEqual(
             [text for text in dashboard.texts() if text != "● RECONNECTING"], kept

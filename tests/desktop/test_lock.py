@@ -58,26 +58,6 @@ class LockTest(DesktopCase):
         self.assertEqual(titles.count(MAIN), 1)
         self.assertIn("● CONNECTED", first.texts())
 
-    def test_second_start_shows_the_window_of_the_first(self):
-        self.tray_host()
-        worker = self.worker()
-        first = self.live_dashboard(worker, home=self.home)
-        windows = self.desktop.windows
-
-        def hide():
-            windows.press_close(first.window())
-            wait_for("the window gone", lambda: not first.is_shown())
-
-        def minimise():
-            windows.minimise(first.window())
-            wait_for("the window minimised", lambda: windows.is_minimised(first.window()))
-
-        for away in (hide, minimise):
-            with self.step(away.__name__):
-                away()
-                self.assert_refused(self.run_to_end())
-                first.wait_until_in_front()
-
     def test_second_start_for_setup_opens_it(self):
         self.tray_host()
         worker = self.worker()

@@ -83,11 +83,14 @@ class OldTrayTest(DesktopCase):
             tray = self.old_tray()
             tray.item()
             self.close_window(dashboard)
-            # The last way back is gone, so the window must not stay out of reach.
             tray.leave()
-            wait_for("the window within reach", dashboard.is_shown)
-            self.desktop.windows.activate(dashboard.window())
+            tray = self.old_tray()
+            item = tray.item()
+            self.assertFalse(dashboard.is_shown())
+            # The menu proves that the new item takes clicks.
+            self.choose(dashboard, item, "Down")
             dashboard.wait_until_in_front()
+            tray.leave()
         self.assert_silent(dashboard)
 
     def test_item_moves_to_the_host_and_back(self):
@@ -130,22 +133,13 @@ class OldTrayTest(DesktopCase):
         tray.item()
         self.assert_silent(dashboard)
 
-    def test_without_either_closing_minimises(self):
+    def test_end_of_the_last_tray_is_noticed(self):
         tray = self.old_tray()
         host = self.tray_host()
-        dashboard = self.live_dashboard(self.worker())
+        dashboard = self.live_dashboard(self.worker(), told=True)
         host.item()
         host.leave()
         tray.item()
         tray.leave()
-        windows = self.desktop.windows
-        window = dashboard.window()
-
-        def minimises():
-            windows.press_close(window)
-            wait_for("the window gone or minimised",
-                     lambda: not dashboard.is_shown() or windows.is_minimised(window))
-            return dashboard.is_shown()
-
-        wait_for("the end of the tray noticed", minimises)
-        self.assert_silent(dashboard)
+        wait_for("the end of the last tray", lambda: dashboard.reasons("vesk.ui: event=tray")[-1:]
+                 == ["vesk.ui: event=tray present=false"])

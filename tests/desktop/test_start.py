@@ -6,8 +6,17 @@ import time
 
 from harness.accessible import Announcements
 from harness.case import DesktopCase
+from harness.desktop import DASHBOARD
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
+
+
+# The user database names the folder in $HOME_OF_USER as the home of this user.
+USER_DATABASE = """
+printf 'user:x:%s:%s::%s:/bin/sh\\n' "$(id -u)" "$(id -g)" "$HOME_OF_USER" >"$HOME_OF_USER/passwd"
+mount --bind "$HOME_OF_USER/passwd" /etc/passwd
+exec "$0" "$@"
+"""
 
 
 class StartTest(DesktopCase):
@@ -230,6 +239,24 @@ class StartTest(DesktopCase):
         second.stop()
         third = self.dashboard(worker.port, "--setup", home=home)
         wait_for("the setup sheet", lambda: self.setup_is_shown(third))
+
+    def test_without_home_everything_is_in_the_home_of_the_user_database(self):
+        worker = self.worker()
+        for given in ({"HOME": ""}, {}):
+            with self.subTest(given):
+                folder = self.desktop.home_environment(f"database{len(given)}")["HOME"]
+                dashboard = self.dashboard(
+                    worker.port, home={"HOME_OF_USER": folder, **given},
+                    without=("XDG_CONFIG_HOME", *(() if given else ("HOME",))),
+                    command=("unshare", "--map-current-user", "--keep-caps", "--mount",
+                             "sh", "-ec", USER_DATABASE, DASHBOARD),
+                )
+                preferences = os.path.join(folder, ".config", "Halvex", "VeskWorkerControl.conf")
+                wait_for("the visit in the preferences", lambda: os.path.exists(preferences))
+                self.assertTrue(
+                    os.path.exists(os.path.join(folder, ".corvala", "worker-control.lock"))
+                )
+                dashboard.stop()
 
     def test_arguments_of_the_toolkit_mean_nothing(self):
         worker = self.worker()

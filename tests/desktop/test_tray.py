@@ -125,24 +125,6 @@ class TrayTest(DesktopCase):
         self.assertTrue(dashboard.is_running())
         self.assertEqual((dashboard.out, dashboard.err), ("", ""))
 
-    def test_closing_hides_and_the_menu_opens_again(self):
-        host = self.tray_host()
-        worker = self.worker()
-        dashboard = self.live_dashboard(worker)
-        item = host.item()
-        windows = self.desktop.windows
-        for reopen in (lambda: item.menu.choose("Open Corvala for Mac"), item.click):
-            windows.press_close(dashboard.window())
-            wait_for("the window gone", lambda: not dashboard.is_shown())
-            self.assertTrue(dashboard.is_running())
-            reopen()
-            window = dashboard.wait_until_in_front()
-            self.assertEqual(windows.place(window)[2:], (720, 390))
-        windows.minimise(window)
-        wait_for("the window minimised", lambda: windows.is_minimised(window))
-        item.menu.choose("Open Corvala for Mac")
-        wait_for("the window back", lambda: not windows.is_minimised(window))
-
     def test_quit_leaves_the_worker_running(self):
         host = self.tray_host()
         worker = self.worker()
@@ -192,9 +174,6 @@ class TrayTest(DesktopCase):
         host.item()
         windows.press_close(window)
         wait_for("the window gone", lambda: not dashboard.is_shown())
-        # The last way back is gone, so the window must not stay out of reach.
-        host.leave()
-        wait_for("the window within reach", dashboard.is_shown)
 
     def test_late_host_gets_the_item(self):
         worker = self.worker()
@@ -205,33 +184,36 @@ class TrayTest(DesktopCase):
         self.wait_for_titles(host.item(), "1 processor working", *ENTRIES)
         self.assertTrue(dashboard.is_running())
 
-    def test_host_that_comes_back_gets_the_item(self):
+    def test_closed_window_without_a_host(self):
         worker = self.worker()
         host = self.tray_host()
         dashboard = self.live_dashboard(worker)
-        host.item()
-        for _time in range(3):
+        windows = self.desktop.windows
+        with self.step("closed while the host is gone for a moment"):
+            host.item()
             host.leave()
+            windows.press_close(dashboard.window())
+            wait_for("the window gone", lambda: not dashboard.is_shown())
+        with self.step("the host returns at once"):
             host = self.tray_host()
-            item = host.item()
-            self.assertEqual(len(item.menu.titles()), 7)
-        windows = self.desktop.windows
-        windows.press_close(dashboard.window())
-        wait_for("the window gone", lambda: not dashboard.is_shown())
-        item.menu.choose("Open Corvala for Mac")
-        wait_for("the window", dashboard.is_shown)
-
-    def test_hidden_window_comes_back_when_the_host_leaves(self):
-        worker = self.worker()
-        host = self.tray_host()
-        dashboard = self.live_dashboard(worker)
-        host.item()
-        windows = self.desktop.windows
-        windows.press_close(dashboard.window())
-        wait_for("the window gone", lambda: not dashboard.is_shown())
-        host.leave()
-        wait_for("the window within reach", dashboard.is_shown)
-        window = dashboard.window()
-        wait_for("the window minimised", lambda: windows.is_minimised(window))
-        windows.activate(window)
-        wait_for("the window in front", lambda: windows.is_active(window))
+            host.item()
+            self.assertFalse(dashboard.is_shown())
+        with self.step("a second start while the host is gone"):
+            host.leave()
+            self.dashboard(worker.port, home=dashboard.home).wait()
+            dashboard.wait_until_in_front()
+            host = self.tray_host()
+            host.item()
+            self.assertTrue(dashboard.is_shown())
+        with self.step("the host stays away"):
+            windows.press_close(dashboard.window())
+            wait_for("the window gone", lambda: not dashboard.is_shown())
+            host.leave()
+            wait_for("the window minimised", lambda: dashboard.is_shown()
+                     and windows.is_minimised(dashboard.window()), 20)
+        with self.step("the host returns"):
+            host = self.tray_host()
+            host.item()
+            wait_for("the window gone", lambda: not dashboard.is_shown())
+            host.item().click()
+            dashboard.wait_until_in_front()

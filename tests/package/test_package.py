@@ -195,8 +195,18 @@ class PackageTest(unittest.TestCase):
         with open(entry, encoding="utf-8") as file:
             text = file.read()
         self.assertIn(f"\nIcon={APPLICATION}\n", text)
-        for command in re.findall(r"^Exec=(\S+)", text, re.MULTILINE):
-            self.assertIn("usr/bin/" + command, CONTENTS[CONTROL])
+        self.assertIn("\nStartupWMClass=VeskWorkerControl\n", text)
+        # SingleMainWindow, which replaces it, is refused by the validator of Debian 12.
+        self.assertIn("\nX-GNOME-SingleWindow=true\n", text)
+        # KDE finds the action of the entry that was chosen by its command.
+        commands = re.findall(r"^Exec=(.*)", text, re.MULTILINE)
+        actions = re.search(r"^Actions=(.*);$", text, re.MULTILINE)[1].split(";")
+        self.assertEqual(
+            commands, ["VeskWorkerControl", *("VeskWorkerControl --" + each for each in actions)]
+        )
+        self.assertIn("usr/bin/VeskWorkerControl", CONTENTS[CONTROL])
+        options = options_in(run(self.path(CONTROL, "usr/bin/VeskWorkerControl"), "--help"))
+        self.assertEqual([each for each in actions if "--" + each not in options], [])
 
     def test_bus_starts_the_installed_program(self):
         with open(
@@ -290,6 +300,8 @@ class PackageTest(unittest.TestCase):
         with open(readme, encoding="utf-8") as file:
             told = sorted(re.findall(r"^\| `(--[a-z-]+)`", file.read(), re.MULTILINE))
         self.assertIn("--setup", told)
+        help_text = run(self.path(CONTROL, "usr/bin/VeskWorkerControl"), "--help")
+        self.assertEqual(options_in(help_text), told)
         self.assertEqual(options_in(self.manual(CONTROL, "VeskWorkerControl.1")), told)
         self.assertEqual(self.completions(CONTROL, "VeskWorkerControl"), told)
 

@@ -1,10 +1,11 @@
+#include "agent/HomeFolder.h"
 #include "app/CommandLine.h"
-#include "app/HomeFolder.h"
 #include "app/InstanceLock.h"
 #include "tests/TestProgram.h"
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -29,15 +30,19 @@ struct Outcome {
     QByteArray error;
 };
 
-/// `output`: the file that is its standard output, if not the outcome.
-Outcome
-runProduct(const QString& home, const QStringList& arguments, const QString& output = QString()) {
+/// `output`: the file that is its standard output, if not the outcome. `rules`: its
+/// QT_LOGGING_RULES.
+Outcome runProduct(
+    const QString& home, const QStringList& arguments, const QString& output = QString(),
+    const QString& rules = QString()) {
     QProcess product;
     product.setStandardOutputFile(output);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"HOME"_s, home);
     environment.remove(u"DISPLAY"_s);
+    environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nowhere"_s);
     environment.remove(u"QT_QPA_PLATFORM"_s);
+    environment.insert(u"QT_LOGGING_RULES"_s, rules);
     product.setProcessEnvironment(environment);
     product.start(QStringLiteral(VESK_DASHBOARD), arguments);
     if (!product.waitForFinished(20000)) {
@@ -47,6 +52,16 @@ runProduct(const QString& home, const QStringList& arguments, const QString& out
     return {
         product.exitCode(), product.exitStatus() == QProcess::CrashExit,
         product.readAllStandardOutput(), product.readAllStandardError()};
+}
+
+/// The cause that the program logs when it does not get its lock; empty unless it is all that
+/// standard error holds besides `line`.
+QString loggedCause(const QByteArray& error, const QByteArray& line) {
+    static const QRegularExpression form(
+        uR"-(^[-0-9]{10} [:.0-9]{12} vesk\.agent: event=lock taken=false error="(.*)"\n$)-"_s);
+    const QString logged =
+        QString::fromUtf8(error.sliced(error.startsWith(line) ? line.size() : 0));
+    return form.match(logged).captured(1).replace(u"\\\""_s, u"\""_s);
 }
 
 int modeOf(const QString& path) {
@@ -63,24 +78,6 @@ class EntryTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void switchesAreWholeArguments() {
-        const auto parse = [](std::initializer_list<const char*> arguments) {
-            const std::vector<const char*> raw(arguments);
-            return CommandLine(static_cast<int>(raw.size()), raw.data());
-        };
-        QVERIFY(parse({"p", "--self-test"}).selfTest());
-        QVERIFY(parse({"p", "8080", "-x", "--self-test"}).selfTest());
-        QVERIFY(!parse({"p", "--self-tests"}).selfTest());
-        QVERIFY(!parse({"p", "--SELF-TEST"}).selfTest());
-        QVERIFY(!parse({"p", "--self-test=1"}).selfTest());
-        QVERIFY(!parse({"p"}).selfTest());
-        QVERIFY(parse({"p", "8080", "--setup"}).setup());
-        for (const char* other : {"--Setup", "--setupp", "--setup=1", "-setup", "x--setup"}) {
-            QVERIFY2(!parse({"p", other}).setup(), other);
-        }
-        QCOMPARE(parse({"p", "ä"}).arguments(), (QStringList{u"p"_s, u"ä"_s}));
-    }
-
     void homeIsTheEnvironments() {
         const QByteArray before = qgetenv("HOME");
         qputenv("HOME", "/somewhere");
@@ -90,11 +87,25 @@ private slots:
         qputenv("HOME", before);
     }
 
+    void missingOrEmptyHomeIsExported() {
+        const QByteArray before = qgetenv("HOME");
+        for (const bool set : {true, false}) {
+            qputenv("HOME", "");
+            if (!set) {
+                qunsetenv("HOME");
+            }
+            const auto home = exportHomeFolder();
+            QVERIFY(home->startsWith(u'/'));
+            QCOMPARE(QDir::homePath(), *home);
+        }
+        qputenv("HOME", before);
+    }
+
     void folderAndFileAreTheUsersOnly() {
         const QTemporaryDir base;
         const QString home = base.filePath(u"a/b"_s);
         const mode_t before = umask(0);
-        const InstanceLock lock(home);
+        InstanceLock lock(home);
         umask(before);
         QCOMPARE(modeOf(home + u"/.corvala"_s), 0700);
         QCOMPARE(modeOf(home + u"/.corvala/worker-control.lock"_s), 0600);
@@ -104,16 +115,16 @@ private slots:
     void folderModeDoesNotDependOnTheUmask() {
         const QTemporaryDir home;
         const mode_t before = umask(0177);
-        const InstanceLock lock(home.path());
+        InstanceLock lock(home.path());
         umask(before);
         QCOMPARE(modeOf(home.filePath(u".corvala"_s)), 0700);
     }
 
     void lockIsExclusiveAndNotInherited() {
         const QTemporaryDir home;
-        const InstanceLock first(home.path());
+        InstanceLock first(home.path());
         QVERIFY(first.take());
-        const InstanceLock second(home.path());
+        InstanceLock second(home.path());
         QVERIFY(!second.take());
 
         // A child that outlives us must not keep the lock: it has no descriptor of the file.
@@ -128,16 +139,47 @@ private slots:
     void aFileThatCannotBeOpenedReadsAsHeld() {
         const QTemporaryDir home;
         QVERIFY(QDir(home.path()).mkpath(u".corvala/worker-control.lock"_s));
-        const InstanceLock lock(home.path());
+        InstanceLock lock(home.path());
         QVERIFY(!lock.take());
         const Outcome outcome = runProduct(home.path(), {});
         QCOMPARE(outcome.status, 1);
         QCOMPARE(outcome.error, alreadyOpen);
     }
 
+    void causeOfARefusedLockIsLogged() {
+        const auto cause = [](const QString& home) {
+            const Outcome outcome = runProduct(home, {}, {}, u"vesk.agent=true"_s);
+            return outcome.status == 1 ? loggedCause(outcome.error, alreadyOpen) : QString();
+        };
+        const QTemporaryDir held;
+        const QString file = u"The file \"%1/.corvala/worker-control.lock\" could not be "_s;
+        InstanceLock lock(held.path());
+        QVERIFY(lock.take());
+        QCOMPARE(
+            cause(held.path()),
+            file.arg(held.path()) + u"locked: Resource temporarily unavailable"_s);
+
+        const QTemporaryDir blocked;
+        QVERIFY(QDir(blocked.path()).mkpath(u".corvala/worker-control.lock"_s));
+        QCOMPARE(cause(blocked.path()), file.arg(blocked.path()) + u"opened: Is a directory"_s);
+    }
+
+    void causeOfAMissingFolderIsLogged() {
+        const QTemporaryDir home;
+        QFile inTheWay(home.filePath(u".corvala"_s));
+        QVERIFY(inTheWay.open(QFile::WriteOnly));
+        for (const QStringList& arguments : {QStringList(), QStringList{u"--self-test"_s}}) {
+            const Outcome outcome = runProduct(home.path(), arguments, {}, u"vesk.agent=true"_s);
+            QVERIFY(outcome.crashed);
+            QCOMPARE(
+                loggedCause(outcome.error, {}),
+                u"The folder \"%1\" could not be made: File exists"_s.arg(inTheWay.fileName()));
+        }
+    }
+
     void secondCopyIsRefused() {
         const QTemporaryDir home;
-        const InstanceLock first(home.path());
+        InstanceLock first(home.path());
         QVERIFY(first.take());
         const Outcome outcome = runProduct(home.path(), {u"8080"_s});
         QVERIFY(!outcome.crashed);
@@ -146,9 +188,45 @@ private slots:
         QCOMPARE(outcome.error, alreadyOpen);
     }
 
+    void quitWithoutARunningCopyDoesNothing() {
+        const QTemporaryDir home;
+        const Outcome outcome = runProduct(home.path(), {u"--quit"_s});
+        QVERIFY(!outcome.crashed);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.error, QByteArray());
+    }
+
+    void quitReportsARunningCopyThatItCannotReach() {
+        const QTemporaryDir home;
+        InstanceLock first(home.path());
+        QVERIFY(first.take());
+        const Outcome outcome = runProduct(home.path(), {u"--quit"_s});
+        QVERIFY(!outcome.crashed);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.error, "VeskWorkerControl: the running dashboard cannot be reached\n");
+    }
+
+    void helpAndVersionNeedNoHome() {
+        const QTemporaryDir base;
+        QFile inTheWay(base.filePath(u"home"_s));
+        QVERIFY(inTheWay.open(QFile::WriteOnly));
+        const Outcome version = runProduct(inTheWay.fileName(), {u"8080"_s, u"--version"_s});
+        QVERIFY(!version.crashed);
+        QCOMPARE(version.status, 0);
+        QCOMPARE(version.output, versionText().toUtf8());
+        QCOMPARE(version.error, QByteArray());
+        const Outcome help = runProduct(inTheWay.fileName(), {u"--help"_s});
+        QVERIFY(!help.crashed);
+        QCOMPARE(help.status, 0);
+        QCOMPARE(help.output, helpText().toUtf8());
+        QCOMPARE(help.error, QByteArray());
+    }
+
     void selfTestNeedsNoDisplayAndNoLock() {
         const QTemporaryDir home;
-        const InstanceLock first(home.path());
+        InstanceLock first(home.path());
         QVERIFY(first.take());
         const Outcome outcome = runProduct(home.path(), {u"8080"_s, u"--self-test"_s});
         QVERIFY(!outcome.crashed);

@@ -6,7 +6,9 @@
 #include <sys/socket.h>
 
 #include <chrono>
+#include <functional>
 #include <tuple>
+#include <utility>
 
 namespace vesk::sim {
 
@@ -17,17 +19,23 @@ namespace {
 constexpr std::size_t threads = 64;
 constexpr std::size_t largestRequest = std::size_t{1024} * 1024;
 
-class Workers final : public httplib::ThreadPool {
+/// The library's thread pool, which it may declare final, with a gate that shuts before it.
+class Workers final : public httplib::TaskQueue {
+    using Accepted = decltype(std::declval<httplib::TaskQueue&>().enqueue({})); // void before 0.12
+
 public:
-    explicit Workers(Gate& gate) : ThreadPool(threads), gate_(gate) { gate_.open(); }
+    explicit Workers(Gate& gate) : gate_(gate) { gate_.open(); }
+
+    Accepted enqueue(std::function<void()> task) override { return pool_.enqueue(std::move(task)); }
 
     void shutdown() override {
         gate_.shut();
-        ThreadPool::shutdown();
+        pool_.shutdown();
     }
 
 private:
     Gate& gate_;
+    httplib::ThreadPool pool_{threads};
 };
 
 } // namespace
@@ -63,9 +71,18 @@ bool HttpServer::process_and_close_socket(socket_t socket) {
         }
         Exchange exchange;
         bool closes = left == 1;
-        open = process_request(wire, closes, closes, [&](httplib::Request& /*request*/) {
+        const auto setup = [&](httplib::Request& /*request*/) {
             exchange.headers = wire.headers();
-        });
+        };
+        // Later versions of the library want the addresses of the peers, which nothing here reads.
+        const auto process = [this, &closes](auto& stream, const auto& prepare) {
+            if constexpr (requires { process_request(stream, closes, closes, prepare); }) {
+                return process_request(stream, closes, closes, prepare);
+            } else {
+                return process_request(stream, {}, 0, {}, 0, closes, closes, prepare);
+            }
+        };
+        open = process(wire, setup);
         open = wire.deliver(exchange.fault) && open && !closes;
     }
     return true;

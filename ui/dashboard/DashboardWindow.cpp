@@ -4,6 +4,7 @@
 #include "ui/dashboard/WindowVisibility.h"
 #include "ui/kit/ModalDialog.h"
 #include "ui/kit/ViewKit.h"
+#include "ui/kit/WindowActivation.h"
 
 #include <QAccessibleWidget>
 #include <QCloseEvent>
@@ -12,6 +13,7 @@
 #include <QMenu>
 #include <QScreen>
 #include <QShortcut>
+#include <QWindow>
 
 namespace vesk {
 
@@ -84,6 +86,8 @@ DashboardWindow::DashboardWindow()
     centre();
     // Until a person uses the keyboard, no control has it: a stray key must not pause anything.
     setFocus();
+    connect(&closeToTray_, &CloseToTray::hideRequested, this, &QWidget::hide);
+    connect(&closeToTray_, &CloseToTray::minimizeRequested, this, &DashboardWindow::minimize);
     connect(visibility_, &WindowVisibility::mayBeSeen, this, &DashboardWindow::mayBeSeen);
     connect(visibility_, &WindowVisibility::changed, this, &DashboardWindow::visibilityChanged);
     // The toolkit itself knows the menu key only.
@@ -96,37 +100,48 @@ bool DashboardWindow::isVisibleToUser() const {
     return visibility_->isWindowVisibleToUser();
 }
 
-void DashboardWindow::setReachableWhenHidden(bool reachable) {
-    reachableWhenHidden_ = reachable;
-    if (!reachable && isHidden() && testAttribute(Qt::WA_WState_ExplicitShowHide)) {
-        // What could have brought it back is gone.
-        showMinimized();
+void DashboardWindow::setTrayPresent(bool present) {
+    if (present && isActiveWindow() && isVisibleToUser()) {
+        // The window manager ignored minimising it, and the user is at it.
+        closeToTray_.open();
     }
+    closeToTray_.setTrayPresent(present);
 }
 
 void DashboardWindow::bringToFront() {
+    closeToTray_.open();
     if (isMinimized()) {
         setWindowState(windowState() & ~Qt::WindowMinimized);
     }
-    const bool anew = visibility_->comesBackOnlyAnew();
-    if (anew) {
+    const bool recreated = visibility_->needsRecreation();
+    if (recreated) {
         hide();
     }
     keepReachable();
     show();
     for (auto* sheet : findChildren<ModalDialog*>(Qt::FindDirectChildrenOnly)) {
-        if (anew && sheet->isVisible()) {
-            sheet->comeAnew();
+        if (recreated && sheet->isVisible()) {
+            sheet->recreate();
         }
     }
     raise();
-    activateWindow();
+    ModalDialog::restoreAll(*this);
+    auto* topmost = ModalDialog::topmostOn(*this);
+    if (topmost == nullptr) {
+        activateForUser(*this);
+    } else if (recreated) {
+        activateForUser(*topmost);
+    } else {
+        topmost->bringToFront();
+    }
 }
 
 void DashboardWindow::reveal() {
-    if (!isVisible() || isMinimized() || visibility_->comesBackOnlyAnew()) {
+    closeToTray_.open();
+    if (!isVisible() || visibility_->isPutAway()) {
         bringToFront();
     }
+    ModalDialog::restoreAll(*this);
 }
 
 void DashboardWindow::setMenuEntries(const QList<QAction*>& entries) {
@@ -145,11 +160,40 @@ void DashboardWindow::contextMenuEvent(QContextMenuEvent* event) {
 
 void DashboardWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    if (reachableWhenHidden_) {
-        hide();
-    } else {
-        showMinimized();
+    closeToTray_.close();
+}
+
+void DashboardWindow::changeEvent(QEvent* event) {
+    const bool activated = event->type() == QEvent::ActivationChange && isActiveWindow();
+    const bool restored =
+        event->type() == QEvent::WindowStateChange && !isMinimized()
+        && (static_cast<const QWindowStateChangeEvent*>(event)->oldState() & Qt::WindowMinimized);
+    if (activated || restored) {
+        closeToTray_.noteAttention();
     }
+    QWidget::changeEvent(event);
+}
+
+void DashboardWindow::minimize() {
+    if (isHidden() && WindowVisibility::minimizesOnlyShownWindows()) {
+        const auto minimizeShown = [this] {
+            if (closeToTray_.isClosed()) {
+                showMinimized();
+            }
+        };
+        connect(
+            visibility_, &WindowVisibility::changed, this, minimizeShown, Qt::SingleShotConnection);
+        show();
+        return;
+    }
+    // Some window managers (i3) ignore the minimising and would activate a window that comes
+    // unasked. Qt reads WA_ShowWithoutActivating only when it creates the window, this each time.
+    constexpr auto withoutActivating = "_q_showWithoutActivating";
+    if (windowHandle() != nullptr) {
+        windowHandle()->setProperty(withoutActivating, true);
+    }
+    showMinimized();
+    windowHandle()->setProperty(withoutActivating, false);
 }
 
 void DashboardWindow::followScreens() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/dashboard/CloseToTray.h"
 #include "ui/texts/CompactPanel.h"
 
 #include <QWidget>
@@ -11,8 +12,8 @@ namespace vesk {
 class CompactPanelView;
 class WindowVisibility;
 
-/// The one regular window: the rack panel on a dark ground. Closing hides it where the tray item
-/// can bring it back, and minimises it elsewhere.
+/// The one regular window: the rack panel on a dark ground. A closed one waits where CloseToTray
+/// says.
 class DashboardWindow final : public QWidget {
     Q_OBJECT
 
@@ -25,8 +26,8 @@ public:
     /// Whether a person can see any of the window now.
     [[nodiscard]] bool isVisibleToUser() const;
 
-    /// Whether something else can bring a hidden window back.
-    void setReachableWhenHidden(bool reachable);
+    /// Whether the tray shows the item, which brings a hidden window back.
+    void setTrayPresent(bool present);
 
     /// Shows the window, in front of the others and with the keyboard.
     void bringToFront();
@@ -50,17 +51,19 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     void centre();
     void followScreens();
+    void minimize();
     void keepReachable();
 
     CompactPanelView* panel_;
     QMenu* menu_;
     WindowVisibility* visibility_;
-    bool reachableWhenHidden_ = false;
+    CloseToTray closeToTray_;
 };
 
 } // namespace vesk

@@ -1,6 +1,6 @@
 #include "ui/dashboard/WindowVisibility.h"
 
-#include "ui/dashboard/ObscuredWatch.h"
+#include "ui/dashboard/NativeWindowState.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -35,12 +35,23 @@ WindowVisibility::WindowVisibility(QWidget& window) : QObject(&window), window_(
 WindowVisibility::~WindowVisibility() = default;
 
 bool WindowVisibility::isWindowVisibleToUser() const {
-    return window_.isVisible() && !window_.isMinimized() && handle_ && handle_->isExposed()
-           && !(obscured_ && obscured_->isFullyObscured());
+    return window_.isVisible() && !isPutAway() && !(native_ && native_->isFullyObscured());
 }
 
-bool WindowVisibility::comesBackOnlyAnew() const {
-    return isWayland() && window_.isVisible() && !isWindowVisibleToUser();
+bool WindowVisibility::isPutAway() const {
+    return window_.isVisible() && (isMinimized() || !handle_ || !handle_->isExposed());
+}
+
+bool WindowVisibility::needsRecreation() const {
+    return isWayland() && isPutAway();
+}
+
+bool WindowVisibility::minimizesOnlyShownWindows() {
+    return isWayland();
+}
+
+bool WindowVisibility::isMinimized() const {
+    return native_ ? native_->isMinimized() : window_.isMinimized();
 }
 
 bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {
@@ -51,7 +62,7 @@ bool WindowVisibility::eventFilter(QObject* watched, QEvent* event) {
         [[fallthrough]];
     case QEvent::Expose:
     case QEvent::WindowStateChange:
-        if (window_.isVisible() && !window_.isMinimized()) {
+        if (window_.isVisible() && !isMinimized()) {
             emit mayBeSeen();
         }
         [[fallthrough]];
@@ -70,10 +81,10 @@ void WindowVisibility::watchHandle() {
         return;
     }
     handle_ = window_.windowHandle();
-    obscured_.reset();
+    native_.reset();
     if (handle_) {
         handle_->installEventFilter(this);
-        obscured_ = ObscuredWatch::make(*handle_, [this] { noteChange(); });
+        native_ = NativeWindowState::make(*handle_, [this] { noteChange(); });
     }
 }
 

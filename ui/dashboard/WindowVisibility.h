@@ -10,7 +10,7 @@ class QWindow;
 
 namespace vesk {
 
-class ObscuredWatch;
+class NativeWindowState;
 
 /// Tells whether a person can see any part of a top-level window: shown, not minimised, and not
 /// fully covered as far as the window system tells.
@@ -26,9 +26,16 @@ public:
 
     [[nodiscard]] bool isWindowVisibleToUser() const;
 
-    /// Whether the window is shown where nobody sees it and the program cannot change that, unless
-    /// it hides the window and shows it again.
-    [[nodiscard]] bool comesBackOnlyAnew() const;
+    /// Whether Qt shows the window, but the window manager does not: minimised, on another
+    /// workspace, or put away to show the desktop.
+    [[nodiscard]] bool isPutAway() const;
+
+    /// Whether the window is put away and only a new native window would be shown to the user.
+    [[nodiscard]] bool needsRecreation() const;
+
+    /// Whether the window system minimises only a window that it has shown: of another one it shows
+    /// the user nothing, not in a list of windows either.
+    [[nodiscard]] static bool minimizesOnlyShownWindows();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -39,12 +46,13 @@ signals:
     void changed();
 
 private:
+    [[nodiscard]] bool isMinimized() const;
     void watchHandle();
     void noteChange();
 
     QWidget& window_;
     QPointer<QWindow> handle_;
-    std::unique_ptr<ObscuredWatch> obscured_;
+    std::unique_ptr<NativeWindowState> native_;
     bool lastKnown_ = false;
 };
 

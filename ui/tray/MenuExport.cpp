@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <utility>
 
 namespace vesk {
@@ -86,8 +87,13 @@ uint MenuExport::GetLayout(
 
 QList<BusMenuEntry>
 MenuExport::GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames) {
+    QList<int> wanted = ids;
+    if (wanted.isEmpty()) {
+        wanted.resize(actions_.size() + 1);
+        std::iota(wanted.begin(), wanted.end(), rootId);
+    }
     QList<BusMenuEntry> entries;
-    for (const int id : ids) {
+    for (const int id : wanted) {
         if (knows(id)) {
             entries += {.id = id, .properties = onlyNamed(propertiesOf(id), propertyNames)};
         }

@@ -66,8 +66,8 @@ public:
     [[nodiscard]] static QString textDirection();
     [[nodiscard]] static QStringList iconThemePath() { return {}; }
 
-    // What a host calls. The menu itself is entry 0; a list of property names that is empty means
-    // all of them.
+    // What a host calls. The menu itself is entry 0; an empty list of ids or of property names
+    // means all of them.
     Q_SCRIPTABLE uint GetLayout(
         int parentId, int recursionDepth, const QStringList& propertyNames,
         vesk::BusMenuLayout& layout);

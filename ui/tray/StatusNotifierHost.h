@@ -3,8 +3,10 @@
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
 #include <QObject>
+#include <QScopedPointer>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -28,12 +30,17 @@ signals:
     void changed();
 
 private:
+    void askForOwner();
+    void setOwner(const QString& owner);
     Q_SLOT void ask();
+    Q_SLOT void forget();
+    void send(const QDBusMessage& question, std::function<void(const QDBusPendingCall&)> answered);
     void set(const QString& watcher);
 
     QDBusConnection bus_;
-    std::unique_ptr<QDBusPendingCallWatcher> question_;
-    std::optional<QString> watcher_; ///< the one that has a host; empty without
+    std::unique_ptr<QDBusPendingCallWatcher, QScopedPointerDeleteLater> question_;
+    QString owner_;                  ///< unique bus name of the watcher; empty without one
+    std::optional<QString> watcher_; ///< the watcher that has a host; empty without
 };
 
 } // namespace vesk

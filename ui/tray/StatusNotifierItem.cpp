@@ -1,5 +1,6 @@
 #include "ui/tray/StatusNotifierItem.h"
 
+#include "ui/tray/BusCalls.h"
 #include "ui/tray/StatusNotifierNames.h"
 
 #include <QCoreApplication>
@@ -26,11 +27,6 @@ QString itemName() {
     return u"org.kde.StatusNotifierItem-%1-1"_s.arg(QCoreApplication::applicationPid());
 }
 
-QDBusMessage toTheBus(const QString& method) {
-    return QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
-}
-
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, Face face, QMenu& menu)
@@ -42,10 +38,7 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, Face face, QMenu& me
     bus_.registerObject(menuPath, &menuExport_, QDBusConnection::ExportScriptableContents);
 
     // The bus keeps the order, so nobody has to wait: the name is ours when the watcher hears it.
-    QDBusMessage request = toTheBus(u"RequestName"_s);
-    constexpr uint doNotQueue = 4;
-    request << itemName() << doNotQueue;
-    bus_.send(request);
+    bus_.send(nameRequest(itemName()));
     QDBusMessage registration = QDBusMessage::createMethodCall(
         watcherName, watcherPath, watcherName, u"RegisterStatusNotifierItem"_s);
     registration << itemName();
@@ -54,7 +47,7 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, Face face, QMenu& me
 }
 
 StatusNotifierItem::~StatusNotifierItem() {
-    QDBusMessage release = toTheBus(u"ReleaseName"_s);
+    QDBusMessage release = callToBus(u"ReleaseName"_s);
     release << itemName();
     bus_.send(release);
 }

@@ -6,6 +6,7 @@
 #include "ui/kit/ViewKit.h"
 
 #include <QFontMetricsF>
+#include <QLineF>
 #include <QPainter>
 
 #include <algorithm>
@@ -45,6 +46,18 @@ void drawCount(QPainter& painter, const QString& count, const QRectF& space) {
         count);
 }
 
+/// Light with a dark rim, so that on each panel one of the two stands out.
+void drawRimmedMark(QPainter& painter, qreal edge) {
+    const QRectF target(0, 0, edge, edge);
+    const qreal rim = edge / 16;
+    constexpr int directions = 16;
+    for (int at = 0; at < directions; ++at) {
+        const QLineF way = QLineF::fromPolar(rim, 360.0 * at / directions);
+        drawGlyph(painter, u"mark"_s, target.translated(way.p2()), Theme::background);
+    }
+    drawGlyph(painter, u"mark"_s, target, Theme::text);
+}
+
 void drawBeside(QPainter& painter, const QString& count, qreal edge) {
     const qreal glyph = edge * (count.size() > 1 ? 0.48 : 0.56);
     drawGlyph(painter, u"mark"_s, QRectF(0, (edge - glyph) / 2, glyph, glyph), grey);
@@ -70,12 +83,12 @@ QIcon trayIcon(const QString& count, bool tinted) {
     const DrawnIcon drawn{
         .edges = {16, 22, 24, 32, 44, 48, 64},
         .draw = [count, tinted](QPainter& painter, int edge) {
-            if (count.isEmpty()) {
+            if (!tinted) {
+                count.isEmpty() ? drawRimmedMark(painter, edge) : drawBadge(painter, count, edge);
+            } else if (count.isEmpty()) {
                 drawGlyph(painter, u"mark"_s, QRectF(0, 0, edge, edge), grey);
-            } else if (tinted) {
-                drawBeside(painter, count, edge);
             } else {
-                drawBadge(painter, count, edge);
+                drawBeside(painter, count, edge);
             }
         }};
     QIcon icon = drawn.icon();

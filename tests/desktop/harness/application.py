@@ -11,9 +11,10 @@ INTERFACE = "org.freedesktop.Application"
 
 
 class Application:
-    def __init__(self, desktop):
+    def __init__(self, desktop, address=None):
+        """On another session bus than the desktop's if its `address` is given."""
         self._connection = Gio.DBusConnection.new_for_address_sync(
-            desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
+            address or desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
             Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION,
             None,
@@ -36,8 +37,15 @@ class Application:
 
     def is_known(self):
         """Whether the bus knows the name."""
-        (known,) = self._connection.call_sync(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "NameHasOwner", GLib.Variant("(s)", (NAME,)), None, Gio.DBusCallFlags.NONE, 5000, None,
+        return self._ask_bus("NameHasOwner")
+
+    def pid(self):
+        """Of the running copy."""
+        return self._ask_bus("GetConnectionUnixProcessID")
+
+    def _ask_bus(self, method):
+        (answer,) = self._connection.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+            GLib.Variant("(s)", (NAME,)), None, Gio.DBusCallFlags.NONE, 5000, None,
         ).unpack()
-        return known
+        return answer

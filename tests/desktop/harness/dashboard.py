@@ -6,15 +6,17 @@ import re
 
 from .accessible import Accessible
 from .desktop import DASHBOARD
+from .names import ALERT
 from .process import Process
 from .waiting import wait_for
-
-ALERT = "Corvala for Mac needs attention"
 
 # All that the program may ever say on standard error.
 DOCUMENTED = re.compile(
     r"Corvala for Mac is already open\.|Corvala worker listener recovery failed: .*"
     r"|Presentation test failed|VeskWorkerControl: the screen is gone"
+    r'|VeskWorkerControl: no display could be opened: DISPLAY(=".*"| is not set), .*'
+    r"|VeskWorkerControl: the running dashboard cannot be reached"
+    r"|VeskWorkerControl: the first argument is no port number; port 45835 is used"
 )
 
 _WORD = r"[a-z-]+"
@@ -121,6 +123,12 @@ class Dashboard:
         window = self.window()
         wait_for("the window in front", lambda: self.desktop.windows.is_active(window))
         return window
+
+    def start_again(self, *arguments):
+        """A second start, which leaves everything to this one."""
+        again = Dashboard(self.desktop, *arguments, home=self.home)
+        if again.wait() != 1:
+            raise AssertionError(f"the second start ended with {again.wait()}: {again.err}")
 
     def control(self, role, name):
         """What is on screen under that name, in the window or on a sheet."""

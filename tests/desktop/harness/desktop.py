@@ -32,7 +32,7 @@ class Desktop:
         try:
             _bus, self.environment["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus()
             self._start_windows()
-            # The bindings look here, and connect once in the life of this process.
+            # What reads the accessibility bus looks here.
             for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
                 os.environ.pop(name, None)
                 if name in self.environment:
@@ -128,15 +128,20 @@ class Desktop:
 
 class X11Desktop(Desktop):
     platform = "xcb"
+    window_manager = ("openbox", "--sm-disable")
 
     def _start_windows(self):
         _screen, self.environment["DISPLAY"] = self.start_screen()
         self._manage_windows()
 
     def _manage_windows(self):
-        self._start(["openbox", "--sm-disable"], "window-manager")
+        self._start(self.window_manager, "window-manager")
         self.windows = Windows(self.environment["DISPLAY"])
         wait_for("the window manager", self.windows.is_managed)
+
+    def go_to_workspace(self, number):
+        """`number` from 0 on; the desktop starts with the first."""
+        self.windows.go_to_workspace(number)
 
     def _take_picture(self, path):
         subprocess.run(["scrot", "--overwrite", path], env=self.environment, check=False)

@@ -18,10 +18,20 @@ class Person:
 
     def click(self, node, button=LEFT_BUTTON):
         """In the middle of what is on screen there."""
-        left, top, width, height = node.place
-        self._do(X.MotionNotify, x=left + width // 2, y=top + height // 2)
+        self.point(node)
         self._do(X.ButtonPress, button)
         self._do(X.ButtonRelease, button)
+        self._display.sync()
+
+    def point(self, node):
+        """Moves the mouse there."""
+        left, top, width, height = node.place
+        self._do(X.MotionNotify, x=left + width // 2, y=top + height // 2)
+        self._display.sync()
+
+    def point_away(self):
+        """Moves the mouse to a corner of the screen."""
+        self._do(X.MotionNotify, x=0, y=0)
         self._display.sync()
 
     def key(self, name, *held):

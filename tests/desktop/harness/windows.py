@@ -23,6 +23,11 @@ class Windows:
             return None  # it goes as we look
         return found.value if found else None
 
+    def publish(self, name, text):
+        """Sets a property of the screen."""
+        self._root.change_property(self._atom(name), Xatom.STRING, 8, text.encode())
+        self._display.sync()
+
     def is_managed(self):
         return self._property(self._root, "_NET_SUPPORTING_WM_CHECK") is not None
 
@@ -103,6 +108,29 @@ class Windows:
         """As a press on the window's entry in a task bar."""
         self._tell(window, "_NET_ACTIVE_WINDOW", 2, X.CurrentTime, 0)
 
+    def is_in_sight(self, window):
+        """Whether the window is what the screen shows in the window's middle."""
+        try:
+            left, top, width, height = self.place(window)
+            x, y = left + width // 2, top + height // 2
+            below = self._root
+            while below not in (window, X.NONE):
+                below = below.translate_coords(self._root, x, y).child
+        except error.BadWindow:
+            return False  # it goes as we look
+        return below == window
+
+    def workspace(self):
+        """The number of the current one, from 0 on."""
+        return self._property(self._root, "_NET_CURRENT_DESKTOP")[0]
+
+    def go_to_workspace(self, number):
+        self._tell(self._root, "_NET_CURRENT_DESKTOP", number, X.CurrentTime)
+
+    def show_desktop(self):
+        """As a press on a panel's button that minimises everything."""
+        self._tell(self._root, "_NET_SHOWING_DESKTOP", 1)
+
     def give_keyboard(self, window):
         """As a window manager does that knows nothing of dialogs."""
         window.set_input_focus(X.RevertToParent, X.CurrentTime)
@@ -116,8 +144,9 @@ class Windows:
         left, top, width, height = place
         return self._root.get_image(left, top, width, height, X.ZPixmap, 0xFFFFFFFF).data
 
-    def cover(self):
-        """Puts a full-screen window in front of all others."""
+    def cover(self, *states):
+        """Puts a window in front of all others: a full-screen one, or one of the states given, as in
+        "MAXIMIZED_VERT"."""
         size = self._root.get_geometry()
         cover = self._root.create_window(
             0, 0, size.width, size.height, 0, X.CopyFromParent, X.InputOutput, X.CopyFromParent,
@@ -126,11 +155,16 @@ class Windows:
         )
         cover.set_wm_name("cover")
         cover.change_property(
-            self._atom("_NET_WM_STATE"), Xatom.ATOM, 32, [self._atom("_NET_WM_STATE_FULLSCREEN")]
+            self._atom("_NET_WM_STATE"), Xatom.ATOM, 32,
+            [self._atom("_NET_WM_STATE_" + state) for state in states or ("FULLSCREEN",)],
         )
         cover.map()
         self._display.sync()
         self._cover = cover
+
+    def cover_beside_panel(self):
+        """As a maximised window does."""
+        self.cover("MAXIMIZED_VERT", "MAXIMIZED_HORZ")
 
     def is_covered(self):
         """Whether the covering window reached the front."""

@@ -10,6 +10,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
+/// How long a dialog that is refused focus may take to get it all the same.
+constexpr auto settlingOfFocus = 500ms;
+
 QString unless(bool holds, const QString& complaint) {
     return holds ? QString() : complaint;
 }
@@ -158,6 +161,10 @@ QString oneChangeAtATime(const Evidence& evidence) {
     return unless(evidence.moment.changesUnderWay <= 1, u"two were"_s);
 }
 
+QString noUnaskedChange(const Evidence& evidence) {
+    return evidence.moment.unaskedChanges.join(u", "_s);
+}
+
 QString nothingUnasked(const Evidence& evidence) {
     return evidence.moment.unasked.join(u", "_s);
 }
@@ -230,9 +237,22 @@ QString whatOpensIsSeen(const Evidence& evidence) {
         u"its window is not shown"_s);
 }
 
+QString closedStaysHidden(const Evidence& evidence) {
+    return unless(
+        evidence.moment.mustBeHidden != true || evidence.shown.windowHidden, u"it is shown"_s);
+}
+
+QString openOrOutOfReachIsShown(const Evidence& evidence) {
+    return unless(
+        evidence.moment.mustBeHidden != false || !evidence.shown.windowHidden, u"it is hidden"_s);
+}
+
 QString keysReachWhatIsInFront(const Evidence& evidence) {
     const QString& blocked = evidence.shown.blockedWithKeys;
-    return unless(blocked.isEmpty(), u"\"%1\" has it"_s.arg(blocked));
+    const bool recentlyRefused = evidence.focusGivenFor < settlingOfFocus;
+    return unless(
+        blocked.isEmpty() || (recentlyRefused && evidence.keysWrongFor < settlingOfFocus),
+        u"\"%1\" has it"_s.arg(blocked));
 }
 
 QString panelIsFresh(const Evidence& evidence) {
@@ -325,6 +345,10 @@ QString quitsAtOnce(const Evidence& evidence) {
 const QList<Invariant>& invariants() {
     static const QList<Invariant> all{
         {"A quit ends the program at once, whatever is open or under way.", quitsAtOnce},
+        {"Nothing is asked of the service that nobody asked for: each change, start or restart "
+         "comes "
+         "from the user or from the recovery.",
+         noUnaskedChange},
         {"At most one health fetch is under way.", oneFetchAtATime},
         {"No health fetch begins while a change of deep jobs is under way.", noFetchDuringAChange},
         {"No health fetch begins earlier than its interval without a reason.", noFetchTooEarly},
@@ -358,7 +382,13 @@ const QList<Invariant>& invariants() {
          alertsAreThoseOwed},
         {"The sheets that are open are those that a person opened.", sheetsAreThoseOpened},
         {"A sheet or an alert that opens brings its window back into sight.", whatOpensIsSeen},
-        {"The keyboard is with what is in front, wherever the desktop puts it.",
+        {"A closed window is hidden while a tray is there or has been gone for less than ten "
+         "seconds.",
+         closedStaysHidden},
+        {"A window is hidden only where the user closed it and the tray can bring it back.",
+         openOrOutOfReachIsShown},
+        {"The window in front has focus wherever the desktop puts it, soon even where the desktop "
+         "refuses it.",
          keysReachWhatIsInFront},
         {"The panel says what follows from the facts whenever it can be seen.", panelIsFresh},
         {"The controls can be used as the facts allow.", controlsAreAvailable},

@@ -12,6 +12,8 @@ namespace vesk {
 struct Evidence {
     const Moment& moment;
     const ScreenTexts& shown;
+    Seconds keysWrongFor{0};       ///< for how long a blocked window has had focus
+    Seconds focusGivenFor{0};      ///< since the desktop refused it last
     bool serviceAnswers = false;   ///< the service
     bool serviceAccepts = false;   ///< deep jobs
     bool setupVisitedKept = false; ///< as the preferences say

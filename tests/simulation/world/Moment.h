@@ -29,9 +29,10 @@ struct Moment {
     bool fetchDue = false; ///< something asked for one that did not begin
     Seconds late{0};       ///< by how much the next fetch is behind its time
     QList<Restart> restarts;
-    int changesUnderWay = 0; ///< the most at a time
-    QStringList unasked;     ///< requests and runs that nobody called for
-    QStringList missing;     ///< those that should have come
+    int changesUnderWay = 0;    ///< the most at a time
+    QStringList unasked;        ///< requests and runs without a reason that change nothing
+    QStringList unaskedChanges; ///< those that change, start or restart the service
+    QStringList missing;        ///< those that should have come
     QStringList malformed;
     bool opened = false;                ///< a sheet or an alert
     bool disturbed = false;             ///< the desktop did something to the window
@@ -45,6 +46,7 @@ struct Moment {
     bool accepting = false;
     bool lastWasGood = false;
     bool owesTheTruth = false; ///< without faults for long enough to know how the service stands
+    std::optional<bool> mustBeHidden; ///< the window; nothing where that cannot be known
     ScreenTexts expected;
 };
 

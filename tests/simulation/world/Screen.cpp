@@ -148,9 +148,14 @@ const Screen::Setup* Screen::setup() const {
 }
 
 bool Screen::windowSeen() const {
+    return windowShown() && window_->windowHandle()->isExposed()
+           && !SimulatedDesktop::instance().covered();
+}
+
+bool Screen::windowShown() const {
     const QWindow* handle = window_->windowHandle();
-    return window_->isVisible() && !window_->isMinimized() && handle != nullptr
-           && handle->isExposed() && !SimulatedDesktop::instance().covered();
+    return window_->isVisible() && handle != nullptr
+           && !SimulatedDesktop::instance().hasMinimised(*handle);
 }
 
 QWidget* Screen::front() const {
@@ -193,7 +198,8 @@ ScreenTexts Screen::read() const {
         texts.alerts.append(alert->accessibleDescription());
     }
     texts.alerts.sort();
-    texts.windowShown = window_->isVisible() && !window_->isMinimized();
+    texts.windowShown = windowShown();
+    texts.windowHidden = !window_->isVisible();
     texts.panelSeen = windowSeen();
     texts.blockedWithKeys = blockedWithKeys();
     return texts;

@@ -58,6 +58,9 @@ public:
     /// Some of the window can be seen, as the desktop tells.
     [[nodiscard]] bool windowSeen() const;
 
+    /// The window is shown and not really minimised.
+    [[nodiscard]] bool windowShown() const;
+
     [[nodiscard]] QWidget& window() const;
     [[nodiscard]] QPushButton& start() const { return *start_; }
     [[nodiscard]] QCheckBox& toggle() const { return *toggle_; }

@@ -55,6 +55,7 @@ struct ScreenTexts {
     std::optional<SetupTexts> setup;
     QStringList alerts;      ///< sorted
     bool windowShown = true; ///< and not minimised
+    bool windowHidden = false;
     bool panelSeen = true;   ///< the window's own texts; nobody can read them else
     QString blockedWithKeys; ///< a window behind another that has the keyboard all the same
 };

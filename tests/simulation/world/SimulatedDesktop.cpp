@@ -2,10 +2,11 @@
 
 #include "tests/simulation/VirtualTime.h"
 
-#include "ui/dashboard/ObscuredWatch.h"
+#include "ui/dashboard/NativeWindowState.h"
 #include "ui/tray/HostedItem.h"
 #include "ui/tray/TrayHost.h"
 
+#include <QEvent>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QWidget>
@@ -21,13 +22,18 @@ namespace {
 
 SimulatedDesktop* theDesktop = nullptr;
 
-class SimulatedCover final : public QObject, public ObscuredWatch {
+class SimulatedWindowState final : public QObject, public NativeWindowState {
 public:
-    explicit SimulatedCover(std::function<void()> changed) {
+    SimulatedWindowState(const QWindow& window, std::function<void()> changed) : window_(window) {
         connect(theDesktop, &SimulatedDesktop::coverChanged, this, std::move(changed));
     }
 
     [[nodiscard]] bool isFullyObscured() const override { return theDesktop->covered(); }
+
+    [[nodiscard]] bool isMinimized() const override { return theDesktop->hasMinimised(window_); }
+
+private:
+    const QWindow& window_;
 };
 
 } // namespace
@@ -66,13 +72,14 @@ std::unique_ptr<TrayHost> TrayHost::make() {
     return std::make_unique<SimulatedTrayHost>();
 }
 
-std::unique_ptr<ObscuredWatch>
-ObscuredWatch::make(const QWindow& /*window*/, std::function<void()> changed) {
-    return std::make_unique<SimulatedCover>(std::move(changed));
+std::unique_ptr<NativeWindowState>
+NativeWindowState::make(const QWindow& window, std::function<void()> changed) {
+    return std::make_unique<SimulatedWindowState>(window, std::move(changed));
 }
 
 SimulatedDesktop::SimulatedDesktop(Chronicle& chronicle) : chronicle_(chronicle) {
     theDesktop = this;
+    qApp->installEventFilter(this);
 }
 
 SimulatedDesktop::~SimulatedDesktop() {
@@ -103,7 +110,22 @@ void SimulatedDesktop::setCovered(bool covered) {
     }
 }
 
+void SimulatedDesktop::setIgnoresMinimising(bool ignores) {
+    if (ignores != ignoresMinimising_) {
+        chronicle_.note(
+            u"desktop", ignores ? u"minimises nothing from now on"_s : u"minimises on request"_s);
+        ignoresMinimising_ = ignores;
+    }
+}
+
+bool SimulatedDesktop::hasMinimised(const QWindow& window) const {
+    return !ignoresMinimising_ && (window.windowStates() & Qt::WindowMinimized) != 0;
+}
+
 void SimulatedDesktop::minimise(QWidget& window) {
+    if (ignoresMinimising_) {
+        return;
+    }
     chronicle_.note(u"desktop", u"minimises"_s);
     QWindowSystemInterface::handleWindowStateChanged<QWindowSystemInterface::SynchronousDelivery>(
         window.windowHandle(), Qt::WindowMinimized);
@@ -117,7 +139,32 @@ void SimulatedDesktop::restore(QWidget& window) {
 
 void SimulatedDesktop::giveKeyboard(QWidget& window) {
     chronicle_.note(u"desktop", u"gives the keyboard to \"%1\""_s.arg(window.windowTitle()));
-    window.activateWindow();
+    // A request of the window's own might be refused.
+    QWindowSystemInterface::handleWindowActivated<QWindowSystemInterface::SynchronousDelivery>(
+        window.windowHandle());
+}
+
+void SimulatedDesktop::setRefusesFocus(bool refuses) {
+    if (refuses != refusesFocus_) {
+        chronicle_.note(
+            u"desktop", refuses ? u"refuses focus from now on"_s : u"gives focus again"_s);
+        refusesFocus_ = refuses;
+        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+            window->setFlag(Qt::WindowDoesNotAcceptFocus, refuses);
+        }
+    }
+}
+
+/// This platform has no window manager that could refuse: Qt itself keeps a window with this flag
+/// from asking. A new window gets focus when it is shown, before the flag.
+bool SimulatedDesktop::eventFilter(QObject* watched, QEvent* event) {
+    if (refusesFocus_ && event->type() == QEvent::Expose) {
+        auto* window = qobject_cast<QWindow*>(watched);
+        if (window != nullptr && window->type() != Qt::Popup) {
+            window->setFlag(Qt::WindowDoesNotAcceptFocus);
+        }
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void SimulatedDesktop::setHidden(bool hidden) {

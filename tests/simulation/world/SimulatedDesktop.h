@@ -9,6 +9,7 @@
 #include <memory>
 
 class QWidget;
+class QWindow;
 
 namespace vesk {
 
@@ -36,12 +37,24 @@ public:
     /// Other windows lie over all of the program's, or leave.
     void setCovered(bool covered);
 
+    /// Whether the window manager minimises a window on request. Where it does not, Qt takes a
+    /// window that asked for it for minimised, while it is in full sight.
+    void setIgnoresMinimising(bool ignores);
+
+    /// Whether a window is really minimised.
+    [[nodiscard]] bool hasMinimised(const QWindow& window) const;
+
     /// The window manager minimises a window, or brings it back.
     void minimise(QWidget& window);
     void restore(QWidget& window);
 
     /// The window manager gives a window the keyboard, whatever lies over it.
     void giveKeyboard(QWidget& window);
+
+    /// The window manager gives focus to none of the program's windows that ask for it, but to each
+    /// new one; or to all again.
+    void setRefusesFocus(bool refuses);
+    [[nodiscard]] bool refusesFocus() const noexcept { return refusesFocus_; }
 
     /// The session hides all windows of the program, or shows them again.
     void setHidden(bool hidden);
@@ -66,12 +79,16 @@ signals:
     void menuClosed();
 
 private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
     friend class SimulatedTrayHost;
     friend class SimulatedItem;
 
     Chronicle& chronicle_;
     bool trayPresent_ = true;
     bool covered_ = false;
+    bool refusesFocus_ = false;
+    bool ignoresMinimising_ = false;
     QString toolTip_;
     HostedItem* item_ = nullptr;
     QPointer<QMenu> menu_;

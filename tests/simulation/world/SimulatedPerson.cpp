@@ -50,6 +50,14 @@ void SimulatedPerson::act() {
     }
 }
 
+void SimulatedPerson::askForStart() {
+    if (control_ != nullptr) {
+        note(u"asks the desktop for a start"_s);
+        witness_.askForStart();
+        control_->startWhenKnown();
+    }
+}
+
 void SimulatedPerson::leave() {
     if (screen_ == nullptr) {
         return;
@@ -65,7 +73,7 @@ void SimulatedPerson::leave() {
             break;
         }
         const bool isMain = front == &screen_->window();
-        close(*front, isMain ? Meaning() : dismissalOf(*front));
+        close(*front, dismissalOf(*front));
         witness_.glance();
         if (isMain) {
             break;
@@ -158,7 +166,7 @@ void SimulatedPerson::actInMenu(QMenu& menu) {
 
 void SimulatedPerson::actOutside() {
     SimulatedDesktop& desktop = SimulatedDesktop::instance();
-    switch (dice_.below(7)) {
+    switch (dice_.below(8)) {
     case 0:
         note(u"asks the desktop for the settings"_s);
         witness_.openSettings();
@@ -170,9 +178,7 @@ void SimulatedPerson::actOutside() {
         control_->showSetup();
         break;
     case 2:
-        note(u"asks the desktop for a start"_s);
-        witness_.pressStart();
-        control_->start();
+        askForStart();
         break;
     case 3:
         note(u"asks the desktop for the window"_s);
@@ -183,6 +189,13 @@ void SimulatedPerson::actOutside() {
         if (desktop.hasItem()) {
             witness_.openWindow();
             desktop.activateItem();
+        }
+        break;
+    case 5:
+        if (screen_->windowShown()) {
+            note(u"clicks the title of the window"_s);
+            witness_.windowActivated();
+            desktop.giveKeyboard(screen_->window());
         }
         break;
     default:
@@ -211,7 +224,7 @@ void SimulatedPerson::actInWindow() {
         click(screen_->setupButton(), u"Setup"_s);
         break;
     case 7:
-        close(screen_->window(), {});
+        close(screen_->window(), dismissalOf(screen_->window()));
         break;
     default:
         pressKey(screen_->window(), Qt::Key_F10, Qt::ShiftModifier, u"Shift+F10");
@@ -308,9 +321,9 @@ void SimulatedPerson::useKeyboard(QWidget& window) {
     }
     case 3:
     case 4: {
-        const Meaning meaning = isMain ? Meaning() : dismissalOf(window);
-        if (meaning) {
-            meaning();
+        const bool nothingToEscape = isMain && key == 3;
+        if (!nothingToEscape) {
+            dismissalOf(window)();
         }
         if (key == 3) {
             pressKey(window, Qt::Key_Escape, Qt::NoModifier, u"Escape");
@@ -428,6 +441,9 @@ SimulatedPerson::Meaning SimulatedPerson::meaningInSetup(const QWidget* control)
 }
 
 SimulatedPerson::Meaning SimulatedPerson::dismissalOf(const QWidget& window) const {
+    if (&window == &screen_->window()) {
+        return [this] { witness_.closeWindow(); };
+    }
     if (const auto* alert = qobject_cast<const Alert*>(&window)) {
         return [this, text = alert->accessibleDescription()] { witness_.dismissAlert(text); };
     }

@@ -27,6 +27,9 @@ public:
     /// Does one thing, perhaps twice.
     void act();
 
+    /// Picks the start action of the desktop's menu entry.
+    void askForStart();
+
     /// Closes what is open, as somebody who leaves.
     void leave();
 

@@ -145,6 +145,7 @@ void Simulation::awaitEnd() {
 
 void Simulation::launch() {
     chronicle_.note(u"person", u"starts the program"_s);
+    desktop_.setIgnoresMinimising(dice_.oneIn(3));
     const bool setupRequested = dice_.oneIn(10);
     const PromptQuit promptQuit(*qApp);
     control_ = std::make_unique<Control>(Control::Surroundings{
@@ -157,10 +158,11 @@ void Simulation::launch() {
         .defaults = defaults_,
         .setupRequested = setupRequested});
     screen_ = std::make_unique<Screen>();
-    witness_.launched(setupRequested);
+    witness_.launched(setupRequested, desktop_.trayPresent());
     witness_.seenFirst(*screen_);
     person_.meet(screen_.get(), control_.get());
     control_->applicationDidFinishLaunching();
+    performLaunchAction();
     virtualTime().execute();
     if (!over_ && !witness_.momentEnds().quitPressed) {
         chronicle_.fail("The program runs until a person ends it.", u"it ended"_s);
@@ -172,6 +174,40 @@ void Simulation::launch() {
     screen_.reset();
 }
 
+/// Around the first answer of a service that is well, or of one that is not.
+std::chrono::milliseconds Simulation::soonOrLate() {
+    return dice_.oneIn(2) ? 20ms : 5000ms;
+}
+
+/// Some launches are for an action of the desktop, and some are followed by one at once.
+void Simulation::performLaunchAction() {
+    switch (dice_.below(8)) {
+    case 0:
+    case 1:
+        // The session bus may deliver the action after the first answer.
+        QTimer::singleShot(
+            dice_.between(0ms, soonOrLate()), Qt::PreciseTimer, control_.get(), [this] {
+                chronicle_.note(u"person", u"started it for a start"_s);
+                witness_.askForStartAtLaunch();
+                control_->startIfStopped();
+            });
+        break;
+    case 2:
+        chronicle_.note(u"person", u"started it for the settings"_s);
+        witness_.openSettings();
+        control_->showSettings();
+        break;
+    case 3:
+    case 4:
+        QTimer::singleShot(
+            dice_.between(0ms, soonOrLate()), Qt::PreciseTimer, control_.get(),
+            [this] { person_.askForStart(); });
+        break;
+    default:
+        break;
+    }
+}
+
 void Simulation::judge() {
     if (control_ == nullptr) {
         return;
@@ -179,11 +215,21 @@ void Simulation::judge() {
     const Moment& moment = witness_.momentEnds();
     screen_->look();
     const ScreenTexts shown = screen_->read();
+    if (desktop_.refusesFocus()) {
+        focusRefusedAt_ = virtualTime().now();
+    }
+    if (shown.blockedWithKeys.isEmpty()) {
+        keysWrongSince_.reset();
+    } else if (!keysWrongSince_) {
+        keysWrongSince_ = virtualTime().now();
+    }
     const ServiceLocations locations(home_.path());
     const Witness::Lasting& lasting = witness_.lasting();
     const Evidence evidence{
         .moment = moment,
         .shown = shown,
+        .keysWrongFor = virtualTime().now() - keysWrongSince_.value_or(virtualTime().now()),
+        .focusGivenFor = virtualTime().now() - focusRefusedAt_,
         .serviceAnswers = service_.answers(),
         .serviceAccepts = service_.acceptsDeepJobs(),
         .setupVisitedKept = defaults_.value(u"setupVisitedV2"_s).toBool(),
@@ -274,26 +320,28 @@ void Simulation::planDesktop() {
 
 void Simulation::stirDesktop() {
     if (screen_ == nullptr) {
-        desktop_.setTray(dice_.oneIn(2));
+        setTray(dice_.oneIn(2));
         return;
     }
     witness_.disturbed();
     QWidget& window = screen_->window();
-    switch (dice_.below(8)) {
+    switch (dice_.below(10)) {
     case 0:
-        desktop_.setTray(!desktop_.trayPresent());
+        stirTray();
         break;
     case 1:
     case 2:
         desktop_.setCovered(!desktop_.covered());
         break;
     case 3:
-        if (window.isVisible()) {
-            if (window.isMinimized()) {
-                desktop_.restore(window);
-            } else {
-                desktop_.minimise(window);
-            }
+        if (!window.isVisible()) {
+            break;
+        }
+        if (!window.isMinimized()) {
+            desktop_.minimise(window);
+        } else if (!screen_->windowShown()) {
+            witness_.windowRestored();
+            desktop_.restore(window);
         }
         break;
     case 4:
@@ -304,13 +352,44 @@ void Simulation::stirDesktop() {
         witness_.serviceRestarts(); // for what it can know of that time
         break;
     case 6:
-        if (window.isVisible() && !window.isMinimized()) {
+        if (screen_->windowShown()) {
+            witness_.windowActivated();
             desktop_.giveKeyboard(window);
         }
+        break;
+    case 7:
+        focusRefusedAt_ = virtualTime().now();
+        desktop_.setRefusesFocus(!desktop_.refusesFocus());
+        break;
+    case 8:
+        chronicle_.note(u"desktop", u"ends the session"_s);
+        witness_.quit();
+        QCoreApplication::quit();
         break;
     default:
         changeLoginTemplate();
     }
+    witness_.glance();
+}
+
+/// A host that goes mostly comes back soon: a panel restarts, or the screen is unlocked.
+void Simulation::stirTray() {
+    const bool present = desktop_.trayPresent();
+    setTray(!present);
+    if (present && !dice_.oneIn(3)) {
+        after(1ms, dice_.oneIn(2) ? 200ms : 20'000ms, &Simulation::returnTray);
+    }
+}
+
+void Simulation::returnTray() {
+    setTray(true);
+}
+
+void Simulation::setTray(bool present) {
+    witness_.disturbed();
+    witness_.trayChanged(
+        {.present = present, .windowShown = screen_ != nullptr && screen_->windowShown()});
+    desktop_.setTray(present);
     witness_.glance();
 }
 

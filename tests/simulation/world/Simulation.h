@@ -43,6 +43,8 @@ public:
 private:
     void awaitEnd();
     void launch();
+    void performLaunchAction();
+    [[nodiscard]] std::chrono::milliseconds soonOrLate();
     void judge();
     void takeCensus();
     void noteScreen(const PanelTexts& panel);
@@ -55,6 +57,9 @@ private:
     void planCensus();
     void visit();
     void stirDesktop();
+    void stirTray();
+    void returnTray();
+    void setTray(bool present);
     void after(
         std::chrono::milliseconds least, std::chrono::milliseconds most,
         void (Simulation::*what)());
@@ -76,6 +81,8 @@ private:
     std::unique_ptr<Screen> screen_;
     Census census_;
     TimePoint end_;
+    std::optional<TimePoint> keysWrongSince_; ///< since when a blocked window has had focus
+    TimePoint focusRefusedAt_;                ///< when the desktop did so last
     bool over_ = false;
     bool censusDue_ = false;
     int actionsLeft_ = 0;

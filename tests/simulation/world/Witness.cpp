@@ -47,7 +47,8 @@ Witness::Witness(qint64 port, QString host) {
     connect(&setupTicks_, &QTimer::timeout, this, &Witness::tick);
 }
 
-void Witness::launched(bool setupRequested) {
+void Witness::launched(bool setupRequested, bool trayPresent) {
+    placement_.launched(trayPresent);
     life_ = std::make_unique<QObject>();
     panel_ = firstPanel();
     if (setupRequested || !lasting_.setupVisited) {
@@ -68,6 +69,7 @@ void Witness::ended() {
     setupTicks_.stop();
     checkOfSetup_ = 0;
     runs_.clear();
+    firstCheckDone_ = startWaits_ = false;
     recovering_ = saidRunning_ = startFailed_ = false;
     lastRestart_.reset();
     alerts_.clear();
@@ -84,6 +86,13 @@ void Witness::quit() {
 void Witness::settle(const QString& what) {
     if (!owed_.removeOne(what)) {
         moment_.unasked.append(what);
+    }
+}
+
+/// Only what the user does and the recovery owe such a request or run.
+void Witness::settleChange(const QString& what) {
+    if (!owed_.removeOne(what)) {
+        moment_.unaskedChanges.append(what);
     }
 }
 
@@ -113,10 +122,10 @@ void Witness::sent(std::size_t number, const ServiceRequest& request) {
         if (policyFromSetup_ && setup_ && value != setup_->chosen) {
             moment_.setupPosted = value ? u"on"_s : u"off"_s;
         }
-        settle(value ? u"policy on"_s : u"policy off"_s);
+        settleChange(value ? u"policy on"_s : u"policy off"_s);
         underWay_[number] = Ask::policy;
     } else if (line == "POST /v1/local/performance") {
-        settle(u"mode "_s + body.value(u"mode").toString());
+        settleChange(u"mode "_s + body.value(u"mode").toString());
         underWay_[number] = Ask::mode;
     } else {
         moment_.malformed.append(QString::fromUtf8(line));
@@ -206,6 +215,8 @@ void Witness::modeAnswered(const std::optional<QJsonObject>& document) {
 }
 
 void Witness::render(const QJsonObject& document) {
+    firstCheckDone_ = true;
+    startWaits_ = false;
     known_.misses = 0;
     startFailed_ = false;
     known_.document = document;
@@ -234,6 +245,10 @@ void Witness::miss() {
     } else {
         stopped();
     }
+    firstCheckDone_ = true;
+    if (startWaits_) {
+        startService(false);
+    }
 }
 
 void Witness::stopped() {
@@ -258,6 +273,22 @@ void Witness::pressStart() {
     }
 }
 
+void Witness::askForStart() {
+    if (firstCheckDone_) {
+        pressStart();
+    } else {
+        startWaits_ = true;
+    }
+}
+
+void Witness::askForStartAtLaunch() {
+    if (!firstCheckDone_) {
+        startWaits_ = true;
+    } else if (!known_.online) {
+        startService(false);
+    }
+}
+
 void Witness::switchDeep(bool on) {
     panel_.toggle = on ? Qt::Checked : Qt::Unchecked;
     changePolicy(on, false);
@@ -278,7 +309,13 @@ void Witness::changePolicy(bool on, bool fromSetup) {
     writeLines(panel_, known_);
 }
 
+void Witness::openWindow() {
+    placement_.open();
+    cadence_.reload();
+}
+
 void Witness::openSettings() {
+    placement_.open();
     settingsOpen_ = true;
     moment_.opened = true;
 }
@@ -297,6 +334,7 @@ void Witness::pickMode(int mode) {
 }
 
 void Witness::alert(const QString& text) {
+    placement_.open();
     alerts_.append(text);
     moment_.opened = true;
 }
@@ -312,6 +350,7 @@ void Witness::openSetup() {
         return;
     }
     ++setupsOpened_;
+    placement_.open();
     lasting_.setupVisited = true;
     setup_ = Setup{
         .deep = !known_.online || known_.accepting,
@@ -432,6 +471,7 @@ void Witness::startService(bool fromCheck) {
     if (known_.starting) {
         return;
     }
+    startWaits_ = false;
     known_.starting = true;
     checkOfSetup_ = fromCheck ? setupsOpened_ : 0;
     owe(u"start"_s);
@@ -455,7 +495,11 @@ void Witness::runBegun(std::size_t number, const SimulatedTool::Run& run) {
                  lastRestart_ ? std::optional<Seconds>(now() - *lastRestart_) : std::nullopt});
         lastRestart_ = now();
     }
-    settle(verb);
+    if (verb == u"print") {
+        settle(verb);
+    } else {
+        settleChange(verb);
+    }
     runs_[number] = verb;
 }
 
@@ -558,6 +602,7 @@ Moment& Witness::momentEnds() {
     moment_.changing = known_.changing;
     moment_.accepting = known_.accepting;
     moment_.lastWasGood = known_.online && known_.misses == 0;
+    moment_.mustBeHidden = placement_.mustBeHidden();
     moment_.expected = texts();
     return moment_;
 }

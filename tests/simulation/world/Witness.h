@@ -4,6 +4,7 @@
 #include "tests/simulation/SimulatedTool.h"
 #include "tests/simulation/world/Cadence.h"
 #include "tests/simulation/world/Moment.h"
+#include "tests/simulation/world/Placement.h"
 #include "tests/simulation/world/Reckoning.h"
 
 #include <QObject>
@@ -33,13 +34,16 @@ public:
     Witness(qint64 port, QString host);
 
     // The life of the program.
-    void launched(bool setupRequested);
+    void launched(bool setupRequested, bool trayPresent);
     void seenFirst(const Screen& screen) { cadence_.watch(screen); }
     void ended();
 
     // What a person does, before the program learns of it.
-    void openWindow() { cadence_.reload(); }
+    void openWindow();
+    void closeWindow() { placement_.close(); }
     void pressStart();
+    void askForStart();
+    void askForStartAtLaunch();
     void switchDeep(bool on);
     void openSettings();
     void closeSettings();
@@ -65,6 +69,11 @@ public:
     void applicationActive() { cadence_.reload(); }
     void applicationHidden() { cadence_.schedule(); }
     void wrote(const QString& line);
+
+    // What the desktop does, before the program learns of it.
+    void windowRestored() { placement_.restored(); }
+    void windowActivated() { placement_.activated(); }
+    void trayChanged(const Placement::Tray& tray) { placement_.trayChanged(tray); }
 
     /// Something happened to the window that nobody in the program asked for.
     void disturbed() { moment_.disturbed = true; }
@@ -122,10 +131,12 @@ private:
     void owe(const QString& what) { owed_.append(what); }
     void alert(const QString& text);
     void settle(const QString& what);
+    void settleChange(const QString& what);
     [[nodiscard]] ScreenTexts texts() const;
 
     Knowledge known_;
     Cadence cadence_{known_};
+    Placement placement_;
     Lasting lasting_;
     std::unique_ptr<QObject> life_;
     PanelTexts panel_;
@@ -144,6 +155,9 @@ private:
     int setupsOpened_ = 0;
     QTimer setupTicks_;
     int checkOfSetup_ = 0; // the how-manieth setup wants to hear of the start, 0 for none
+
+    bool firstCheckDone_ = false; ///< an answer or a miss has come
+    bool startWaits_ = false;     ///< for the first miss
 
     std::map<std::size_t, QString> runs_;
     bool recovering_ = false;

@@ -17,6 +17,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <functional>
+
 namespace vesk {
 
 using namespace Qt::StringLiterals;
@@ -75,7 +77,11 @@ private slots:
     void minimumHoldsTheContent();
     void closingHidesWhatCanBeBroughtBack();
     void closingMinimisesWhatCannot();
-    void hiddenWindowComesBackWhenItsWayIsGone();
+    void closedWindowStaysHiddenWhileTheTrayIsGoneForAMoment();
+    void minimisedByClosingIsHiddenWhenATrayComes();
+    void openedWindowStaysWhenATrayComes_data();
+    void openedWindowStaysWhenATrayComes();
+    void windowInUseStaysWhenATrayComes();
     void neverShownStaysHidden();
     void bringToFrontRestores();
     void comesBackFromAScreenThatIsGone_data();
@@ -102,7 +108,7 @@ void DashboardWindowTest::isCentredOnce() {
     DashboardWindow window;
     const QPoint middle = window.screen()->availableGeometry().center();
     QVERIFY((window.geometry().center() - middle).manhattanLength() <= 2);
-    window.setReachableWhenHidden(true);
+    window.setTrayPresent(true);
     window.show();
     window.move(3, 4);
     window.close();
@@ -180,7 +186,7 @@ void DashboardWindowTest::minimumHoldsTheContent() {
 
 void DashboardWindowTest::closingHidesWhatCanBeBroughtBack() {
     DashboardWindow window;
-    window.setReachableWhenHidden(true);
+    window.setTrayPresent(true);
     window.show();
     QVERIFY(!window.close());
     QVERIFY(window.isHidden());
@@ -195,32 +201,72 @@ void DashboardWindowTest::closingMinimisesWhatCannot() {
     window.close();
     QVERIFY(!window.isHidden());
     QVERIFY(window.isMinimized());
-
-    window.bringToFront();
-    window.setReachableWhenHidden(true);
-    window.setReachableWhenHidden(false);
-    QVERIFY(!window.isMinimized());
-    window.close();
-    QVERIFY(window.isMinimized());
 }
 
-void DashboardWindowTest::hiddenWindowComesBackWhenItsWayIsGone() {
+void DashboardWindowTest::closedWindowStaysHiddenWhileTheTrayIsGoneForAMoment() {
     DashboardWindow window;
-    window.setReachableWhenHidden(true);
+    window.setTrayPresent(true);
     window.show();
     window.close();
+    window.setTrayPresent(false);
     QVERIFY(window.isHidden());
-    window.setReachableWhenHidden(false);
-    QVERIFY(!window.isHidden());
+    window.setTrayPresent(true);
+    QVERIFY(window.isHidden());
+}
+
+void DashboardWindowTest::minimisedByClosingIsHiddenWhenATrayComes() {
+    DashboardWindow window;
+    window.show();
+    window.close();
     QVERIFY(window.isMinimized());
+    window.setTrayPresent(true);
+    QVERIFY(window.isHidden());
+}
+
+void DashboardWindowTest::openedWindowStaysWhenATrayComes_data() {
+    using Opens = std::function<void(DashboardWindow&)>;
+    QTest::addColumn<Opens>("opens");
+    QTest::newRow("asked for") << Opens(&DashboardWindow::bringToFront);
+    QTest::newRow("asked for by a dialog") << Opens(&DashboardWindow::reveal);
+    QTest::newRow("restored or activated after a while") << Opens([](DashboardWindow& window) {
+        QTest::qWait(1100);
+        window.showNormal();
+    });
+}
+
+void DashboardWindowTest::openedWindowStaysWhenATrayComes() {
+    QFETCH(const std::function<void(DashboardWindow&)>, opens);
+    DashboardWindow window;
+    window.show();
+    window.close();
+    opens(window);
+    DashboardWindow other; // so that the window is not the active one any more
+    other.bringToFront();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    window.setTrayPresent(true);
+    QVERIFY(window.isVisible());
+}
+
+void DashboardWindowTest::windowInUseStaysWhenATrayComes() {
+    DashboardWindow window;
+    window.bringToFront();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    window.close();
+    // As a window manager does that ignores minimising.
+    window.showNormal();
+    window.activateWindow();
+    QTRY_VERIFY(window.isVisibleToUser());
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    window.setTrayPresent(true);
+    QVERIFY(window.isVisible());
 }
 
 void DashboardWindowTest::neverShownStaysHidden() {
     DashboardWindow window;
-    window.setReachableWhenHidden(false);
+    window.setTrayPresent(false);
     QVERIFY(window.isHidden());
-    window.setReachableWhenHidden(true);
-    window.setReachableWhenHidden(false);
+    window.setTrayPresent(true);
+    window.setTrayPresent(false);
     QVERIFY(window.isHidden());
 }
 
@@ -294,7 +340,7 @@ void DashboardWindowTest::openMenuIsAChildForAssistiveTechnology() {
 
 void DashboardWindowTest::visibilityIsTold() {
     DashboardWindow window;
-    window.setReachableWhenHidden(true);
+    window.setTrayPresent(true);
     QSignalSpy changes(&window, &DashboardWindow::visibilityChanged);
     QVERIFY(!window.isVisibleToUser());
     window.bringToFront();

@@ -23,13 +23,15 @@ private slots:
     void init();
     void cleanup();
 
-    void theSheetBelowGetsTheKeyboard();
-    void theAlertBelowGetsTheKeyboard();
-    void whatIsBlockedHandsTheKeyboardOn();
-    void aSheetThatClosesBehindAnotherWindowTakesNoKeyboard();
-    void anAlertStaysWhenItsSheetCloses();
-    void aDismissedAlertDoesNotComeBack();
-    void anAlertGoesWithTheLastWindow();
+    void sheetBelowGetsFocus();
+    void alertBelowGetsFocus();
+    void focusOfABlockedWindowPassesToTheTopmostDialog();
+    void sheetThatClosesBehindAnotherWindowTakesNoFocus();
+    void alertStaysWhenItsSheetCloses();
+    void dismissedAlertIsNotShownAgain();
+    void alertIsDeletedWithTheLastWindow();
+    void minimisedDialogsAreRestored();
+    void topmostDialogIsFound();
 
 private:
     [[nodiscard]] Sheet* openSheet() {
@@ -40,14 +42,14 @@ private:
     [[nodiscard]] static Alert* openAlert(QWidget* host) {
         return opened(new Alert(u"Message"_s, host));
     }
-    /// With the keyboard; null when it does not get it.
+    /// The dialog with focus; null when it does not get it.
     template<typename Dialog>
     [[nodiscard]] static Dialog* opened(Dialog* dialog) {
         dialog->open();
         return isActive(dialog) ? dialog : nullptr;
     }
     [[nodiscard]] static bool isActive(QWidget* window) {
-        // The toolkit's own wait is content with the window that a dialog hangs on.
+        // QTest::qWaitForWindowActive() is content with the transient parent.
         return window != nullptr
                && QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
     }
@@ -65,7 +67,7 @@ void ModalDialogTest::cleanup() {
     window_.reset();
 }
 
-void ModalDialogTest::theSheetBelowGetsTheKeyboard() {
+void ModalDialogTest::sheetBelowGetsFocus() {
     Sheet* lower = openSheet();
     Sheet* upper = openSheet();
     QVERIFY(upper);
@@ -75,7 +77,7 @@ void ModalDialogTest::theSheetBelowGetsTheKeyboard() {
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
 }
 
-void ModalDialogTest::theAlertBelowGetsTheKeyboard() {
+void ModalDialogTest::alertBelowGetsFocus() {
     Sheet* sheet = openSheet();
     const QPointer<Alert> lower(openAlert(sheet));
     const QPointer<Alert> upper(openAlert(sheet));
@@ -88,7 +90,7 @@ void ModalDialogTest::theAlertBelowGetsTheKeyboard() {
     QVERIFY(isActive(sheet));
 }
 
-void ModalDialogTest::whatIsBlockedHandsTheKeyboardOn() {
+void ModalDialogTest::focusOfABlockedWindowPassesToTheTopmostDialog() {
     Sheet* sheet = openSheet();
     Alert* lower = openAlert(sheet);
     Alert* upper = openAlert(sheet);
@@ -103,7 +105,7 @@ void ModalDialogTest::whatIsBlockedHandsTheKeyboardOn() {
     QVERIFY(lower->isVisible());
 }
 
-void ModalDialogTest::aSheetThatClosesBehindAnotherWindowTakesNoKeyboard() {
+void ModalDialogTest::sheetThatClosesBehindAnotherWindowTakesNoFocus() {
     Sheet* lower = openSheet();
     Sheet* upper = openSheet();
     QWidget other;
@@ -116,7 +118,7 @@ void ModalDialogTest::aSheetThatClosesBehindAnotherWindowTakesNoKeyboard() {
     QVERIFY(lower->isVisible());
 }
 
-void ModalDialogTest::anAlertStaysWhenItsSheetCloses() {
+void ModalDialogTest::alertStaysWhenItsSheetCloses() {
     Sheet* sheet = openSheet();
     const QPointer<Alert> alert(openAlert(sheet));
     sheet->end();
@@ -134,7 +136,7 @@ void ModalDialogTest::anAlertStaysWhenItsSheetCloses() {
     QTRY_VERIFY(!alert);
 }
 
-void ModalDialogTest::aDismissedAlertDoesNotComeBack() {
+void ModalDialogTest::dismissedAlertIsNotShownAgain() {
     Sheet* sheet = openSheet();
     const QPointer<Alert> alert(openAlert(sheet));
     QTest::keyClick(alert, Qt::Key_Escape);
@@ -143,11 +145,36 @@ void ModalDialogTest::aDismissedAlertDoesNotComeBack() {
     QTRY_VERIFY(!alert);
 }
 
-void ModalDialogTest::anAlertGoesWithTheLastWindow() {
+void ModalDialogTest::alertIsDeletedWithTheLastWindow() {
     const QPointer<Alert> alert(openAlert(openSheet()));
     QVERIFY(alert);
     window_.reset();
     QVERIFY(!alert);
+}
+
+void ModalDialogTest::minimisedDialogsAreRestored() {
+    Sheet* sheet = openSheet();
+    Alert* alert = openAlert(sheet);
+    QVERIFY(alert);
+    Sheet closed(u"Closed"_s, {300, 200}, window_.get());
+    for (QWidget* dialog : {static_cast<QWidget*>(sheet), static_cast<QWidget*>(alert)}) {
+        dialog->showMinimized();
+        QVERIFY(dialog->isMinimized());
+    }
+    ModalDialog::restoreAll(*window_);
+    QVERIFY(!sheet->isMinimized() && sheet->isVisible());
+    QVERIFY(!alert->isMinimized() && alert->isVisible());
+    QVERIFY(!closed.isVisible());
+}
+
+void ModalDialogTest::topmostDialogIsFound() {
+    QWidget other;
+    QCOMPARE(ModalDialog::topmostOn(*window_), nullptr);
+    Sheet* sheet = openSheet();
+    QCOMPARE(ModalDialog::topmostOn(*window_), sheet);
+    Alert* alert = openAlert(sheet);
+    QCOMPARE(ModalDialog::topmostOn(*window_), alert);
+    QCOMPARE(ModalDialog::topmostOn(other), nullptr);
 }
 
 } // namespace vesk

@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QPixmap>
 #include <QProcess>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -81,12 +82,16 @@ private slots:
 
     void registersUnderANameOfItsOwn();
     void tellsWhatItIs();
+    void unusedPropertyIsEmptyInItsType_data();
+    void unusedPropertyIsEmptyInItsType();
+    void readingAllPropertiesGivesEachOfThem();
     void iconHasItsBytesInNetworkOrder();
     void tellsChangesOnce();
     void clickActivates();
     void hostWithoutMenusGetsOurs();
     void menuIsLaidOut();
     void menuShowsOnlyWhatIsAskedFor();
+    void propertiesWithoutIdsAreThoseOfAllEntries();
     void unknownEntriesAreRefused();
     void menuTellsOnlyWhatChanged();
     void chosenEntryMayEndTheItem();
@@ -96,6 +101,7 @@ private slots:
     void hostsComeAndGo();
     void newWatcherIsAChange();
     void withoutABus();
+    void busThatEndsTakesTheHostAlong();
 
 private:
     struct Menu {
@@ -177,7 +183,7 @@ void StatusNotifierItemTest::cleanupTestCase() {
     QDBusConnection::disconnectFromBus(u"desktop"_s);
     QDBusConnection::disconnectFromBus(u"next"_s);
     daemon_.terminate();
-    QVERIFY(daemon_.waitForFinished());
+    QVERIFY(daemon_.state() == QProcess::NotRunning || daemon_.waitForFinished());
 }
 
 QDBusMessage StatusNotifierItemTest::call(
@@ -236,14 +242,68 @@ void StatusNotifierItemTest::tellsWhatItIs() {
     QCOMPARE(property(u"Id"_s), QCoreApplication::applicationName());
     QCOMPARE(property(u"Title"_s), u"Title"_s);
     QCOMPARE(property(u"Status"_s), u"Active"_s);
-    QCOMPARE(property(u"WindowId"_s), 0);
-    QCOMPARE(property(u"IconName"_s), QString());
+    QCOMPARE(property(u"IconAccessibleDesc"_s), u"Tip"_s);
     QCOMPARE(property(u"ItemIsMenu"_s), false);
     QCOMPARE(property(u"Menu"_s).value<QDBusObjectPath>().path(), u"/MenuBar"_s);
     const auto toolTip = qdbus_cast<BusToolTip>(property(u"ToolTip"_s));
     QCOMPARE(toolTip.title, u"Tip"_s);
     QCOMPARE(toolTip.text, QString());
     QVERIFY(toolTip.iconName.isEmpty() && toolTip.icon.isEmpty());
+}
+
+void StatusNotifierItemTest::unusedPropertyIsEmptyInItsType_data() {
+    QTest::addColumn<QVariant>("empty");
+    for (const char* name :
+         {"IconThemePath", "IconName", "OverlayIconName", "AttentionIconName", "AttentionMovieName",
+          "AttentionAccessibleDesc", "XAyatanaLabel", "XAyatanaLabelGuide"}) {
+        QTest::newRow(name) << QVariant(QString());
+    }
+    QTest::newRow("WindowId") << QVariant(0);
+    QTest::newRow("XAyatanaOrderingIndex") << QVariant(0U);
+    QTest::newRow("OverlayIconPixmap") << QVariant(u"a(iiay)"_s);
+    QTest::newRow("AttentionIconPixmap") << QVariant(u"a(iiay)"_s);
+}
+
+void StatusNotifierItemTest::unusedPropertyIsEmptyInItsType() {
+    QFETCH(const QVariant, empty);
+    const QVariant value = property(QString::fromLatin1(QTest::currentDataTag()));
+    if (value.userType() == qMetaTypeId<QDBusArgument>()) {
+        QCOMPARE(value.value<QDBusArgument>().currentSignature(), empty);
+        QVERIFY(qdbus_cast<QList<BusPixmap>>(value).isEmpty());
+    } else {
+        QCOMPARE(value.metaType(), empty.metaType());
+        QCOMPARE(value, empty);
+    }
+}
+
+void StatusNotifierItemTest::readingAllPropertiesGivesEachOfThem() {
+    const QDBusMessage answer = call(
+        u"/StatusNotifierItem"_s, u"org.freedesktop.DBus.Properties"_s, u"GetAll"_s,
+        {itemInterface});
+    const auto all = qdbus_cast<QVariantMap>(answer.arguments().value(0));
+    QCOMPARE(
+        QSet<QString>(all.keyBegin(), all.keyEnd()), (QSet<QString>{
+                                                         u"Category"_s,
+                                                         u"Id"_s,
+                                                         u"Title"_s,
+                                                         u"Status"_s,
+                                                         u"WindowId"_s,
+                                                         u"IconThemePath"_s,
+                                                         u"IconName"_s,
+                                                         u"IconPixmap"_s,
+                                                         u"IconAccessibleDesc"_s,
+                                                         u"OverlayIconName"_s,
+                                                         u"OverlayIconPixmap"_s,
+                                                         u"AttentionIconName"_s,
+                                                         u"AttentionIconPixmap"_s,
+                                                         u"AttentionAccessibleDesc"_s,
+                                                         u"AttentionMovieName"_s,
+                                                         u"ToolTip"_s,
+                                                         u"ItemIsMenu"_s,
+                                                         u"Menu"_s,
+                                                         u"XAyatanaLabel"_s,
+                                                         u"XAyatanaLabelGuide"_s,
+                                                         u"XAyatanaOrderingIndex"_s}));
 }
 
 void StatusNotifierItemTest::iconHasItsBytesInNetworkOrder() {
@@ -319,6 +379,18 @@ void StatusNotifierItemTest::menuShowsOnlyWhatIsAskedFor() {
 
     const QDBusMessage label = callMenu(u"GetProperty"_s, {3, u"label"_s});
     QCOMPARE(label.arguments().value(0).value<QDBusVariant>().variant(), u"Open"_s);
+}
+
+void StatusNotifierItemTest::propertiesWithoutIdsAreThoseOfAllEntries() {
+    const QDBusMessage group = callMenu(
+        u"GetGroupProperties"_s, {QVariant::fromValue(QList<int>()), QStringList{u"label"_s}});
+    const auto entries = qdbus_cast<QList<BusMenuEntry>>(group.arguments().value(0));
+    QList<int> ids;
+    for (const BusMenuEntry& entry : entries) {
+        ids += entry.id;
+    }
+    QCOMPARE(ids, (QList<int>{0, 1, 2, 3}));
+    QCOMPARE(entries[3].properties, (QVariantMap{{u"label"_s, u"Open"_s}}));
 }
 
 void StatusNotifierItemTest::unknownEntriesAreRefused() {
@@ -448,6 +520,19 @@ void StatusNotifierItemTest::withoutABus() {
     StatusNotifierHost host(none);
     QVERIFY(host.isKnown());
     QVERIFY(!host.isPresent());
+}
+
+// Last, as it ends the bus.
+void StatusNotifierItemTest::busThatEndsTakesTheHostAlong() {
+    const FakeWatcher watcher(*desktop_, true);
+    StatusNotifierHost host(*bus_);
+    QTRY_VERIFY(host.isPresent());
+    const QSignalSpy changed(&host, &StatusNotifierHost::changed);
+    daemon_.kill();
+    QVERIFY(daemon_.waitForFinished());
+    QTRY_VERIFY(!host.isPresent());
+    QVERIFY(host.isKnown());
+    QCOMPARE(changed.size(), 1);
 }
 
 } // namespace vesk

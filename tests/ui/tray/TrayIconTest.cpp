@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <array>
+#include <utility>
 
 namespace vesk {
 
@@ -55,7 +56,8 @@ private slots:
     void aCountReadsOnEveryPanel();
     void theBadgeStandsOutFromEveryPanel();
     void aCountStaysInItsBadge();
-    void theMarkIsSeenOnEveryPanel();
+    void theMarkStandsOutFromEveryPanel_data();
+    void theMarkStandsOutFromEveryPanel();
     void aTintedIconIsOneColour();
     void everyCountLooksDifferent();
 };
@@ -113,14 +115,44 @@ void TrayIconTest::aCountStaysInItsBadge() {
     }
 }
 
-void TrayIconTest::theMarkIsSeenOnEveryPanel() {
-    for (const bool tinted : {false, true}) {
-        for (const int edge : edges) {
-            for (const QColor& panel : {lightPanel, darkPanel}) {
-                const QImage shown = onPanel(trayIcon(QString(), tinted), edge, panel);
-                QVERIFY(readable(shown, panel, 2) > edge);
-            }
-        }
+void TrayIconTest::theMarkStandsOutFromEveryPanel_data() {
+    QTest::addColumn<QColor>("panel");
+    const std::pair<const char*, const char*> panels[]{
+        {"waybar, its tray", "#2980b9"},
+        {"waybar, its bar", "#2b303b"},
+        {"waybar, a warning", "#eb4d4b"},
+        {"waybar, a module of light blue", "#66cc99"},
+        {"GNOME", "#000000"},
+        {"Breeze light", "#eff0f1"},
+        {"Breeze dark", "#2a2e32"},
+        {"Breeze's highlight", "#3daee9"},
+        {"Xfce light", "#f5f4f2"},
+        {"Xfce dark", "#2c313a"},
+        {"LXQt's ambiance", "#3c3b37"},
+        {"LXQt's frost", "#dfdfdf"},
+        {"MATE", "#e8e8e7"},
+        {"i3's bar", "#222222"},
+        {"dark grey", "#555555"},
+        {"middle grey", "#808080"},
+        {"light grey", "#aaaaaa"},
+        {"white", "#ffffff"},
+        {"red", "#ff0000"},
+        {"green", "#00ff00"},
+        {"blue", "#0000ff"},
+        {"yellow", "#ffff00"}};
+    for (const auto& [name, colour] : panels) {
+        QTest::newRow(name) << QColor(colour);
+    }
+}
+
+void TrayIconTest::theMarkStandsOutFromEveryPanel() {
+    QFETCH(const QColor, panel);
+    for (const int edge : edges) {
+        const QImage shown = onPanel(trayIcon(QString(), false), edge, panel);
+        // The strokes or their rim: either takes up more than an eighth of the square.
+        QVERIFY2(readable(shown, panel, 3) > edge * edge / 8, qPrintable(QString::number(edge)));
+        // Whatever the panel, the strokes stand out from the rim.
+        QVERIFY(readable(shown, Theme::background, 4.5) > edge * edge / 8);
     }
 }
 

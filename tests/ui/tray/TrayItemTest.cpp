@@ -140,16 +140,16 @@ void TrayItemTest::menuBeforeTheFirstAnswer() {
 void TrayItemTest::menuFollowsTheDashboard() {
     const auto [item, host] = itemOn(true);
     const QStringList fixed = textsOf(item->menu());
-    const auto showsAs = [&, &item = item](const Dashboard& dashboard) {
-        item->show(dashboard);
+    const auto showsAs = [&, &tray = item](const Dashboard& dashboard) {
+        tray->show(dashboard);
         QStringList expected = fixed;
         expected[0] = dashboard.trayState;
         expected[3] = dashboard.trayAction.title;
-        QCOMPARE(textsOf(item->menu()), expected);
-        QCOMPARE(entry(*item, 3)->isEnabled(), dashboard.trayAction.enabled);
-        QVERIFY(!entry(*item, 0)->isEnabled());
+        QCOMPARE(textsOf(tray->menu()), expected);
+        QCOMPARE(entry(*tray, 3)->isEnabled(), dashboard.trayAction.enabled);
+        QVERIFY(!entry(*tray, 0)->isEnabled());
         for (const int index : {2, 4, 6}) {
-            QVERIFY(entry(*item, index)->isEnabled());
+            QVERIFY(entry(*tray, index)->isEnabled());
         }
     };
     showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, true}, u" 2"_s));

@@ -1,4 +1,4 @@
-#include "app/HomeFolder.h"
+#include "agent/HomeFolder.h"
 
 #include <QFile>
 
@@ -28,6 +28,14 @@ std::optional<QString> homeFolder() {
     return survivesDecoding(home) && survivesDecoding(qgetenv("XDG_CONFIG_HOME"))
                ? std::optional(QFile::decodeName(home))
                : std::nullopt;
+}
+
+std::optional<QString> exportHomeFolder() {
+    auto home = homeFolder();
+    if (home) {
+        qputenv("HOME", QFile::encodeName(*home));
+    }
+    return home;
 }
 
 } // namespace vesk

@@ -1,0 +1,9 @@
+#include "app/SessionBus.h"
+
+namespace vesk {
+
+bool giveUpSilentSessionBus() {
+    return false;
+}
+
+} // namespace vesk
