@@ -18,7 +18,6 @@
 #include "model/LogLine.h"
 #include "service/HttpSession.h"
 #include "ui/kit/AppIcon.h"
-#include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -137,8 +136,7 @@ int runDashboard(int argc, char** argv, const CommandLine& commandLine, const QS
     QApplication::setApplicationName(u"VeskWorkerControl"_s);
     QApplication::setDesktopFileName(u"com.halvex.VeskWorkerControl"_s);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
 
     QSettings defaults(
         preferencesFormat(), QSettings::UserScope, QApplication::organizationName(),

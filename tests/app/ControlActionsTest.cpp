@@ -3,6 +3,8 @@
 #include "app/PromptQuit.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/dashboard/CompactPanelView.h"
+#include "ui/texts/SettingsPresentation.h"
+#include "ui/texts/SetupPages.h"
 
 #include <QAccessible>
 #include <QDialog>
@@ -57,16 +59,16 @@ private slots:
         ControlBench bench;
         connectTo(bench);
         bench.other[services] = paused;
-        QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
+        QTest::mouseClick(&bench.startButton(), Qt::LeftButton);
         bench.settle();
-        QVERIFY(bench.button(u"Resume deep jobs"_s));
+        QVERIFY(!bench.control->accepting());
+        QVERIFY(bench.shows(bench.connected()));
         QCOMPARE(bench.exchange.requests().constLast().body, R"({"deep_scan_enabled":false})");
-        QCOMPARE(bench.toggle().checkState(), Qt::Unchecked);
-        QVERIFY(bench.shows(u"Detailed analysis paused"_s));
         bench.other[services] = accepting;
-        QTest::mouseClick(bench.button(u"Resume deep jobs"_s), Qt::LeftButton);
+        QTest::mouseClick(&bench.startButton(), Qt::LeftButton);
         bench.settle();
-        QVERIFY(bench.button(u"Pause deep jobs"_s));
+        QVERIFY(bench.control->accepting());
+        QVERIFY(bench.shows(bench.connected()));
         QCOMPARE(bench.requestsOf("POST " + services), 2);
         QVERIFY(bench.alerts().isEmpty());
     }
@@ -95,7 +97,7 @@ private slots:
                 launch ? bench.control->startIfStopped() : bench.control->startWhenKnown();
             }
             bench.settle();
-            QVERIFY(bench.shows(u"Checking processing…"_s));
+            QVERIFY(bench.shows(Dashboard()));
             QCOMPARE(bench.toolCalls(), QStringList());
             bench.health = running ? accepting : QByteArray();
             bench.exchange.end(
@@ -119,7 +121,7 @@ private slots:
         bench.other[services] = paused;
         bench.control->startWhenKnown();
         bench.settle();
-        QVERIFY(bench.button(u"Resume deep jobs"_s));
+        QVERIFY(!bench.control->accepting());
         QCOMPARE(bench.toolCalls(), QStringList());
     }
 
@@ -140,7 +142,7 @@ private slots:
         bench.health = "hold";
         bench.open();
         bench.control->startWhenKnown();
-        QTest::mouseClick(bench.button(u"Start processing"_s), Qt::LeftButton);
+        QTest::mouseClick(&bench.startButton(), Qt::LeftButton);
         bench.settle();
         QCOMPARE(bench.toolCalls(), QStringList{u"script"_s});
         bench.health.clear();
@@ -197,7 +199,7 @@ private slots:
         QVERIFY(!toggle.isEnabled());
         QCOMPARE(toggle.checkState(), Qt::Unchecked);
         // A second change waits for the first.
-        QTest::mouseClick(bench.button(u"Pause deep jobs"_s), Qt::LeftButton);
+        QTest::mouseClick(&bench.startButton(), Qt::LeftButton);
         // So do the polls.
         const auto polls = bench.requestsOf("GET /v1/health");
         bench.control->openDashboard();
@@ -279,7 +281,7 @@ private slots:
         ControlBench bench;
         bench.health.clear();
         bench.open();
-        QVERIFY(bench.shows(u"Processing is stopped"_s));
+        QVERIFY(bench.shows(bench.stopped()));
         std::optional<bool> confirmed;
         bench.control->setDeep(true, [&](bool done) { confirmed = done; });
         bench.settle();
@@ -317,7 +319,8 @@ private slots:
         bench.settle();
         QCOMPARE(confirmed, true);
         QCOMPARE(bench.exchange.requests().constLast().body, R"({"mode":"quiet"})");
-        QVERIFY(bench.shows(u"Detailed analysis paused"_s));
+        QVERIFY(!bench.control->accepting());
+        QVERIFY(bench.shows(bench.connected()));
         QCOMPARE(
             bench.control->lastHealth().activityPolicy.performanceMode, std::optional(u"quiet"_s));
     }
@@ -326,7 +329,7 @@ private slots:
         ControlBench bench;
         bench.health.clear();
         bench.open();
-        QVERIFY(bench.shows(u"Processing is stopped"_s));
+        QVERIFY(bench.shows(bench.stopped()));
         std::optional<bool> confirmed;
         bench.control->setPerformanceMode(u"quiet"_s, [&](bool done) { confirmed = done; });
         QCOMPARE(confirmed, false);
@@ -365,19 +368,9 @@ private slots:
         bench.control->showSetup();
         QWidget* sheet = QApplication::activeModalWidget();
         QVERIFY(sheet);
-        const auto press = [&](const QString& title) {
-            for (auto* button : sheet->findChildren<QPushButton*>()) {
-                if (button->text() == title) {
-                    QTest::mouseClick(button, Qt::LeftButton);
-                    return true;
-                }
-            }
-            return false;
-        };
-        for (int page = 0; page < 3; ++page) {
-            QVERIFY(press(u"Continue"_s));
+        for (int page = 0; page <= lastSetupStep; ++page) {
+            QTest::mouseClick(sheet->findChild<QPushButton*>(u"next"_s), Qt::LeftButton);
         }
-        QVERIFY(press(u"Apply && finish"_s));
         bench.settle();
         QVERIFY(bench.held);
         QTimer::singleShot(0, qApp, &QCoreApplication::quit);
@@ -443,13 +436,13 @@ private slots:
         bench.poll();
         bench.poll();
         bench.poll();
-        const auto says = [](const QString& text) {
-            return labelTexts(*settingsSheet()).contains(text);
+        const auto shows = [](const SettingsPresentation& expected) {
+            return labelTexts(*settingsSheet()).contains(expected.thermal);
         };
-        QVERIFY(says(u"Mac temperature: Checking · protection waiting for service"_s));
+        QVERIFY(shows(SettingsPresentation({}, {.online = false})));
         bench.health = accepting;
         bench.poll();
-        QVERIFY(says(u"Mac temperature: Checking · protection on"_s));
+        QVERIFY(shows(SettingsPresentation({}, {.online = true})));
     }
 };
 

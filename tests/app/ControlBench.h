@@ -104,7 +104,48 @@ public:
         qFatal("no dashboard window");
     }
 
-    /// Whether some label of the panel says exactly `text`.
+    /// What the controller knows now.
+    [[nodiscard]] ServiceFacts facts() const {
+        return {
+            .lastHealth = control->lastHealth(),
+            .online = control->online(),
+            .accepting = control->accepting(),
+            .changingPolicy = false,
+            .starting = false,
+            .backendReady = control->backendReady(),
+            .port = port,
+            .hostName = QStringLiteral("bench")};
+    }
+
+    [[nodiscard]] Dashboard connected() const { return connectedDashboard(facts()); }
+    [[nodiscard]] Dashboard reconnecting() const { return reconnectingDashboard(connected()); }
+
+    /// Before the service is known to be stopped, too.
+    [[nodiscard]] Dashboard stopped(bool starting = false) const {
+        ServiceFacts known = facts();
+        known.online = false;
+        known.starting = starting;
+        return disconnectedDashboard(connected(), known);
+    }
+
+    /// Whether the window shows the panel of that dashboard, its controls included.
+    [[nodiscard]] bool shows(const Dashboard& dashboard) const {
+        const CompactPanel panel = compactPanel(dashboard, facts());
+        QStringList texts{
+            panel.compactStatus, panel.compactRack, panel.compactDevices, panel.compactSummary};
+        for (const CompactRow& row : panel.compactRows) {
+            texts.append(row.text);
+        }
+        return std::all_of(
+                   texts.begin(), texts.end(), [](const QString& text) { return shows(text); })
+               && connection() == panel.connection.text && statusDetail() == panel.statusDetail
+               && startButton().text() == panel.compactStart.title
+               && startButton().isEnabled() == panel.compactStart.enabled
+               && toggle().checkState() == panel.compactToggle.state
+               && toggle().isEnabled() == panel.compactToggle.enabled;
+    }
+
+    /// Whether some label of the panel has exactly that text.
     [[nodiscard]] static bool shows(const QString& text) {
         const auto labels = window().findChildren<ElidedLabel*>();
         return std::any_of(labels.begin(), labels.end(), [&](const ElidedLabel* label) {
@@ -126,13 +167,18 @@ public:
 
     [[nodiscard]] static QCheckBox& toggle() { return *window().findChild<QCheckBox*>(); }
 
+    /// The one that starts the service, or pauses or resumes deep jobs.
+    [[nodiscard]] static QPushButton& startButton() {
+        return *window().findChild<QPushButton*>(QStringLiteral("start"));
+    }
+
     [[nodiscard]] static QPushButton* button(const QString& title) {
         for (auto* button : window().findChildren<QPushButton*>()) {
             if (button->text() == title) {
                 return button;
             }
         }
-        return nullptr;
+        qFatal("no such button");
     }
 
     /// The texts of the alerts that are open, with the window that each hangs on.

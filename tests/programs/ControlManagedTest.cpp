@@ -28,9 +28,8 @@ constexpr int patience = 30'000;
 
 QPushButton* startButton() {
     for (QWidget* widget : QApplication::allWidgets()) {
-        auto* button = qobject_cast<QPushButton*>(widget);
-        if (button != nullptr && button->text() == u"Start processing") {
-            return button;
+        if (widget->objectName() == u"start") {
+            return qobject_cast<QPushButton*>(widget);
         }
     }
     return nullptr;

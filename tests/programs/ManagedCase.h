@@ -49,7 +49,7 @@ protected:
 
     ToolResult launchctl(const QStringList& arguments);
     std::optional<ServiceError> failureOf(const QStringList& arguments);
-    /// Presses "Start processing".
+    /// Does what the start button does.
     std::optional<ServiceError> start();
     bool isLoaded();
     bool isRunning();

@@ -1,7 +1,6 @@
 #include "tests/simulation/VirtualTime.h"
 #include "tests/simulation/world/Simulation.h"
 
-#include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -68,8 +67,7 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setEventDispatcher(new VirtualTime);
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
     QApplication::setOrganizationName(u"Halvex"_s);
     QApplication::setApplicationName(u"VeskWorkerControl"_s);
 

@@ -40,8 +40,7 @@ private:
 };
 
 void ContrastCheckTest::initTestCase() {
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
 }
 
 void ContrastCheckTest::texts_data() {

@@ -117,7 +117,7 @@ void LayoutCheckTest::shortenedWrappedLabel() {
 
 void LayoutCheckTest::narrowButton() {
     QWidget window;
-    auto* narrow = put(window, button(u"Start processing"_s, &window, [] {}));
+    auto* narrow = put(window, button(u"Start"_s, &window, [] {}));
     QCOMPARE(faults(window), QStringList());
     narrow->setMinimumSize(1, 1);
     narrow->setGeometry(0, 0, narrow->sizeHint().width() - 1, narrow->height());

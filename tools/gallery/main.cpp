@@ -1,6 +1,5 @@
 #include "tools/gallery/Gallery.h"
 #include "tools/gallery/Screens.h"
-#include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -27,8 +26,7 @@ int main(int argc, char** argv) {
     }
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
 
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     if (!folder.mkpath(QStringLiteral("."))) {

@@ -118,6 +118,7 @@ QWidget* CompactPanelView::makeRackBox() {
 QWidget* CompactPanelView::makeControls() {
     compactStart_ = button(
         QString(), this, [this] { emit startPressed(); }, true);
+    compactStart_->setObjectName(u"start"_s);
     compactToggle_ = checkBox(u"Detailed analysis"_s);
     // Not clicked(): assistive technology switches a check box without a click.
     connect(compactToggle_, &QCheckBox::toggled, this, &CompactPanelView::toggleChanged);

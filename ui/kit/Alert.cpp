@@ -42,7 +42,6 @@ QWidget* messageView(const QString& message) {
 } // namespace
 
 Alert::Alert(const QString& message, QWidget* parent) : ModalDialog(u"Corvala for Mac"_s, parent) {
-    setAttribute(Qt::WA_DeleteOnClose);
     auto* heading = paragraph(u"Corvala for Mac needs attention"_s, 14);
     QFont bold = heading->font();
     bold.setWeight(QFont::Bold);
@@ -65,6 +64,7 @@ Alert::Alert(const QString& message, QWidget* parent) : ModalDialog(u"Corvala fo
     row->layout()->setAlignment(symbol, Qt::AlignTop);
     pin(stack({row, stack({flexibleSpace(), ok}, false)}, true, 16), *this);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
+    setAttribute(Qt::WA_DeleteOnClose);
     ok->setFocus();
 }
 

@@ -2,6 +2,7 @@
 
 #include "ui/kit/Theme.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyleOption>
 #include <QWidget>
@@ -87,6 +88,11 @@ void drawFocusRing(QPainter& painter, const QRectF& around, qreal radius) {
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(around.adjusted(1, 1, -1, -1), radius, radius);
     painter.restore();
+}
+
+void applyTheme() {
+    QApplication::setStyle(new ThemeStyle);
+    QApplication::setPalette(Theme::palette());
 }
 
 ThemeStyle::ThemeStyle() : QProxyStyle(u"Fusion"_s) {}

@@ -28,6 +28,9 @@ public:
         QStyleHintReturn* returned) const override;
 };
 
+/// Gives the application the theme's style and colours.
+void applyTheme();
+
 /// Marks a push button as the one that matters on its screen.
 inline constexpr auto primaryProperty = "veskPrimary";
 

@@ -88,6 +88,12 @@ void SetupWizard::layOut() {
         action->setAutoDefault(true);
     }
     next_->setDefault(true);
+    startCheck_->setObjectName(u"startCheck"_s);
+    deep_->setObjectName(u"deep"_s);
+    login_->setObjectName(u"login"_s);
+    skip_->setObjectName(u"skip"_s);
+    back_->setObjectName(u"back"_s);
+    next_->setObjectName(u"next"_s);
 }
 
 SetupPlace SetupWizard::place() const {

@@ -1,7 +1,6 @@
 #include "ui/kit/ElidedLabel.h"
 #include "tests/TestProgram.h"
-#include "tests/ui/kit/LayoutCounter.h"
-#include "tests/ui/kit/PaintCounter.h"
+#include "tests/ui/kit/EventCounter.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -344,18 +343,18 @@ void ElidedLabelTest::sameTextRepaintsNothing() {
     label.show();
     QVERIFY(QTest::qWaitForWindowExposed(&label));
     QCoreApplication::processEvents();
-    const PaintCounter counter(label);
+    const EventCounter counter(label, {QEvent::Paint});
 
     label.setText(sentence);
     label.setNote(u"note"_s);
     label.setColor(Qt::red);
     QCoreApplication::processEvents();
-    QCOMPARE(counter.paints(), 0);
+    QCOMPARE(counter.count(), 0);
 
     label.setColor(Qt::blue);
-    QTRY_COMPARE(counter.paints(), 1);
+    QTRY_COMPARE(counter.count(), 1);
     label.setText(u"other"_s);
-    QTRY_COMPARE(counter.paints(), 2);
+    QTRY_COMPARE(counter.count(), 2);
 }
 
 void ElidedLabelTest::changeThatIsNotSeenRepaintsNothing() {
@@ -365,10 +364,10 @@ void ElidedLabelTest::changeThatIsNotSeenRepaintsNothing() {
     QVERIFY(QTest::qWaitForWindowExposed(&label));
     label.resize(100, 20);
     QCoreApplication::processEvents();
-    const PaintCounter counter(label);
+    const EventCounter counter(label, {QEvent::Paint});
     label.setText(sentence + u" and more"_s);
     QCoreApplication::processEvents();
-    QCOMPARE(counter.paints(), 0);
+    QCOMPARE(counter.count(), 0);
     QCOMPARE(label.toolTipText(), sentence + u" and more"_s);
 }
 
@@ -378,9 +377,9 @@ void ElidedLabelTest::changedEndRepaintsTheEnd() {
     label.show();
     QVERIFY(QTest::qWaitForWindowExposed(&label));
     QCoreApplication::processEvents();
-    const PaintCounter counter(label);
+    const EventCounter counter(label, {QEvent::Paint});
     label.setText(u"BAY 1  ●  visual AI  ·  35%"_s);
-    QTRY_COMPARE(counter.paints(), 1);
+    QTRY_COMPARE(counter.count(), 1);
     const QRect painted = counter.lastPainted();
     const int same = label.fontMetrics().horizontalAdvance(u"BAY 1  ●  visual AI  ·  3"_s);
     const int joined = label.fontMetrics().horizontalAdvance(u"BAY 1  ●  visual AI "_s);
@@ -395,25 +394,25 @@ void ElidedLabelTest::changedTextRepaintsItselfAlone() {
     Column column;
     column.changing->fillWidth();
     column.settle();
-    const PaintCounter own(*column.changing);
-    const PaintCounter other(*column.still);
-    const LayoutCounter layouts(column.window);
+    const EventCounter own(*column.changing, {QEvent::Paint});
+    const EventCounter other(*column.still, {QEvent::Paint});
+    const EventCounter layouts(column.window, {QEvent::LayoutRequest});
     for (const QString& text : {u"x"_s, sentence, u"\u4e2d"_s}) {
         column.changing->setText(text);
         QCoreApplication::processEvents();
     }
-    QCOMPARE(own.paints(), 3);
-    QCOMPARE(other.paints(), 0);
-    QCOMPARE(layouts.requests(), 0);
+    QCOMPARE(own.count(), 3);
+    QCOMPARE(other.count(), 0);
+    QCOMPARE(layouts.count(), 0);
     QCOMPARE(column.changing->width(), column.window.width());
 }
 
 void ElidedLabelTest::withoutFillingTheWidthItTakesThatOfItsText() {
     Column column;
     column.settle();
-    const LayoutCounter layouts(column.window);
+    const EventCounter layouts(column.window, {QEvent::LayoutRequest});
     column.changing->setText(sentence);
-    QTRY_VERIFY(layouts.requests() > 0);
+    QTRY_VERIFY(layouts.count() > 0);
     QCOMPARE(column.window.sizeHint().width(), column.changing->sizeHint().width());
 }
 

@@ -1,6 +1,6 @@
 #include "ui/kit/Meter.h"
 #include "tests/TestProgram.h"
-#include "tests/ui/kit/PaintCounter.h"
+#include "tests/ui/kit/EventCounter.h"
 #include "tools/gallery/Contrast.h"
 #include "ui/kit/Theme.h"
 
@@ -132,15 +132,15 @@ void MeterTest::sameValueRepaintsNothing() {
     meter.show();
     QVERIFY(QTest::qWaitForWindowExposed(&meter));
     QCoreApplication::processEvents();
-    const PaintCounter counter(meter);
+    const EventCounter counter(meter, {QEvent::Paint});
     meter.setValue(0.5);
     meter.setLive(true);
     QCoreApplication::processEvents();
-    QCOMPARE(counter.paints(), 0);
+    QCOMPARE(counter.count(), 0);
     meter.setValue(0.6);
-    QTRY_COMPARE(counter.paints(), 1);
+    QTRY_COMPARE(counter.count(), 1);
     meter.setLive(false);
-    QTRY_COMPARE(counter.paints(), 2);
+    QTRY_COMPARE(counter.count(), 2);
 }
 
 } // namespace vesk

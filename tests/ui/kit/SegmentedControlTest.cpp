@@ -65,8 +65,7 @@ private:
 };
 
 void SegmentedControlTest::initTestCase() {
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
 }
 
 void SegmentedControlTest::init() {

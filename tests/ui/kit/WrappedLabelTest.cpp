@@ -1,8 +1,7 @@
 #include "ui/kit/WrappedLabel.h"
 #include "tests/TestProgram.h"
 
-#include "tests/ui/kit/LayoutCounter.h"
-#include "tests/ui/kit/PaintCounter.h"
+#include "tests/ui/kit/EventCounter.h"
 #include "ui/kit/ElidedLabel.h"
 
 #include <QAccessible>
@@ -179,16 +178,16 @@ void WrappedLabelTest::textOfTheSameHeightLeavesTheLayoutAlone() {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCoreApplication::processEvents();
-    const LayoutCounter layouts(window);
-    const PaintCounter paints(*label);
+    const EventCounter layouts(window, {QEvent::LayoutRequest});
+    const EventCounter paints(*label, {QEvent::Paint});
     label->setText(u"two"_s);
-    QTRY_COMPARE(paints.paints(), 1);
+    QTRY_COMPARE(paints.count(), 1);
     label->setText(u"two"_s);
     QCoreApplication::processEvents();
-    QCOMPARE(paints.paints(), 1);
-    QCOMPARE(layouts.requests(), 0);
+    QCOMPARE(paints.count(), 1);
+    QCOMPARE(layouts.count(), 0);
     label->setText(u"one\ntwo"_s);
-    QTRY_VERIFY(layouts.requests() > 0);
+    QTRY_VERIFY(layouts.count() > 0);
 }
 
 } // namespace vesk

@@ -7,6 +7,7 @@
 #include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 #include "ui/settings/SettingsController.h"
+#include "ui/texts/SettingsPresentation.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -27,7 +28,11 @@ public:
     [[nodiscard]] const HealthDocument& lastHealth() const override { return document; }
     void setPerformanceMode(const QString& mode, std::function<void(bool)> completion) override {
         asked.append(mode);
-        pending = std::move(completion);
+        if (answerAtOnce) {
+            completion(*answerAtOnce);
+        } else {
+            pending = std::move(completion);
+        }
     }
     void showError(const QString& message) override { errors.append(message); }
 
@@ -40,6 +45,7 @@ public:
     HealthDocument document;
     QStringList asked;
     QStringList errors;
+    std::optional<bool> answerAtOnce; ///< empty where answer() gives it
     std::function<void(bool)> pending;
 };
 
@@ -88,26 +94,21 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(&sheetWindow()));
     }
 
-    FakeController control_;
+    std::unique_ptr<FakeController> control_;
     std::unique_ptr<QWidget> parent_;
     std::unique_ptr<PerformanceSettings> settings_;
 };
 
 void PerformanceSettingsTest::initTestCase() {
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
 void PerformanceSettingsTest::init() {
-    control_.isOnline = true;
-    control_.document = {};
-    control_.asked.clear();
-    control_.errors.clear();
-    control_.pending = nullptr;
+    control_ = std::make_unique<FakeController>();
     parent_ = std::make_unique<QWidget>();
     parent_->show();
-    settings_ = std::make_unique<PerformanceSettings>(control_, parent_.get());
+    settings_ = std::make_unique<PerformanceSettings>(*control_, parent_.get());
 }
 
 void PerformanceSettingsTest::cleanup() {
@@ -126,19 +127,20 @@ void PerformanceSettingsTest::sheet() {
 
 void PerformanceSettingsTest::texts() {
     open();
+    const SettingsPresentation unknown({}, {.online = true});
     const QStringList expected{
-        u"Processing settings"_s, u"Mac temperature: Checking · protection on"_s,
-        u"Using 0% duty · 0/3 lanes · Waiting for processing service"_s,
+        u"Processing settings"_s, unknown.thermal, unknown.performance,
         u"Temperature protection stays active in every mode. Automatic adjusts to Mac activity; quiet uses one gentle lane; faster uses more spare capacity only while the Mac is cool and idle."_s};
     QCOMPARE(labelTexts(sheetWindow()), expected);
     for (const auto& name : {u"Automatic"_s, u"Cool & quiet"_s, u"Faster when idle"_s, u"Done"_s}) {
         QVERIFY2(buttonNamed(sheetWindow(), name) != nullptr, qPrintable(name));
     }
-    control_.document = healthOf(R"({"activity_policy":{"thermal_state":"Fair",
+    control_->document = healthOf(R"({"activity_policy":{"thermal_state":"Fair",
         "reason":"<b>In use</b>","effective_duty_percent":15,"effective_workers":1}})");
     settings_->refresh();
-    QCOMPARE(labelTexts(sheetWindow()).at(1), u"Mac temperature: Fair · protection on"_s);
-    QCOMPARE(labelTexts(sheetWindow()).at(2), u"Using 15% duty · 1/3 lanes · <b>In use</b>"_s);
+    const SettingsPresentation known(control_->document, {.online = true});
+    QVERIFY(known.performance.contains(u"<b>In use</b>"));
+    QCOMPARE(labelTexts(sheetWindow()).mid(1, 2), QStringList({known.thermal, known.performance}));
     for (const auto* label : sheetWindow().findChildren<QLabel*>()) {
         QCOMPARE(label->textFormat(), Qt::PlainText);
     }
@@ -170,26 +172,24 @@ void PerformanceSettingsTest::looks() {
 }
 
 void PerformanceSettingsTest::opensOnTheServicesMode() {
-    control_.confirmMode(u"faster"_s);
+    control_->confirmMode(u"faster"_s);
     open();
     QCOMPARE(mode().selectedIndex(), 2);
-    control_.confirmMode(u"quiet"_s);
+    control_->confirmMode(u"quiet"_s);
     settings_->refresh();
     QCOMPARE(mode().selectedIndex(), 1);
-    QCOMPARE(control_.asked, QStringList());
+    QCOMPARE(control_->asked, QStringList());
 }
 
 void PerformanceSettingsTest::offline() {
-    control_.isOnline = false;
+    control_->isOnline = false;
     open();
     QVERIFY(!mode().isEnabled());
     QCOMPARE(sheetWindow().focusWidget(), &button(u"Done"_s));
+    const SettingsPresentation offline({}, {.online = false});
     QCOMPARE(
-        labelTexts(sheetWindow()).mid(1, 2),
-        QStringList(
-            {u"Mac temperature: Checking · protection waiting for service"_s,
-             u"Waiting for processing service"_s}));
-    control_.isOnline = true;
+        labelTexts(sheetWindow()).mid(1, 2), QStringList({offline.thermal, offline.performance}));
+    control_->isOnline = true;
     settings_->refresh();
     QVERIFY(mode().isEnabled());
 }
@@ -209,44 +209,44 @@ void PerformanceSettingsTest::everyMode() {
     QFETCH(const QString, from);
     QFETCH(const QString, title);
     QFETCH(const QString, mode);
-    control_.confirmMode(from);
+    control_->confirmMode(from);
     open();
     QTest::mouseClick(&button(title), Qt::LeftButton);
-    QCOMPARE(control_.asked, QStringList(mode));
+    QCOMPARE(control_->asked, QStringList(mode));
     QVERIFY(!this->mode().isEnabled());
-    control_.confirmMode(mode);
-    control_.answer(true);
+    control_->confirmMode(mode);
+    control_->answer(true);
     QVERIFY(this->mode().isEnabled());
     QVERIFY(button(title).isChecked());
-    QCOMPARE(control_.errors, QStringList());
+    QCOMPARE(control_->errors, QStringList());
 }
 
 void PerformanceSettingsTest::accessibleToggleSends() {
     open();
     toggleAccessibly(button(u"Faster when idle"_s));
-    QCOMPARE(control_.asked, QStringList(u"faster"_s));
+    QCOMPARE(control_->asked, QStringList(u"faster"_s));
     QCOMPARE(mode().selectedIndex(), 2);
     toggleAccessibly(button(u"Cool & quiet"_s));
-    QCOMPARE(control_.asked, QStringList(u"faster"_s));
+    QCOMPARE(control_->asked, QStringList(u"faster"_s));
 }
 
 void PerformanceSettingsTest::keyboardSendsAndKeepsTheKeyboard() {
     open();
     QCOMPARE(sheetWindow().focusWidget(), &button(u"Automatic"_s));
     QTest::keyClick(sheetWindow().focusWidget(), Qt::Key_Right);
-    QCOMPARE(control_.asked, QStringList(u"quiet"_s));
-    control_.confirmMode(u"quiet"_s);
-    control_.answer(true);
+    QCOMPARE(control_->asked, QStringList(u"quiet"_s));
+    control_->confirmMode(u"quiet"_s);
+    control_->answer(true);
     QCOMPARE(sheetWindow().focusWidget(), &button(u"Cool & quiet"_s));
     QTest::keyClick(sheetWindow().focusWidget(), Qt::Key_Right);
-    QCOMPARE(control_.asked, QStringList({u"quiet"_s, u"faster"_s}));
+    QCOMPARE(control_->asked, QStringList({u"quiet"_s, u"faster"_s}));
 }
 
 void PerformanceSettingsTest::choiceIsLeftAloneWhileChanging() {
     open();
     QTest::mouseClick(&button(u"Faster when idle"_s), Qt::LeftButton);
     // A health answer from before the change arrives meanwhile.
-    control_.confirmMode(u"quiet"_s);
+    control_->confirmMode(u"quiet"_s);
     settings_->refresh();
     QCOMPARE(mode().selectedIndex(), 2);
     QVERIFY(!mode().isEnabled());
@@ -254,72 +254,61 @@ void PerformanceSettingsTest::choiceIsLeftAloneWhileChanging() {
     open();
     QCOMPARE(mode().selectedIndex(), 2);
     QVERIFY(!mode().isEnabled());
-    control_.answer(true);
+    control_->answer(true);
     QCOMPARE(mode().selectedIndex(), 1);
     QVERIFY(mode().isEnabled());
 }
 
 void PerformanceSettingsTest::failedSave() {
-    control_.confirmMode(u"quiet"_s);
+    control_->confirmMode(u"quiet"_s);
     open();
     QTest::mouseClick(&button(u"Faster when idle"_s), Qt::LeftButton);
     QCOMPARE(mode().selectedIndex(), 2);
-    control_.answer(false);
+    control_->answer(false);
     QCOMPARE(mode().selectedIndex(), 1);
     QVERIFY(mode().isEnabled());
-    QCOMPARE(control_.errors, QStringList(saveFailed));
+    QCOMPARE(control_->errors, QStringList(saveFailed));
     QTest::mouseClick(&button(u"Faster when idle"_s), Qt::LeftButton);
-    QCOMPARE(control_.asked, QStringList({u"faster"_s, u"faster"_s}));
+    QCOMPARE(control_->asked, QStringList({u"faster"_s, u"faster"_s}));
 }
 
 void PerformanceSettingsTest::goneOfflineJustBeforeThePick() {
-    control_.confirmMode(u"quiet"_s);
+    control_->confirmMode(u"quiet"_s);
     open();
-    control_.isOnline = false;
+    control_->isOnline = false;
     QTest::mouseClick(&button(u"Faster when idle"_s), Qt::LeftButton);
-    QCOMPARE(control_.asked, QStringList());
+    QCOMPARE(control_->asked, QStringList());
     QCOMPARE(mode().selectedIndex(), 1);
     QVERIFY(!mode().isEnabled());
-    QCOMPARE(control_.errors, QStringList());
+    QCOMPARE(control_->errors, QStringList());
 }
 
 void PerformanceSettingsTest::goneOfflineWhileChanging() {
     open();
     QTest::mouseClick(&button(u"Cool & quiet"_s), Qt::LeftButton);
-    control_.isOnline = false;
+    control_->isOnline = false;
     settings_->refresh();
-    control_.answer(false);
+    control_->answer(false);
     QCOMPARE(mode().selectedIndex(), 0);
     QVERIFY(!mode().isEnabled());
-    QCOMPARE(control_.errors, QStringList(saveFailed));
+    QCOMPARE(control_->errors, QStringList(saveFailed));
 }
 
 void PerformanceSettingsTest::answerAtOnce() {
-    class Refusing final : public SettingsController {
-    public:
-        [[nodiscard]] bool online() const override { return true; }
-        [[nodiscard]] const HealthDocument& lastHealth() const override { return document; }
-        void setPerformanceMode(const QString&, std::function<void(bool)> completion) override {
-            completion(false);
-        }
-        void showError(const QString& message) override { errors.append(message); }
-        HealthDocument document;
-        QStringList errors;
-    } refusing;
-    PerformanceSettings settings(refusing, parent_.get());
-    settings.open();
-    QTest::mouseClick(buttonNamed(*settings.window(), u"Cool & quiet"_s), Qt::LeftButton);
-    QCOMPARE(refusing.errors, QStringList(saveFailed));
-    QVERIFY(buttonNamed(*settings.window(), u"Automatic"_s)->isChecked());
-    QVERIFY(buttonNamed(*settings.window(), u"Automatic"_s)->isEnabled());
+    control_->answerAtOnce = false;
+    open();
+    QTest::mouseClick(&button(u"Cool & quiet"_s), Qt::LeftButton);
+    QCOMPARE(control_->errors, QStringList(saveFailed));
+    QVERIFY(button(u"Automatic"_s).isChecked());
+    QVERIFY(button(u"Automatic"_s).isEnabled());
 }
 
 void PerformanceSettingsTest::answerAfterItsEnd() {
     open();
     QTest::mouseClick(&button(u"Cool & quiet"_s), Qt::LeftButton);
     settings_.reset();
-    control_.answer(false);
-    QCOMPARE(control_.errors, QStringList());
+    control_->answer(false);
+    QCOMPARE(control_->errors, QStringList());
 }
 
 void PerformanceSettingsTest::everyWayToCloseIsTheSame_data() {
@@ -353,14 +342,14 @@ void PerformanceSettingsTest::everyWayToCloseIsTheSame() {
         QVERIFY(parent_->isVisible());
         QCOMPARE(QApplication::activeModalWidget(), nullptr);
     }
-    QCOMPARE(control_.asked, QStringList());
+    QCOMPARE(control_->asked, QStringList());
 }
 
 void PerformanceSettingsTest::returnKeyIsDone() {
     open();
     QTest::keyClick(sheetWindow().focusWidget(), Qt::Key_Return);
     QVERIFY(sheetWindow().isHidden());
-    QCOMPARE(control_.asked, QStringList());
+    QCOMPARE(control_->asked, QStringList());
 }
 
 void PerformanceSettingsTest::goesWithItsWindow() {

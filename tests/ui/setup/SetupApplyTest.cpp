@@ -4,7 +4,6 @@
 #include "tests/ui/kit/Widgets.h"
 #include "tests/ui/setup/FakeSetupController.h"
 #include "ui/kit/Alert.h"
-#include "ui/kit/Theme.h"
 #include "ui/kit/ThemeStyle.h"
 
 #include <QApplication>
@@ -25,9 +24,6 @@ namespace {
 const QString notReady =
     u"The worker did not become ready. Check the existing Python runtime and launch configuration, then retry."_s;
 
-const QString deepTitle = u"Allow detailed photo, video and audio analysis"_s;
-const QString loginTitle = u"Start processing automatically when I log in"_s;
-
 constexpr auto tick = 5ms;
 
 /// Waits for as long as `count` ticks of an apply take.
@@ -41,7 +37,7 @@ bool letPass(int count) {
 
 } // namespace
 
-class SetupApplyTest : public QObject {
+class SetupApplyTest : public QObject, SetupBench {
     Q_OBJECT
 
 private slots:
@@ -77,11 +73,6 @@ private slots:
 
 private:
     void openOnLastPage(bool online);
-    [[nodiscard]] QWidget& window() const { return *control_->wizard->window(); }
-    [[nodiscard]] QAbstractButton& button(const QString& name) const {
-        return *buttonNamed(window(), name);
-    }
-    void press(const QString& name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
     /// On the sheet, with the keyboard.
     [[nodiscard]] Alert* openAlert(const QString& message) const {
         auto* alert = new Alert(message, &window());
@@ -90,29 +81,24 @@ private:
             QTest::qWaitFor([alert] { return QApplication::activeWindow() == alert; });
         return active ? alert : nullptr;
     }
-    [[nodiscard]] bool applying() const { return buttonNamed(window(), u"Applying…"_s) != nullptr; }
+    [[nodiscard]] bool applying() const {
+        const SetupPlace place{.step = lastSetupStep, .applying = true};
+        return button(u"next"_s).text() == setupNextTitle(place);
+    }
     void expectReady();
-
-    std::unique_ptr<FakeSetupController> control_;
-    std::unique_ptr<QWidget> parent_;
 };
 
 void SetupApplyTest::initTestCase() {
-    QApplication::setStyle(new ThemeStyle);
-    QApplication::setPalette(Theme::palette());
+    applyTheme();
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
 void SetupApplyTest::init() {
-    control_ = std::make_unique<FakeSetupController>();
-    parent_ = std::make_unique<QWidget>();
-    parent_->show();
+    begin();
 }
 
 void SetupApplyTest::cleanup() {
-    control_.reset();
-    parent_.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    end();
 }
 
 void SetupApplyTest::openOnLastPage(bool online) {
@@ -120,16 +106,14 @@ void SetupApplyTest::openOnLastPage(bool online) {
     control_->wizard = std::make_unique<SetupWizard>(*control_, parent_.get(), tick);
     control_->wizard->open();
     QVERIFY(QTest::qWaitForWindowActive(&window()));
-    for (int step = 0; step < 3; ++step) {
-        press(u"Continue"_s);
-    }
+    goTo(lastSetupStep);
 }
 
 void SetupApplyTest::expectReady() {
     QVERIFY(!applying());
-    QVERIFY(button(u"Apply & finish"_s).isEnabled());
-    QVERIFY(button(u"Back"_s).isEnabled());
-    QCOMPARE(window().focusWidget(), &button(u"Apply & finish"_s));
+    QVERIFY(button(u"next"_s).isEnabled());
+    QVERIFY(button(u"back"_s).isEnabled());
+    QCOMPARE(window().focusWidget(), &button(u"next"_s));
     QVERIFY(window().isVisible());
 }
 
@@ -148,12 +132,12 @@ void SetupApplyTest::sendsBothChoices() {
     QFETCH(const bool, login);
     openOnLastPage(true);
     if (!deep) {
-        press(deepTitle);
+        press(u"deep"_s);
     }
     if (login) {
-        press(loginTitle);
+        press(u"login"_s);
     }
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QCOMPARE(
         control_->asked,
         QStringList({login ? u"login on"_s : u"login off"_s, deep ? u"deep on"_s : u"deep off"_s}));
@@ -162,7 +146,7 @@ void SetupApplyTest::sendsBothChoices() {
 void SetupApplyTest::loginFails() {
     control_->loginFailure = u"The worker launch configuration is missing or invalid."_s;
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QCOMPARE(control_->errors, QStringList(*control_->loginFailure));
     QCOMPARE(control_->asked, QStringList(u"login off"_s));
     expectReady();
@@ -171,11 +155,11 @@ void SetupApplyTest::loginFails() {
 void SetupApplyTest::onlineAppliesAtOnce() {
     openOnLastPage(true);
     QPointer<QWidget> sheet(&window());
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"deep on"_s}));
     QVERIFY(applying());
-    QVERIFY(!button(u"Applying…"_s).isEnabled());
-    QVERIFY(!button(u"Back"_s).isEnabled());
+    QVERIFY(!button(u"next"_s).isEnabled());
+    QVERIFY(!button(u"back"_s).isEnabled());
     control_->answerDeep(true);
     QCOMPARE(
         control_->asked, QStringList({u"login off"_s, u"deep on"_s, u"completed"_s, u"closed"_s}));
@@ -186,71 +170,49 @@ void SetupApplyTest::onlineAppliesAtOnce() {
 
 void SetupApplyTest::secondPressIsIgnored() {
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
-    press(u"Applying…"_s);
-    button(u"Applying…"_s).setEnabled(true);
-    button(u"Applying…"_s).click();
+    press(u"next"_s);
+    press(u"next"_s);
+    button(u"next"_s).setEnabled(true);
+    button(u"next"_s).click();
     QTest::keyClick(&window(), Qt::Key_Return);
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"deep on"_s}));
 }
 
 void SetupApplyTest::nothingElseWorksMeanwhile() {
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     const auto asked = control_->asked;
-    press(u"Skip setup"_s);
+    press(u"skip"_s);
     QTest::keyClick(&window(), Qt::Key_Escape);
     QVERIFY(!window().close());
-    button(u"Back"_s).setEnabled(true);
-    button(u"Back"_s).click();
+    button(u"back"_s).setEnabled(true);
+    button(u"back"_s).click();
     QVERIFY(window().isVisible());
     QVERIFY(applying());
-    QCOMPARE(labelTexts(window()).first(), u"HALVEX  /  STEP 4 OF 4"_s);
+    QCOMPARE(step(), lastSetupStep);
     QCOMPARE(control_->asked, asked);
 }
 
 void SetupApplyTest::refusedGoesBack() {
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     control_->answerDeep(false);
     expectReady();
     QCOMPARE(control_->errors, QStringList());
-    press(u"Skip setup"_s);
+    press(u"skip"_s);
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"deep on"_s, u"closed"_s}));
 }
 
 void SetupApplyTest::refusedAtOnce() {
-    class Refusing final : public SetupController {
-    public:
-        [[nodiscard]] bool online() const override { return true; }
-        [[nodiscard]] bool accepting() const override { return true; }
-        [[nodiscard]] const HealthDocument& lastHealth() const override { return document; }
-        [[nodiscard]] std::optional<bool> backendReady() const override { return {}; }
-        [[nodiscard]] qint64 port() const override { return 1; }
-        [[nodiscard]] bool startsAtLogin() const override { return false; }
-        [[nodiscard]] std::optional<QString> configureLogin(bool) override { return {}; }
-        void setDeep(bool, std::function<void(bool)> completion) override { completion(answer); }
-        void startService(std::function<void()>) override {}
-        void showError(const QString&) override {}
-        void setupCompleted() override { ++completed; }
-        void setupClosed() override { ++closed; }
-        HealthDocument document;
-        bool answer = false;
-        int completed = 0;
-        int closed = 0;
-    } control;
-    SetupWizard wizard(control, parent_.get());
-    wizard.open();
-    for (int step = 0; step < 3; ++step) {
-        buttonNamed(*wizard.window(), u"Continue"_s)->click();
-    }
-    buttonNamed(*wizard.window(), u"Apply & finish"_s)->click();
-    QVERIFY(buttonNamed(*wizard.window(), u"Apply & finish"_s)->isEnabled());
-    QCOMPARE(control.closed, 0);
-    control.answer = true;
-    buttonNamed(*wizard.window(), u"Apply & finish"_s)->click();
-    QCOMPARE(control.completed, 1);
-    QCOMPARE(control.closed, 1);
+    openOnLastPage(true);
+    control_->deepAnswer = false;
+    press(u"next"_s);
+    expectReady();
+    control_->deepAnswer = true;
+    press(u"next"_s);
+    QCOMPARE(
+        control_->asked.mid(control_->asked.size() - 2),
+        QStringList({u"completed"_s, u"closed"_s}));
 }
 
 void SetupApplyTest::waitsForTheService_data() {
@@ -266,7 +228,7 @@ void SetupApplyTest::waitsForTheService() {
     control_->onlineAsked = 0;
     // Asked once by the press, then at each tick.
     control_->onlineFromQuestion = 1 + ticks;
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s}));
     QVERIFY(applying());
     QTRY_COMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s, u"deep on"_s}));
@@ -281,7 +243,7 @@ void SetupApplyTest::waitsForTheService() {
 
 void SetupApplyTest::theStartsOwnEndSettlesNothing() {
     openOnLastPage(false);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     control_->isOnline = true;
     control_->started();
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s}));
@@ -291,7 +253,7 @@ void SetupApplyTest::theStartsOwnEndSettlesNothing() {
 void SetupApplyTest::serviceNeverComes() {
     openOnLastPage(false);
     control_->onlineAsked = 0;
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QTRY_COMPARE(control_->errors, QStringList(notReady));
     QCOMPARE(control_->onlineAsked, 1 + 20);
     expectReady();
@@ -302,10 +264,10 @@ void SetupApplyTest::serviceNeverComes() {
 
 void SetupApplyTest::retryCountsAfresh() {
     openOnLastPage(false);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QTRY_COMPARE(control_->errors.size(), 1);
     control_->onlineAsked = 0;
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QVERIFY(applying());
     QTRY_COMPARE(control_->errors.size(), 2);
     QCOMPARE(control_->onlineAsked, 1 + 20);
@@ -322,9 +284,9 @@ void SetupApplyTest::whatWasChosenAtThePressIsPosted_data() {
 void SetupApplyTest::whatWasChosenAtThePressIsPosted() {
     QFETCH(const bool, deep);
     openOnLastPage(false);
-    auto& box = static_cast<QCheckBox&>(button(deepTitle));
+    auto& box = static_cast<QCheckBox&>(button(u"deep"_s));
     box.setChecked(deep);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     // Whatever gets at the box meanwhile.
     box.setChecked(!deep);
     control_->isOnline = true;
@@ -335,36 +297,36 @@ void SetupApplyTest::whatWasChosenAtThePressIsPosted() {
 
 void SetupApplyTest::nothingCanBeChangedWhileApplying() {
     openOnLastPage(false);
-    press(u"Apply & finish"_s);
-    for (const QString& title : {deepTitle, loginTitle, u"Skip setup"_s, u"Back"_s}) {
+    press(u"next"_s);
+    for (const QString& title : {u"deep"_s, u"login"_s, u"skip"_s, u"back"_s}) {
         QVERIFY2(!button(title).isEnabled(), qPrintable(title));
     }
-    toggleAccessibly(button(deepTitle));
-    press(deepTitle);
-    press(loginTitle);
-    QVERIFY(button(deepTitle).isChecked());
-    QVERIFY(!button(loginTitle).isChecked());
+    toggleAccessibly(button(u"deep"_s));
+    press(u"deep"_s);
+    press(u"login"_s);
+    QVERIFY(button(u"deep"_s).isChecked());
+    QVERIFY(!button(u"login"_s).isChecked());
     QTRY_COMPARE(control_->errors, QStringList(notReady));
-    for (const QString& title : {deepTitle, loginTitle, u"Skip setup"_s, u"Back"_s}) {
+    for (const QString& title : {u"deep"_s, u"login"_s, u"skip"_s, u"back"_s}) {
         QVERIFY2(button(title).isEnabled(), qPrintable(title));
     }
 }
 
 void SetupApplyTest::aSecondSpaceChangesNothing() {
     openOnLastPage(false);
-    button(u"Apply & finish"_s).setFocus();
+    button(u"next"_s).setFocus();
     for (int times = 0; times < 2; ++times) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     }
     QVERIFY(applying());
-    QVERIFY(button(deepTitle).isChecked());
+    QVERIFY(button(u"deep"_s).isChecked());
     control_->isOnline = true;
     QTRY_COMPARE(control_->asked, QStringList({u"login off"_s, u"start"_s, u"deep on"_s}));
 }
 
 void SetupApplyTest::noControlTakesTheKeyboardWhileApplying() {
     openOnLastPage(false);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     QCOMPARE(QApplication::focusWidget(), &window());
     QTest::keyClick(&window(), Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget(), &window());
@@ -379,13 +341,13 @@ void SetupApplyTest::noControlTakesTheKeyboardWhileApplying() {
 void SetupApplyTest::keyboardComesBackToTheButton() {
     openOnLastPage(true);
     // The return key presses the button from anywhere on the page.
-    button(loginTitle).setFocus();
-    QTest::keyClick(&button(loginTitle), Qt::Key_Return);
+    button(u"login"_s).setFocus();
+    QTest::keyClick(&button(u"login"_s), Qt::Key_Return);
     QVERIFY(applying());
     control_->answerDeep(false);
     expectReady();
     // It does not leave a control that never had to give it up.
-    button(loginTitle).clearFocus();
+    button(u"login"_s).clearFocus();
     window().setFocus();
     QTest::keyClick(&window(), Qt::Key_Return);
     QVERIFY(applying());
@@ -403,7 +365,7 @@ void SetupApplyTest::anAlertOverTheSheetOutlivesIt() {
     QFETCH(const bool, deletedAtOnce);
     control_->keepUntilLater = !deletedAtOnce;
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     const QPointer<QWidget> sheet(&window());
     const QPointer<Alert> alert(openAlert(u"Not read yet"_s));
     control_->answerDeep(true);
@@ -423,7 +385,7 @@ void SetupApplyTest::anAlertOverTheSheetOutlivesIt() {
 
 void SetupApplyTest::twoAlertsOverTheSheetAreDismissedOneByOne() {
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     const QPointer<Alert> first(openAlert(u"First"_s));
     const QPointer<Alert> second(openAlert(u"Second"_s));
     const QPointer<QWidget> sheet(&window());
@@ -441,7 +403,7 @@ void SetupApplyTest::twoAlertsOverTheSheetAreDismissedOneByOne() {
 
 void SetupApplyTest::answerAfterTheEnd() {
     openOnLastPage(true);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     control_->wizard.reset();
     control_->answerDeep(true);
     QCOMPARE(control_->asked, QStringList({u"login off"_s, u"deep on"_s}));
@@ -449,7 +411,7 @@ void SetupApplyTest::answerAfterTheEnd() {
 
 void SetupApplyTest::endsWhileWaiting() {
     openOnLastPage(false);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
     control_->wizard.reset();
     control_->isOnline = true;
     QVERIFY(letPass(5));
@@ -461,12 +423,12 @@ void SetupApplyTest::lateRenderKeepsTheTitle() {
     control_->wizard =
         std::make_unique<SetupWizard>(*control_, parent_.get(), std::chrono::minutes(1));
     control_->wizard->open();
-    press(u"Continue"_s);
-    press(u"Start processing & check"_s);
+    press(u"next"_s);
+    press(u"startCheck"_s);
     auto started = std::exchange(control_->startCompletion, nullptr);
-    press(u"Continue"_s);
-    press(u"Continue"_s);
-    press(u"Apply & finish"_s);
+    press(u"next"_s);
+    press(u"next"_s);
+    press(u"next"_s);
     started();
     QVERIFY(applying());
 }

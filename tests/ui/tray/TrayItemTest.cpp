@@ -84,7 +84,7 @@ Dashboard dashboardOf(const QString& state, const ButtonFace& action, const QStr
     dashboard.trayState = state;
     dashboard.trayAction = action;
     dashboard.trayTitle = title;
-    dashboard.trayToolTip = u"Corvala for Mac · "_s + state;
+    dashboard.trayToolTip = u"tip: "_s + state;
     return dashboard;
 }
 
@@ -122,10 +122,10 @@ void TrayItemTest::menuBeforeTheFirstAnswer() {
     for (const bool present : {true, false}) {
         const auto [item, host] = itemOn(present);
         QCOMPARE(
-            textsOf(item->menu()),
-            (QStringList{
-                u"Checking processing…"_s, u"-"_s, u"Open Corvala for Mac"_s, u"Start processing"_s,
-                u"Setup…"_s, u"-"_s, u"Quit dashboard (worker keeps running)"_s}));
+            textsOf(item->menu()), (QStringList{
+                                       Dashboard().trayState, u"-"_s, u"Open Corvala for Mac"_s,
+                                       Dashboard().trayAction.title, u"Setup…"_s, u"-"_s,
+                                       u"Quit dashboard (worker keeps running)"_s}));
         QVERIFY(!entry(*item, 0)->isEnabled());
         for (const int index : {2, 3, 4, 6}) {
             QVERIFY(entry(*item, index)->isEnabled());
@@ -152,9 +152,9 @@ void TrayItemTest::menuFollowsTheDashboard() {
             QVERIFY(entry(*tray, index)->isEnabled());
         }
     };
-    showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, true}, u" 2"_s));
-    showsAs(dashboardOf(u"2 processors working"_s, {u"Pause deep jobs"_s, false}, u" 2"_s));
-    showsAs(dashboardOf(u"Processing service stopped"_s, {u"Start processing"_s, true}, u""_s));
+    showsAs(dashboardOf(u"working"_s, {u"Pause"_s, true}, u" 2"_s));
+    showsAs(dashboardOf(u"working"_s, {u"Pause"_s, false}, u" 2"_s));
+    showsAs(dashboardOf(u"stopped"_s, {u"Start"_s, true}, u""_s));
     item->show(dashboardOf(u"Tom & Jerry"_s, {u"This & that"_s, true}, u""_s));
     QCOMPARE(entry(*item, 0)->text(), u"Tom && Jerry"_s);
     QCOMPARE(entry(*item, 3)->text(), u"This && that"_s);
@@ -264,11 +264,11 @@ void TrayItemTest::hostThatSaysTheSameAgain() {
 
 void TrayItemTest::shownWithoutAHostIsKept() {
     const auto [item, host] = itemOn(false);
-    item->show(dashboardOf(u"1 processor working"_s, {u"Pause deep jobs"_s, false}, u" 1"_s));
+    item->show(dashboardOf(u"working"_s, {u"Pause"_s, false}, u" 1"_s));
     host->set(true);
     QVERIFY(item->isPresent());
-    QCOMPARE(entry(*item, 0)->text(), u"1 processor working"_s);
-    QCOMPARE(entry(*item, 3)->text(), u"Pause deep jobs"_s);
+    QCOMPARE(entry(*item, 0)->text(), u"working"_s);
+    QCOMPARE(entry(*item, 3)->text(), u"Pause"_s);
     QVERIFY(!entry(*item, 3)->isEnabled());
 }
 
@@ -286,7 +286,7 @@ void TrayItemTest::placeGetsOnlyWhatDiffers() {
     const auto [item, host] = itemOn(true);
     QCOMPARE(host->shown.icons, 1);
     QVERIFY(!host->shown.iconSizes.isEmpty());
-    const Dashboard one = dashboardOf(u"1 processor working"_s, {u"Pause"_s, true}, u" 1"_s);
+    const Dashboard one = dashboardOf(u"working"_s, {u"Pause"_s, true}, u" 1"_s);
     item->show(one);
     QCOMPARE(host->shown.icons, 2);
     QCOMPARE(host->shown.toolTips.size(), 2);
@@ -305,7 +305,7 @@ void TrayItemTest::saysWhoseItIsBeforeTheFirstAnswer() {
     const auto [item, host] = itemOn(true);
     QCOMPARE(host->shown.title, u"Corvala for Mac"_s);
     QCOMPARE(host->shown.toolTips, QStringList{u"Corvala for Mac"_s});
-    Dashboard silent = dashboardOf(u"1 processor working"_s, {u"Pause"_s, true}, u" 1"_s);
+    Dashboard silent = dashboardOf(u"working"_s, {u"Pause"_s, true}, u" 1"_s);
     item->show(silent);
     silent.trayToolTip.clear();
     item->show(silent);

@@ -5,33 +5,37 @@
 #include <QPaintEvent>
 #include <QWidget>
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace vesk {
 
-/// Counts the paint events of a widget and of all that is in it now.
-class PaintCounter final : public QObject {
+/// Counts the events of the given types of an object and of all widgets that are in it now.
+class EventCounter final : public QObject {
 public:
-    explicit PaintCounter(QWidget& root) {
+    EventCounter(QObject& root, std::initializer_list<QEvent::Type> types) : types_(types) {
         root.installEventFilter(this);
         for (auto* child : root.findChildren<QWidget*>()) {
             child->installEventFilter(this);
         }
     }
 
-    [[nodiscard]] int paints() const noexcept { return paints_; }
+    [[nodiscard]] int count() const noexcept { return count_; }
 
-    /// What the last of them was for, in the widget's coordinates.
+    /// What the last paint event was for, in the widget's coordinates.
     [[nodiscard]] QRect lastPainted() const noexcept { return lastPainted_; }
 
     bool eventFilter(QObject* watched, QEvent* event) override {
+        count_ += static_cast<int>(std::count(types_.begin(), types_.end(), event->type()));
         if (event->type() == QEvent::Paint) {
-            ++paints_;
             lastPainted_ = static_cast<QPaintEvent*>(event)->rect();
         }
         return QObject::eventFilter(watched, event);
     }
 
 private:
-    int paints_ = 0;
+    QList<QEvent::Type> types_;
+    int count_ = 0;
     QRect lastPainted_;
 };
 
