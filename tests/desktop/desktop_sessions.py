@@ -3,6 +3,7 @@
 import dataclasses
 
 import test_desktops as flows
+from harness import names
 from harness.application import Application
 from harness.gnome import GnomeDesktop, GnomeWaylandDesktop
 from harness.names import ALERT, OPEN, OPEN_SETUP, PAUSE, QUIT, RESUME, SETTINGS, SETUP
@@ -203,11 +204,11 @@ class GnomeWaylandTest(
         self.skipTest("GNOME's top bar has no tool tips")
 
     def test_menu_follows_the_service(self):
-        self.assert_menu("1 processor working", OPEN, PAUSE, OPEN_SETUP, QUIT)
+        self.assert_menu(names.working(1), OPEN, PAUSE, OPEN_SETUP, QUIT)
         self.service.wait_for_fetch()
         self.service.show_slots(bay(1), deep_scan_enabled=False)
-        self.program.wait_for_text("Detailed analysis paused")
-        titles = ["Detailed analysis paused", OPEN, RESUME, OPEN_SETUP, QUIT]
+        self.program.wait_for_text(names.PAUSED)
+        titles = [names.PAUSED, OPEN, RESUME, OPEN_SETUP, QUIT]
         wait_for(
             "the paused menu", lambda: [entry.title for entry in self.tray.entries()] == titles
         )

@@ -1,6 +1,7 @@
 """How often the service is asked, as the service sees it, where it is the window system that tells
 what is seen. Timers may be late, never early."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.waiting import wait_for
 from harness.worker import BUSY
@@ -90,7 +91,7 @@ class HiddenTest(CadenceCase):
         self.assert_slows_down(worker, HIDDEN_BUSY, item.menu.shut)
 
         worker.clear_requests()
-        item.menu.choose("Open Corvala for Mac")
+        item.menu.choose(names.OPEN)
         wait_for("a fetch at once", worker.arrivals, AT_ONCE)
         wait_for("the window", dashboard.is_shown)
         self.assert_gaps(worker, VISIBLE_BUSY, 1)

@@ -1,17 +1,9 @@
 """The service gets late, goes away and comes back."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
-
-LATE = (
-    "The last local status check was delayed. Processing may still be running; keeping the last "
-    "confirmed state while reconnecting."
-)
-GONE = (
-    "The dashboard is open, but the processing service is unavailable. Start it to reconnect your "
-    "phone."
-)
 
 
 class ConnectionCase(DesktopCase):
@@ -42,8 +34,8 @@ class BadAnswersTest(ConnectionCase):
                 worker.fault(**fault, count=1)
                 worker.arm(patch=good)
                 # A library that sent the request again by itself would hide the fault.
-                dashboard.wait_for_text("● RECONNECTING")
-                dashboard.wait_for_text("● CONNECTED")
+                dashboard.wait_for_text(names.RECONNECTING)
+                dashboard.wait_for_text(names.CONNECTED)
 
     def test_hostile_documents_stop_nothing(self):
         worker, dashboard = self.busy_dashboard()
@@ -61,26 +53,26 @@ class BadAnswersTest(ConnectionCase):
             # The second fetch is sent when the first answer has been shown.
             wait_for("two fetches", lambda: len(worker.arrivals()) >= 2)
         worker.show_slots(BUSY)
-        dashboard.wait_for_text("1 processor working")
-        self.assertIn("● CONNECTED", dashboard.texts())
+        dashboard.wait_for_text(names.working(1))
+        self.assertIn(names.CONNECTED, dashboard.texts())
 
 
 class ConnectionTest(ConnectionCase):
     def test_reconnecting_keeps_what_was_confirmed(self):
         worker, dashboard = self.busy_dashboard()
-        kept = [text for text in dashboard.texts() if text != "● CONNECTED"]
+        kept = [text for text in dashboard.texts() if text != names.CONNECTED]
         worker.wait_for_fetch()
         # Late answers leave time to read everything before the service is back.
         worker.fault(status=503, late=3, count=2)
-        dashboard.wait_for_text("● RECONNECTING")
+        dashboard.wait_for_text(names.RECONNECTING)
         self.assertEqual(
-            [text for text in dashboard.texts() if text != "● RECONNECTING"], kept
+            [text for text in dashboard.texts() if text != names.RECONNECTING], kept
         )
-        headline = self.control(dashboard, "label", "1 processor working")
-        self.assertEqual(headline.description, LATE)
-        self.assertFalse(self.control(dashboard, "push button", "Pause deep jobs").has("enabled"))
+        headline = self.control(dashboard, "label", names.working(1))
+        self.assertEqual(headline.description, names.shown(names.LIVE, "reconnecting")["status detail"])
+        self.assertFalse(self.control(dashboard, "push button", names.PAUSE).has("enabled"))
         self.assertFalse(self.control(dashboard, "check box", "Detailed analysis").has("enabled"))
-        dashboard.wait_for_text("● CONNECTED")
+        dashboard.wait_for_text(names.CONNECTED)
 
     def test_two_misses_never_show_the_service_stopped(self):
         worker, dashboard = self.busy_dashboard()
@@ -90,31 +82,25 @@ class ConnectionTest(ConnectionCase):
             lamps = [text for text in dashboard.texts() if text.startswith("● ")]
             if lamps and lamps[:1] != seen[-1:]:
                 seen.append(lamps[0])
-            return seen[-1:] == ["● CONNECTED"] and len(seen) > 1
+            return seen[-1:] == [names.CONNECTED] and len(seen) > 1
 
         wait_for("the lamp", lambda: back() or seen)
         worker.fault(status=503, count=2)
         wait_for("the connection to be back", back)
-        self.assertEqual(seen, ["● CONNECTED", "● RECONNECTING", "● CONNECTED"])
+        self.assertEqual(seen, [names.CONNECTED, names.RECONNECTING, names.CONNECTED])
 
     def test_stopped_and_back(self):
         worker, dashboard = self.busy_dashboard()
         worker.close_listener(3600)
-        dashboard.wait_for_text("● RECONNECTING")
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text(names.RECONNECTING)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
         texts = dashboard.texts()
-        for text in (
-            "Processing is stopped",
-            "DEVICES  service offline",
-            "Service unavailable · no live counts",
-            "BAY 1  ○  Offline  ·  Start processing to help your connected devices",
-            "BAY 2  ○  Offline  ·  Start processing to help your connected devices",
-            "BAY 3  ○  Offline  ·  Start processing to help your connected devices",
-        ):
-            self.assertIn(text, texts)
-        headline = self.control(dashboard, "label", "Processing is stopped")
-        self.assertEqual(headline.description, GONE)
-        self.assertTrue(self.control(dashboard, "push button", "Start processing").has("enabled"))
+        stopped = names.shown(names.GONE)
+        for name in ("status", "devices", "summary", "row 1", "row 2", "row 3"):
+            self.assertIn(stopped[name], texts)
+        headline = self.control(dashboard, "label", names.STOPPED)
+        self.assertEqual(headline.description, stopped["status detail"])
+        self.assertTrue(self.control(dashboard, "push button", names.START).has("enabled"))
         toggle = self.control(dashboard, "check box", "Detailed analysis")
         self.assertTrue(toggle.has("indeterminate"))
         self.assertFalse(toggle.has("enabled"))
@@ -123,11 +109,11 @@ class ConnectionTest(ConnectionCase):
         worker.stop()
         self.worker(port=port)
         dashboard.wait_until_live()
-        self.assertNotIn("Processing is stopped", dashboard.texts())
+        self.assertNotIn(names.STOPPED, dashboard.texts())
 
     def test_a_listener_that_dies_and_comes_back(self):
         worker = self.worker(scenario="listener-dies.json")
         dashboard = self.live_dashboard(worker)
-        dashboard.wait_for_text("● RECONNECTING", 30)
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
-        dashboard.wait_for_text("● CONNECTED", 30)
+        dashboard.wait_for_text(names.RECONNECTING, 30)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
+        dashboard.wait_for_text(names.CONNECTED, 30)

@@ -2,12 +2,13 @@
 
 import time
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT
+from harness.names import MAIN
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
 
-MAIN = "Corvala for Mac · Halvex"
 PATH = "/v1/local/services"
 PAUSE = '{"deep_scan_enabled":false}'
 RESUME = '{"deep_scan_enabled":true}'
@@ -72,9 +73,9 @@ class DeepJobsTest(DesktopCase):
 
     def assert_confirmed(self, dashboard, worker, accepting):
         headline, title = (
-            ("Ready for your devices", "Pause deep jobs")
+            (names.READY, names.PAUSE)
             if accepting
-            else ("Detailed analysis paused", "Resume deep jobs")
+            else (names.PAUSED, names.RESUME)
         )
         dashboard.wait_for_text(headline)
         shown = time.monotonic()
@@ -98,11 +99,11 @@ class DeepJobsTest(DesktopCase):
         for way in ways:
             with self.step(way.__name__):
                 worker.clear_requests()
-                way(dashboard, "Pause deep jobs")
+                way(dashboard, names.PAUSE)
                 self.assert_confirmed(dashboard, worker, False)
                 self.assertEqual(worker.changes(), [(PATH, PAUSE)])
                 worker.clear_requests()
-                way(dashboard, "Resume deep jobs")
+                way(dashboard, names.RESUME)
                 self.assert_confirmed(dashboard, worker, True)
                 self.assertEqual(worker.changes(), [(PATH, RESUME)])
         change = worker.requests(PATH)[0]
@@ -130,14 +131,14 @@ class DeepJobsTest(DesktopCase):
         for turn, (name, fault) in enumerate(FAULTS.items()):
             with self.step(name):
                 worker.arm(path="services", count=1, **fault)
-                ways[turn % len(ways)](dashboard, "Pause deep jobs")
+                ways[turn % len(ways)](dashboard, names.PAUSE)
                 self.assert_alert(dashboard)
                 # By the failure itself: the next fetch is seconds away.
                 box = self.box(dashboard)
                 self.assertTrue(box.has("checked") and box.has("enabled"))
                 self.dismiss(dashboard, keys[turn % len(keys)])
                 # After a fetch that crossed the change the button waits for the next.
-                button = dashboard.control("push button", "Pause deep jobs")
+                button = dashboard.control("push button", names.PAUSE)
                 wait_for("the button", lambda: button.has("enabled"))
         worker.wait_for_fetch()
         # One sent again would have met no fault.
@@ -155,8 +156,8 @@ class DeepJobsTest(DesktopCase):
         # As the person left it.
         self.wait_for_box(dashboard, checked=False, enabled=False)
         # Neither a second change nor a fetch, which would be due twice.
-        self.choose_in_tray(dashboard, "Pause deep jobs")
-        self.click_button(dashboard, "Pause deep jobs")
+        self.choose_in_tray(dashboard, names.PAUSE)
+        self.click_button(dashboard, names.PAUSE)
         self.click_box(dashboard, None)
         self.assert_alert(dashboard)
         log = worker.log()
@@ -171,7 +172,7 @@ class DeepJobsTest(DesktopCase):
     def test_the_opposite_is_shown_without_an_alert(self):
         worker = self.worker(devices=0)
         dashboard = self.live(worker)
-        for asked, button in ((PAUSE, "Pause deep jobs"), (RESUME, "Resume deep jobs")):
+        for asked, button in ((PAUSE, names.PAUSE), (RESUME, names.RESUME)):
             accepting = asked == PAUSE
             worker.fault(path="services", count=1, opposite=True, late=3)
             worker.clear_requests()
@@ -198,7 +199,7 @@ class DeepJobsTest(DesktopCase):
         worker.stop()
         self.assert_alert(dashboard)
         # The alert stays in front while the service is given up.
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
         self.wait_for_box(dashboard, indeterminate=True, enabled=False)
         self.assert_alert(dashboard)
         self.dismiss(dashboard, "Return")
@@ -218,7 +219,7 @@ class DeepJobsTest(DesktopCase):
         wait_for("the window gone", lambda: not dashboard.is_shown())
         worker.arm(path="services", count=1, hang_up=True)
         worker.clear_requests()
-        self.choose_in_tray(dashboard, "Pause deep jobs")
+        self.choose_in_tray(dashboard, names.PAUSE)
         self.assert_alert(dashboard)
         self.dismiss(dashboard, "Escape")
         self.assertTrue(dashboard.is_shown())
@@ -229,10 +230,10 @@ class DeepJobsTest(DesktopCase):
         worker.show_slots(bay(1), deep_scan_enabled=True)
         dashboard = self.live(worker)
         self.click_button(dashboard, "Settings")
-        dashboard.sheet("Corvala processing settings")
+        dashboard.sheet(names.SETTINGS)
         worker.arm(path="services", count=1, reset=True)
-        self.choose_in_tray(dashboard, "Pause deep jobs")
-        self.assert_alert(dashboard, "Corvala processing settings")
+        self.choose_in_tray(dashboard, names.PAUSE)
+        self.assert_alert(dashboard, names.SETTINGS)
         self.dismiss(dashboard, "Escape")
-        dashboard.sheet("Corvala processing settings")
+        dashboard.sheet(names.SETTINGS)
         self.assertEqual(worker.changes(), [(PATH, PAUSE)])

@@ -1,13 +1,12 @@
 """Every control by keyboard and by assistive technology, on every screen."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT
+from harness.names import MAIN, SETTINGS, SETUP
 from harness.waiting import wait_for
 from harness.worker import bay
 
-MAIN = "Corvala for Mac · Halvex"
-SETTINGS = "Corvala processing settings"
-SETUP = "Corvala for Mac Setup · Halvex"
 ALERT_WINDOW = "Corvala for Mac"
 
 BUTTONS = {"push button", "check box", "radio button"}
@@ -99,13 +98,13 @@ class KeyboardTest(DesktopCase):
         frame = dashboard.accessible.find("frame", MAIN)
         self.check_words(frame)
         self.walk(
-            dashboard, frame, ["Settings", "Pause deep jobs", "Detailed analysis", "Setup…"]
+            dashboard, frame, ["Settings", names.PAUSE, "Detailed analysis", "Setup…"]
         )
         texts = in_reading_order(frame.showing("label"))
         self.assertEqual(
             [text.name.split("  ")[0] for text in texts],
-            ["HALVEX / CORVALA INTELLIGENCE RACK", "● CONNECTED", "1 processor working", "RACK",
-             "DEVICES", "40% · 2/3 lanes · Cool and idle · 0 returned · 0 failed",
+            ["HALVEX / CORVALA INTELLIGENCE RACK", names.CONNECTED, names.working(1), "RACK",
+             "DEVICES", names.summary(40, "2/3", "Cool and idle"),
              "BAY 1", "BAY 2", "BAY 3"],
         )
         self.assertEqual(
@@ -144,7 +143,7 @@ class KeyboardTest(DesktopCase):
         dashboard = self.live_dashboard(worker)
         dashboard.wait_until_in_front()
         worker.arm(path="services", count=1, late=3, status=500)
-        dashboard.control("push button", "Pause deep jobs").press()
+        dashboard.control("push button", names.PAUSE).press()
         self.person.key("Menu")
         wait_for("the menu", lambda: dashboard.accessible.showing("menu item"))
         alert = dashboard.sheet(ALERT)
@@ -163,15 +162,15 @@ class KeyboardTest(DesktopCase):
         dashboard.control("radio button", "Advanced").press()
         pages = [
             ["Advanced", "Skip setup", "Continue"],
-            ["Start processing & check", "Skip setup", "Back", "Continue"],
+            [names.START_CHECK, "Skip setup", "Back", "Continue"],
             ["Skip setup", "Back", "Continue"],
             ["Allow detailed photo, video and audio analysis",
-             "Start processing automatically when I log in", "Skip setup", "Back",
-             "Apply & finish"],
+             names.LOGIN, "Skip setup", "Back",
+             names.APPLY],
         ]
         for number, stops in enumerate(pages, 1):
             with self.step(number):
-                dashboard.control("label", f"HALVEX  /  STEP {number} OF 4")
+                dashboard.control("label", names.setup_step(number))
                 self.check_words(sheet)
                 self.walk(dashboard, sheet, stops)
                 if number < len(pages):
@@ -182,10 +181,10 @@ class KeyboardTest(DesktopCase):
         port = worker.port
         worker.stop()
         dashboard = self.dashboard(port)
-        dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.wait_for_text(names.SERVICE_STOPPED)
         frame = dashboard.accessible.find("frame", MAIN)
         self.check_words(frame)
         toggle = dashboard.accessible.find("check box", "Detailed analysis")
         self.assertTrue(toggle.has("indeterminate"))
         self.assertFalse(toggle.has("enabled"))
-        self.walk(dashboard, frame, ["Settings", "Start processing", "Setup…"])
+        self.walk(dashboard, frame, ["Settings", names.START, "Setup…"])

@@ -10,13 +10,12 @@ from harness.application import NAME, Application
 from harness.case import DesktopCase
 from harness.dashboard import visited_home
 from harness.desktop import DASHBOARD
+from harness.names import SETTINGS, SETUP
 from harness.process import Process
 from harness.tool import Tool
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
-SETTINGS = "Corvala processing settings"
-SETUP = "Corvala for Mac Setup · Halvex"
 ALREADY_OPEN = b"Corvala for Mac is already open.\n"
 NOT_REACHED = b"VeskWorkerControl: the running dashboard cannot be reached\n"
 NO_PORT = "VeskWorkerControl: the first argument is no port number; port 45835 is used"

@@ -1,5 +1,6 @@
 """The tray item on desktops whose tray embeds windows, alone and beside a tray of today's kind."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import visited_home
 from harness.oldtray import OldTray
@@ -119,12 +120,12 @@ class OldTrayTest(DesktopCase):
         worker.show_slots(BUSY)
         dashboard = self.live_dashboard(worker)
         item = host.item()
-        wait_for("the state in the tray", lambda: item.menu.titles()[0] == "1 processor working")
+        wait_for("the state in the tray", lambda: item.menu.titles()[0] == names.working(1))
         heard = item.listen()
         tray.leave()
         tray = self.old_tray()
         self.close_window(dashboard)
-        item.menu.choose("Open Corvala for Mac")
+        item.menu.choose(names.OPEN)
         dashboard.wait_until_in_front()
         self.assertEqual(tray.items(), [])
         self.assertEqual(heard.names(), [])

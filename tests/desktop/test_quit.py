@@ -3,19 +3,17 @@
 import signal
 import time
 
+from harness import names
 from harness.application import Application
 from harness.case import DesktopCase
+from harness.names import MAIN, QUIT, SETTINGS, SETUP
 from harness.tool import Tool
 from harness.waiting import wait_for
 from harness.worker import bay
 
-MAIN = "Corvala for Mac · Halvex"
-SETUP = "Corvala for Mac Setup · Halvex"
-SETTINGS = "Corvala processing settings"
-QUIT = "Quit dashboard (worker keeps running)"
 SERVICES = "/v1/local/services"
 AT_ONCE = 1.0  # seconds, on a busy machine
-ENTRIES = ["Ready for your devices", "Open Corvala for Mac", "Pause deep jobs", "Setup…", QUIT]
+ENTRIES = [names.READY, names.OPEN, names.PAUSE, "Setup…", QUIT]
 
 
 class QuitTest(DesktopCase):
@@ -35,7 +33,7 @@ class QuitTest(DesktopCase):
     def go_to_last_page(self, dashboard):
         for number in (2, 3, 4):
             self.person.click(dashboard.control("push button", "Continue"))
-            dashboard.wait_for_text(f"HALVEX  /  STEP {number} OF 4")
+            dashboard.wait_for_text(names.setup_step(number))
 
     def test_quit_while_setup_applies(self):
         host = self.tray_host()
@@ -46,7 +44,7 @@ class QuitTest(DesktopCase):
                 dashboard.sheet(SETUP)
                 self.go_to_last_page(dashboard)
                 worker.arm(path="services", late=60)
-                self.person.click(dashboard.control("push button", "Apply & finish"))
+                self.person.click(dashboard.control("push button", names.APPLY))
                 wait_for("the change at the worker", worker.changes)
                 self.assert_ends_at_once(dashboard, self.ways_out(dashboard, host)[name])
                 self.assertTrue(worker.is_running())
@@ -77,7 +75,7 @@ class QuitTest(DesktopCase):
         port = worker.port
         worker.stop()
         dashboard = self.dashboard(port, command=command)
-        dashboard.wait_for_text("Processing is stopped")
+        dashboard.wait_for_text(names.STOPPED)
         return dashboard
 
     def test_quit_while_a_start_is_under_way(self):
@@ -87,7 +85,7 @@ class QuitTest(DesktopCase):
                 tool = Tool(self.desktop)
                 tool.hold()
                 dashboard = self.stopped_dashboard(tool.dashboard)
-                self.person.click(dashboard.control("push button", "Start processing"))
+                self.person.click(dashboard.control("push button", names.START))
                 wait_for("the tool's first call", tool.calls)
                 if name == "signal":
                     dashboard.send(signal.SIGKILL)
@@ -103,10 +101,10 @@ class QuitTest(DesktopCase):
         dashboard = self.stopped_dashboard(
             "/usr/bin/env", "--ignore-signal=CHLD", tool.dashboard
         )
-        self.person.click(dashboard.control("push button", "Start processing"))
+        self.person.click(dashboard.control("push button", names.START))
         wait_for("the start's end", lambda: "bootstrap" in tool.calls())
         wait_for(
-            "the button", lambda: dashboard.control("push button", "Start processing").has("enabled")
+            "the button", lambda: dashboard.control("push button", names.START).has("enabled")
         )
         self.assertEqual(dashboard.sheets(), [])
 
@@ -138,7 +136,7 @@ class QuitTest(DesktopCase):
         worker.show_slots(bay(1))
         dashboard = self.live_dashboard(worker)
         window = next(n for n in dashboard.accessible.nodes() if n.name == MAIN)
-        headline = dashboard.control("label", "Ready for your devices")
+        headline = dashboard.control("label", names.READY)
         ways_in = {
             "menu key": lambda: self.person.key("Menu"),
             "shift and F10": lambda: self.person.key("F10", "Shift_L"),

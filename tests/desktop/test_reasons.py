@@ -3,15 +3,16 @@
 import json
 import re
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT
+from harness.names import SETUP
 from harness.tool import Tool
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
 TOKEN = "token-7f3a"
-SHEET = "Corvala processing settings"
-SETUP = "Corvala for Mac Setup · Halvex"
+SHEET = names.SETTINGS
 FAILED = "Could not save processing mode. Please try again."
 
 
@@ -47,7 +48,7 @@ class ReasonsTest(DesktopCase):
         )
         dashboard.wait_until_live()
         worker.close_listener(3600)
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
         self.wait_for_reason(dashboard, f"^{health}refused ms=\\d+$")
         self.wait_for_reason(
             dashboard, "^vesk.service: event=connection state=stopped was=reconnecting misses=3 "
@@ -64,7 +65,7 @@ class ReasonsTest(DesktopCase):
             "^vesk.agent: event=recovery restart=false misses=3 service=unknown starting=false "
             "recovering=false$",
         )
-        self.person.click(dashboard.control("push button", "Start processing"))
+        self.person.click(dashboard.control("push button", names.START))
         self.wait_for_reason(
             dashboard, '^vesk.agent: event=tool-ended .* script=true arguments=\\["gui/\\d+",.* status=0 '
         )
@@ -134,7 +135,7 @@ class ReasonsTest(DesktopCase):
             self.wait_for_reason(dashboard, f"event=exchange .*result={result}", 30)
         self.wait_for_reason(dashboard, "event=connection state=connected was=stopped", 30)
         dashboard.wait_until_live()
-        self.person.click(dashboard.control("push button", "Pause deep jobs"))
+        self.person.click(dashboard.control("push button", names.PAUSE))
         self.person.click(dashboard.control("push button", "Settings"))
         sheet = dashboard.sheet(SHEET)
         self.person.click(next(n for n in sheet.showing("radio button") if n.name == "Faster when idle"))
@@ -156,5 +157,5 @@ class ReasonsTest(DesktopCase):
         )
         dashboard.wait_until_live()
         worker.close_listener(3600)
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
         self.assertEqual((dashboard.out, dashboard.err), ("", ""))

@@ -1,12 +1,13 @@
 """The settings sheet: opened and closed in every way, modes chosen, the service failing."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT
+from harness.names import MAIN
 from harness.waiting import wait_for
 from harness.worker import bay
 
-MAIN = "Corvala for Mac · Halvex"
-SHEET = "Corvala processing settings"
+SHEET = names.SETTINGS
 PATH = "/v1/local/performance"
 FAILED = "Could not save processing mode. Please try again."
 MODES = {"automatic": "Automatic", "quiet": "Cool & quiet", "faster": "Faster when idle"}
@@ -100,8 +101,8 @@ class SettingsTest(DesktopCase):
                 self.assertEqual(
                     [label.name for label in sheet.showing("label")],
                     ["Processing settings",
-                     "Mac temperature: nominal · protection on",
-                     "Using 40% duty · 2/3 lanes · Cool and idle",
+                     names.thermal("nominal"),
+                     names.performance(40, "2/3", "Cool and idle"),
                      "Temperature protection stays active in every mode. Automatic adjusts to Mac "
                      "activity; quiet uses one gentle lane; faster uses more spare capacity only "
                      "while the Mac is cool and idle."],
@@ -148,8 +149,8 @@ class SettingsTest(DesktopCase):
                 worker.arm(path="performance", patch={"activity_policy": report})
                 worker.clear_requests()
                 way(mode)
-                self.wait_for_line(dashboard, f"Using {duty}% duty · 1/4 lanes · Reason {duty}")
-                self.wait_for_line(dashboard, f"Mac temperature: warm {duty} · protection on")
+                self.wait_for_line(dashboard, names.performance(duty, "1/4", f"Reason {duty}"))
+                self.wait_for_line(dashboard, names.thermal(f"warm {duty}"))
                 self.wait_for_mode(dashboard, mode)
                 self.assertEqual(worker.changes(), [(PATH, f'{{"mode":"{mode}"}}')])
         change = worker.requests(PATH)[0]
@@ -196,7 +197,7 @@ class SettingsTest(DesktopCase):
         dashboard = self.live(worker)
         self.open(dashboard)
         worker.show_slots(bay(1, state="busy"), activity_policy=policy("automatic", reason="Old"))
-        self.wait_for_line(dashboard, "Using 40% duty · 2/3 lanes · Old")
+        self.wait_for_line(dashboard, names.performance(40, "2/3", "Old"))
         worker.arm(path="performance", count=1, late=3.5)
         worker.clear_requests()
         self.person.click(self.segment(dashboard, "quiet"))
@@ -206,7 +207,7 @@ class SettingsTest(DesktopCase):
         self.person.key("Right")
         worker.show_slots(bay(1, state="busy"),
                           activity_policy=policy("automatic", reason="Meanwhile"))
-        self.wait_for_line(dashboard, "Using 40% duty · 2/3 lanes · Meanwhile")
+        self.wait_for_line(dashboard, names.performance(40, "2/3", "Meanwhile"))
         self.wait_for_mode(dashboard, "quiet", enabled=False)
         worker.clear_faults()
         self.wait_for_mode(dashboard, "quiet")
@@ -253,9 +254,7 @@ class SettingsTest(DesktopCase):
         self.assertEqual(dashboard.host_of("Corvala for Mac"), SHEET)
         self.person.key("Return")
         dashboard.wait_until_gone(ALERT)
-        self.wait_for_line(
-            dashboard, "Mac temperature: nominal · protection waiting for service"
-        )
+        self.wait_for_line(dashboard, names.thermal("nominal", online=False))
         self.wait_for_line(dashboard, "Cool and idle")
         self.wait_for_mode(dashboard, "faster", enabled=False)
         self.person.click(self.segment(dashboard, "quiet"))

@@ -3,22 +3,19 @@
 import configparser
 import os
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT, first_home, visited_home
+from harness.names import APPLY, LOGIN, MAIN, SETTINGS
 from harness.waiting import wait_for
 from harness.worker import bay
-from setup_pages import ATTENTION, STOPPED, setup_pages
 
-MAIN = "Corvala for Mac · Halvex"
-SHEET = "Corvala for Mac Setup · Halvex"
-SETTINGS = "Corvala processing settings"
+SHEET = names.SETUP
 ALERT_WINDOW = "Corvala for Mac"
 PATH = "/v1/local/services"
 PAUSE = '{"deep_scan_enabled":false}'
 RESUME = '{"deep_scan_enabled":true}'
 DEEP = "Allow detailed photo, video and audio analysis"
-LOGIN = "Start processing automatically when I log in"
-APPLY = "Apply & finish"
 FAILED = "Could not change deep-job acceptance. The saved policy has not been confirmed."
 NOT_READY = (
     "The worker did not become ready. Check the existing Python runtime and launch configuration, "
@@ -76,7 +73,7 @@ class SetupCase(DesktopCase):
     def go_to_last_page(self, dashboard):
         for number in (2, 3, 4):
             self.click(dashboard, "Continue")
-            text = f"HALVEX  /  STEP {number} OF 4"
+            text = names.setup_step(number)
             wait_for(text, lambda: text in self.texts(dashboard))
 
     def wait_for_focus(self, dashboard, role, name):
@@ -123,12 +120,12 @@ class SetupCase(DesktopCase):
 
     def assert_applying(self, dashboard):
         """Nothing leaves the sheet while it applies."""
-        self.assertFalse(self.button(dashboard, "Applying…").has("enabled"))
+        self.assertFalse(self.button(dashboard, names.APPLYING).has("enabled"))
         self.assertFalse(self.button(dashboard, "Back").has("enabled"))
         self.person.key("Escape")
         self.person.key("Return")
         self.click(dashboard, "Skip setup")
-        self.click(dashboard, "Applying…")
+        self.click(dashboard, names.APPLYING)
         self.click(dashboard, "Back")
         self.close_by_window_manager(dashboard)
 
@@ -137,7 +134,7 @@ class SetupCase(DesktopCase):
         worker = self.worker()
         worker.stop()
         dashboard = self.dashboard(worker.port, "--setup")
-        dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.wait_for_text(names.SERVICE_STOPPED)
         dashboard.sheet(SHEET)
         self.go_to_last_page(dashboard)
         return dashboard, worker.port
@@ -156,14 +153,14 @@ class SetupPagesTest(SetupCase):
         )
         self.wait_for_focus(dashboard, "radio button", "Basic")
         for mode in ("Basic", "Advanced"):
-            pages = setup_pages(mode == "Advanced", worker.port)
+            pages = names.setup_pages(mode == "Advanced", worker.port)
             for step, page in enumerate(pages):
                 with self.step((mode, step)):
                     self.wait_for_page(dashboard, page)
                     titles = {b.name for b in dashboard.sheet(SHEET).showing("push button")}
                     boxes = [b.name for b in dashboard.sheet(SHEET).showing("check box")]
                     self.assertEqual("Back" in titles, step > 0)
-                    self.assertEqual("Start processing & check" in titles, step == 1)
+                    self.assertEqual(names.START_CHECK in titles, step == 1)
                     self.assertEqual(boxes, [DEEP, LOGIN] if step == 3 else [])
                     if step < 3:
                         forwards[step]()
@@ -189,7 +186,7 @@ class SetupPagesTest(SetupCase):
         # The page follows the service while it is open.
         worker.fault(path="diagnostics", status=500)
         worker.close_listener(3600)
-        wait_for("the service's end", lambda: STOPPED in self.texts(dashboard), 30)
+        wait_for("the service's end", lambda: names.ENGINES_STOPPED in self.texts(dashboard), 30)
         port = worker.port
         worker.stop()
         worker = self.worker(port=port)
@@ -197,7 +194,7 @@ class SetupPagesTest(SetupCase):
             bay(1), services={"ocr": False}, video_backend=None, audio_backend={"model_ready": 1}
         )
         worker.arm(path="diagnostics", status=500)
-        wait_for("the service's return", lambda: ATTENTION in self.texts(dashboard), 30)
+        wait_for("the service's return", lambda: names.ENGINES_MISSING in self.texts(dashboard), 30)
         self.assertEqual(worker.changes(), [])
 
     def test_every_way_to_open_and_leave(self):
@@ -230,7 +227,7 @@ class SetupPagesTest(SetupCase):
             skip_by_keyboard,
             lambda: self.button(dashboard, "Skip setup").press(),
         )
-        first = setup_pages(False, worker.port)[0]
+        first = names.setup_pages(False, worker.port)[0]
         for turn, way_out in enumerate(ways_out):
             with self.step(turn):
                 if turn > 0:
@@ -273,11 +270,11 @@ class SetupApplyTest(SetupCase):
         home = visited_home(self.desktop)
         dashboard = self.opened(worker, home=home)
         turns = (
-            (RESUME, "Ready for your devices", None),
-            (PAUSE, "Detailed analysis paused", self.person.click),
-            (PAUSE, "Detailed analysis paused", None),
-            (RESUME, "Ready for your devices", lambda box: box.press()),
-            (PAUSE, "Detailed analysis paused", lambda _box: self.person.key("space")),
+            (RESUME, names.READY, None),
+            (PAUSE, names.PAUSED, self.person.click),
+            (PAUSE, names.PAUSED, None),
+            (RESUME, names.READY, lambda box: box.press()),
+            (PAUSE, names.PAUSED, lambda _box: self.person.key("space")),
         )
         allowed = True
         for turn, (asked, headline, change) in enumerate(turns):
@@ -369,7 +366,7 @@ class SetupApplyTest(SetupCase):
         # Another value than asked for keeps the sheet open, without an alert.
         worker.arm(path="services", count=1, opposite=True, late=2.5)
         self.click(dashboard, APPLY)
-        self.button(dashboard, "Applying…")
+        self.button(dashboard, names.APPLYING)
         self.wait_for_apply(dashboard)
         self.assertCountEqual(dashboard.sheets(), [SHEET])
         self.assertEqual(self.preferences(home), {"setupVisitedV2": "true"})
@@ -386,15 +383,15 @@ class SetupApplyTest(SetupCase):
         worker.stop()
         home = visited_home(self.desktop)
         dashboard = self.dashboard(port, "--setup", home=home)
-        dashboard.wait_for_text("● SERVICE STOPPED")
+        dashboard.wait_for_text(names.SERVICE_STOPPED)
         dashboard.sheet(SHEET)
         self.click(dashboard, "Continue")
-        wait_for("the report", lambda: STOPPED in self.texts(dashboard))
-        self.click(dashboard, "Start processing & check")
+        wait_for("the report", lambda: names.ENGINES_STOPPED in self.texts(dashboard))
+        self.click(dashboard, names.START_CHECK)
         self.assertTrue(dashboard.sheet(ALERT).description.strip())
         self.assertEqual(dashboard.host_of(ALERT_WINDOW), SHEET)
         self.dismiss(dashboard)
-        self.assertIn(STOPPED, self.texts(dashboard))
+        self.assertIn(names.ENGINES_STOPPED, self.texts(dashboard))
         self.click(dashboard, "Continue")
         self.click(dashboard, "Continue")
         box = dashboard.control("check box", DEEP)
@@ -419,7 +416,7 @@ class SetupApplyTest(SetupCase):
         worker = self.worker(port=port, devices=0)
         dashboard.wait_until_gone(SHEET)
         self.assertEqual(worker.changes(), [(PATH, PAUSE)])
-        dashboard.wait_for_text("Detailed analysis paused")
+        dashboard.wait_for_text(names.PAUSED)
         self.wait_for_preferences(home, setupVisitedV2="true", setupCompleteV2="true")
 
 
@@ -520,7 +517,7 @@ class SetupAlertsTest(SetupCase):
         self.dismiss(dashboard)
         self.wait_for_apply(dashboard)
 
-        dashboard.wait_for_text("● SERVICE STOPPED", 30)
+        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
         worker = self.worker(port=port, devices=0)
         dashboard.wait_until_live()
         self.assertEqual(dashboard.sheets(), [SHEET])

@@ -1,19 +1,13 @@
 """The tray item, and the window with and without a desktop that has a tray."""
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import visited_home
 from harness.tray import TrayHost, TrayWatcher
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
 
-ENTRIES = [
-    "-",
-    "Open Corvala for Mac",
-    "Pause deep jobs",
-    "Setup…",
-    "-",
-    "Quit dashboard (worker keeps running)",
-]
+ENTRIES = ["-", names.OPEN, names.PAUSE, names.OPEN_SETUP, "-", names.QUIT]
 
 
 class TrayTest(DesktopCase):
@@ -29,10 +23,10 @@ class TrayTest(DesktopCase):
         worker.show_slots(BUSY, bay(2, state="waiting"))
         self.live_dashboard(worker)
         item = host.item()
-        self.wait_for_tool_tip(item, "Corvala for Mac · 2 processors working")
-        self.wait_for_titles(item, "2 processors working", *ENTRIES)
+        self.wait_for_tool_tip(item, names.tool_tip(names.working(2)))
+        self.wait_for_titles(item, names.working(2), *ENTRIES)
         menu = item.menu
-        self.assertFalse(menu.entry("2 processors working").is_enabled)
+        self.assertFalse(menu.entry(names.working(2)).is_enabled)
         for title in ENTRIES:
             if title != "-":
                 self.assertTrue(menu.entry(title).is_enabled, title)
@@ -41,10 +35,10 @@ class TrayTest(DesktopCase):
 
         worker.wait_for_fetch()
         worker.show_slots(bay(1), deep_scan_enabled=False)
-        self.wait_for_tool_tip(item, "Corvala for Mac · Detailed analysis paused")
+        self.wait_for_tool_tip(item, names.tool_tip(names.PAUSED))
         self.wait_for_titles(
-            item, "Detailed analysis paused", *["Resume deep jobs" if entry == "Pause deep jobs"
-                                                else entry for entry in ENTRIES]
+            item, names.PAUSED,
+            *[names.RESUME if entry == names.PAUSE else entry for entry in ENTRIES]
         )
         without_count = item.pictures
         # Where the tray has no titles the count is part of the picture.
@@ -56,12 +50,14 @@ class TrayTest(DesktopCase):
 
         worker.wait_for_fetch()
         worker.fault(status=503)
-        self.wait_for_tool_tip(item, "Corvala for Mac · reconnecting")
-        self.assertEqual(item.menu.titles()[0], "Reconnecting to worker…")
-        self.wait_for_tool_tip(item, "Corvala for Mac · processing stopped", 30)
+        late = names.shown(names.LIVE, "reconnecting")
+        gone = names.shown(names.GONE)
+        self.wait_for_tool_tip(item, late["tray tool tip"])
+        self.assertEqual(item.menu.titles()[0], late["tray state"])
+        self.wait_for_tool_tip(item, gone["tray tool tip"], 30)
         self.wait_for_titles(
-            item, "Processing service stopped", *["Start processing" if entry == "Pause deep jobs"
-                                                  else entry for entry in ENTRIES]
+            item, gone["tray state"],
+            *[names.START if entry == names.PAUSE else entry for entry in ENTRIES]
         )
         self.assertEqual(item.pictures, without_count)
 
@@ -75,8 +71,8 @@ class TrayTest(DesktopCase):
         self.assertEqual(item.read("Id"), "VeskWorkerControl")
         self.assertEqual(item.tool_tip, "Corvala for Mac")
         titles = item.menu.titles()
-        self.assertEqual(titles[0], "Checking processing…")
-        self.assertEqual(titles[3], "Start processing")
+        self.assertEqual(titles[0], names.shown(names.WAITING)["tray state"])
+        self.assertEqual(titles[3], names.START)
 
     def test_tells_its_host_only_what_changed(self):
         host = self.tray_host()
@@ -84,7 +80,7 @@ class TrayTest(DesktopCase):
         worker.show_slots(BUSY)
         self.live_dashboard(worker)
         item = host.item()
-        self.wait_for_titles(item, "1 processor working", *ENTRIES)
+        self.wait_for_titles(item, names.working(1), *ENTRIES)
         heard = item.listen()
         for _fetch in range(3):
             worker.wait_for_fetch()
@@ -129,7 +125,7 @@ class TrayTest(DesktopCase):
         host = self.tray_host()
         worker = self.worker()
         dashboard = self.live_dashboard(worker)
-        host.item().menu.choose("Quit dashboard (worker keeps running)")
+        host.item().menu.choose(names.QUIT)
         self.assertEqual(dashboard.wait(), 0)
         self.assertEqual((dashboard.out, dashboard.err), ("", ""))
         self.assertTrue(worker.is_running())
@@ -144,7 +140,7 @@ class TrayTest(DesktopCase):
         dashboard = self.live_dashboard(worker)
         self.desktop.windows.press_close(dashboard.window())
         wait_for("the window gone", lambda: not dashboard.is_shown())
-        host.item().menu.choose("Quit dashboard (worker keeps running)")
+        host.item().menu.choose(names.QUIT)
         self.assertEqual(dashboard.wait(), 0)
 
     def test_without_a_tray_closing_minimises(self):
@@ -180,8 +176,8 @@ class TrayTest(DesktopCase):
         worker.show_slots(BUSY)
         dashboard = self.live_dashboard(worker)
         host = self.tray_host()
-        self.wait_for_tool_tip(host.item(), "Corvala for Mac · 1 processor working")
-        self.wait_for_titles(host.item(), "1 processor working", *ENTRIES)
+        self.wait_for_tool_tip(host.item(), names.tool_tip(names.working(1)))
+        self.wait_for_titles(host.item(), names.working(1), *ENTRIES)
         self.assertTrue(dashboard.is_running())
 
     def test_closed_window_without_a_host(self):

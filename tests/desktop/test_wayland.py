@@ -2,15 +2,14 @@
 
 import time
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT, Dashboard
 from harness.desktop import NestedWaylandDesktop, WaylandDesktop
+from harness.names import MAIN, SETTINGS, SETUP
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
-MAIN = "Corvala for Mac · Halvex"
-SETTINGS = "Corvala processing settings"
-SETUP = "Corvala for Mac Setup · Halvex"
 VISIBLE_BUSY = 1.5
 IDENTIFIER = "com.halvex.VeskWorkerControl"
 
@@ -42,9 +41,9 @@ class UnattendedTest(WaylandCase):
         (window,) = self.desktop.windows.of_process(dashboard.pid)
         self.assertEqual(window.application, IDENTIFIER)
         self.assertGreaterEqual(window.place[2:], (720, 390))
-        self.assertIn("1 processor working", dashboard.texts())
+        self.assertIn(names.working(1), dashboard.texts())
         item = host.item()
-        wait_for("the tool tip", lambda: item.tool_tip == "Corvala for Mac · 1 processor working")
+        wait_for("the tool tip", lambda: item.tool_tip == names.tool_tip(names.working(1)))
 
         dashboard.control("push button", "Settings").press()
         self.wait_for_windows(dashboard, SETTINGS, MAIN)
@@ -60,13 +59,13 @@ class UnattendedTest(WaylandCase):
         item.menu.choose("Setup…")
         self.wait_for_windows(dashboard, SETUP, MAIN)
         for step in (1, 2, 3):
-            dashboard.control("label", f"HALVEX  /  STEP {step} OF 4")
+            dashboard.control("label", names.setup_step(step))
             dashboard.control("push button", "Continue").press()
-        dashboard.control("push button", "Apply & finish")
+        dashboard.control("push button", names.APPLY)
         dashboard.control("push button", "Skip setup").press()
         self.wait_for_windows(dashboard, MAIN)
 
-        item.menu.choose("Quit dashboard (worker keeps running)")
+        item.menu.choose(names.QUIT)
         self.assertEqual(dashboard.wait(), 0)
         self.assertEqual((dashboard.out, dashboard.err), ("", ""))
 
@@ -99,7 +98,7 @@ class AttendedTest(WaylandCase):
         item = host.item()
         for reopen in (
             item.click,
-            lambda: item.menu.choose("Open Corvala for Mac"),
+            lambda: item.menu.choose(names.OPEN),
             lambda: self.start_again(dashboard, worker),
         ):
             self.person.key("w", "Control_L")

@@ -84,18 +84,18 @@ QString yesOrNo(bool value) {
 
 QString described(const ConnectionFace& connection) {
     constexpr std::array tones{"muted", "live", "attention", "stopped"};
-    return connection.text + u" | "_s
+    return connection.text + u" ¦ "_s
            + QString::fromLatin1(tones.at(static_cast<size_t>(connection.tone)));
 }
 
 QString described(const ButtonFace& face) {
-    return face.title + (face.enabled ? u" | enabled"_s : u" | disabled"_s);
+    return face.title + (face.enabled ? u" ¦ enabled"_s : u" ¦ disabled"_s);
 }
 
 QString described(const ToggleFace& face) {
     constexpr std::array states{"unchecked", "partially checked", "checked"};
     return QString::fromLatin1(states.at(static_cast<size_t>(face.state)))
-           + (face.enabled ? u" | enabled"_s : u" | disabled"_s);
+           + (face.enabled ? u" ¦ enabled"_s : u" ¦ disabled"_s);
 }
 
 QString described(const WorkerCard& card) {
@@ -103,7 +103,7 @@ QString described(const WorkerCard& card) {
                              card.symbol, card.title,   card.detail,
                              card.engine, card.elapsed, card.completed,
                              card.failed};
-    return fields.join(u" | "_s);
+    return fields.join(u" ¦ "_s);
 }
 
 QString described(const SetupItem& item) {
@@ -168,12 +168,12 @@ Lines panelLines(
         const auto at = static_cast<size_t>(bay - 1);
         const CompactRow& row = panel.compactRows.at(at);
         lines.append(
-            {u"row %1"_s.arg(bay), row.text + (row.live ? u" | live"_s : u" | at rest"_s)});
+            {u"row %1"_s.arg(bay), row.text + (row.live ? u" ¦ live"_s : u" ¦ at rest"_s)});
         const RackProgress progress(document.bays.numbered(bay), cooldown);
         lines.append(
-            {u"meter %1"_s.arg(bay), QString::number(panel.compactMeters.at(at)) + u" | "_s
+            {u"meter %1"_s.arg(bay), QString::number(panel.compactMeters.at(at)) + u" ¦ "_s
                                          + progress.label
-                                         + (progress.exact ? u" | exact"_s : u" | estimate"_s)});
+                                         + (progress.exact ? u" ¦ exact"_s : u" ¦ estimate"_s)});
     }
     return lines;
 }
@@ -193,7 +193,7 @@ Lines setupLines(const ServiceFacts& facts, bool applying) {
                  QStringList{
                      page.stepLabel, page.heading, titled ? page.nextTitle : u"two titles"_s,
                      page.backShown ? u"back"_s : u"no back"_s}
-                     .join(u" | "_s)});
+                     .join(u" ¦ "_s)});
             for (qsizetype at = 0; at < page.body.size(); ++at) {
                 const bool same = advanced && page.body.at(at) == basic.body.value(at);
                 lines.append(
