@@ -1,6 +1,7 @@
 #include "app/Control.h"
 
 #include "agent/LoginItem.h"
+#include "agent/LoginObstacle.h"
 #include "model/Checked.h"
 #include "model/RefreshPolicy.h"
 
@@ -100,7 +101,10 @@ bool Control::startsAtLogin() const {
 }
 
 std::optional<QString> Control::configureLogin(bool enabled) {
-    const auto error = vesk::configureLogin(locations_, enabled);
+    auto error = enabled ? loginObstacle() : std::nullopt;
+    if (!error) {
+        error = vesk::configureLogin(locations_, enabled);
+    }
     return error ? std::optional(error->description) : std::nullopt;
 }
 

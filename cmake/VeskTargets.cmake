@@ -6,12 +6,15 @@ option(VESK_HARDENING "Build with hardening flags of our own choice" OFF)
 if(VESK_HARDENING AND UNIX AND NOT APPLE)
     include(CheckCXXCompilerFlag)
     set(vesk_hardening_compile
-        -fstack-protector-strong -fstack-clash-protection -D_FORTIFY_SOURCE=3 -fPIE)
+        -fstack-protector-strong -fstack-clash-protection -D_FORTIFY_SOURCE=3
+        $<$<NOT:$<STREQUAL:$<TARGET_PROPERTY:TYPE>,MODULE_LIBRARY>>:-fPIE>)
     check_cxx_compiler_flag(-fcf-protection VESK_HAS_CONTROL_FLOW_PROTECTION)
     if(VESK_HAS_CONTROL_FLOW_PROTECTION)
         list(APPEND vesk_hardening_compile -fcf-protection)
     endif()
-    set(vesk_hardening_link -pie -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+    set(vesk_hardening_link
+        $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>
+        -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 endif()
 
 # Warnings, hardening, sanitizers and the source root as include path, for one target of ours. GCC counts a

@@ -10,6 +10,7 @@
 namespace vesk {
 
 namespace json = boost::json;
+using boost::system::error_code;
 
 namespace {
 
@@ -36,61 +37,61 @@ struct Events {
 
     explicit Events(JsonHandler& listener) : handler(listener) {}
 
-    bool on_document_begin(json::error_code& /*error*/) { return true; }
-    bool on_document_end(json::error_code& /*error*/) { return true; }
+    bool on_document_begin(error_code& /*error*/) { return true; }
+    bool on_document_end(error_code& /*error*/) { return true; }
 
-    bool on_object_begin(json::error_code& /*error*/) {
+    bool on_object_begin(error_code& /*error*/) {
         handler.beginDictionary();
         return true;
     }
-    bool on_object_end(std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_object_end(std::size_t /*size*/, error_code& /*error*/) {
         handler.endDictionary();
         return true;
     }
-    bool on_array_begin(json::error_code& /*error*/) {
+    bool on_array_begin(error_code& /*error*/) {
         handler.beginList();
         return true;
     }
-    bool on_array_end(std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_array_end(std::size_t /*size*/, error_code& /*error*/) {
         handler.endList();
         return true;
     }
 
-    bool on_key_part(json::string_view part, std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_key_part(json::string_view part, std::size_t /*size*/, error_code& /*error*/) {
         parts.append(part);
         return true;
     }
-    bool on_key(json::string_view last, std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_key(json::string_view last, std::size_t /*size*/, error_code& /*error*/) {
         handler.key(whole(last));
         parts.clear();
         return true;
     }
-    bool on_string_part(json::string_view part, std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_string_part(json::string_view part, std::size_t /*size*/, error_code& /*error*/) {
         parts.append(part);
         return true;
     }
-    bool on_string(json::string_view last, std::size_t /*size*/, json::error_code& /*error*/) {
+    bool on_string(json::string_view last, std::size_t /*size*/, error_code& /*error*/) {
         handler.scalar(whole(last));
         parts.clear();
         return true;
     }
 
-    bool on_number_part(json::string_view part, json::error_code& /*error*/) {
+    bool on_number_part(json::string_view part, error_code& /*error*/) {
         parts.append(part);
         return true;
     }
-    bool on_int64(std::int64_t value, json::string_view /*text*/, json::error_code& /*error*/) {
+    bool on_int64(std::int64_t value, json::string_view /*text*/, error_code& /*error*/) {
         handler.scalar(JsonNumber{static_cast<double>(value), value});
         parts.clear();
         return true;
     }
-    bool on_uint64(std::uint64_t value, json::string_view /*text*/, json::error_code& /*error*/) {
+    bool on_uint64(std::uint64_t value, json::string_view /*text*/, error_code& /*error*/) {
         // More than the signed one holds, which is tried first.
         handler.scalar(JsonNumber{static_cast<double>(value), std::nullopt});
         parts.clear();
         return true;
     }
-    bool on_double(double /*rounded*/, json::string_view last, json::error_code& error) {
+    bool on_double(double /*rounded*/, json::string_view last, error_code& error) {
         // The library rounds to one of the two next to it, not to the nearer one.
         bool fits = false;
         const double value = whole(last).toDouble(&fits);
@@ -103,16 +104,16 @@ struct Events {
         return true;
     }
 
-    bool on_bool(bool value, json::error_code& /*error*/) {
+    bool on_bool(bool value, error_code& /*error*/) {
         handler.scalar(value);
         return true;
     }
-    bool on_null(json::error_code& /*error*/) {
+    bool on_null(error_code& /*error*/) {
         handler.scalar(nullptr);
         return true;
     }
-    bool on_comment_part(json::string_view /*part*/, json::error_code& /*error*/) { return true; }
-    bool on_comment(json::string_view /*last*/, json::error_code& /*error*/) { return true; }
+    bool on_comment_part(json::string_view /*part*/, error_code& /*error*/) { return true; }
+    bool on_comment(json::string_view /*last*/, error_code& /*error*/) { return true; }
 
     [[nodiscard]] QByteArrayView whole(json::string_view last) {
         if (parts.empty()) {
@@ -169,7 +170,7 @@ bool parseJson(const QByteArray& text, JsonHandler& handler) {
     json::parse_options options;
     options.max_depth = mostLevels;
     json::basic_parser<Events> parser(options, handler);
-    json::error_code error;
+    error_code error;
     const auto size = static_cast<std::size_t>(rest.size());
     const std::size_t read = parser.write_some(false, rest.data(), size, error);
     return !error && parser.done() && read == size;

@@ -1,6 +1,7 @@
 #include "tests/app/ControlBench.h"
 
 #include <QDir>
+#include <QScopeGuard>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -149,6 +150,15 @@ private slots:
     void loginFollowsTheAgentFile() {
         ControlBench bench;
         QVERIFY(!bench.control->startsAtLogin());
+        const QTemporaryDir generators;
+        qputenv("SYSTEMD_GENERATOR_PATH", generators.path().toUtf8());
+        const auto reset = qScopeGuard([] { qunsetenv("SYSTEMD_GENERATOR_PATH"); });
+#ifdef Q_OS_LINUX
+        const auto obstacle = bench.control->configureLogin(true);
+        QVERIFY(obstacle && obstacle->contains(generators.path()));
+        QVERIFY(!bench.control->configureLogin(false));
+#endif
+        QVERIFY(QFile::link(u"/bin/true"_s, generators.filePath(u"vesk-agent-generator"_s)));
         const auto missing = bench.control->configureLogin(true);
         QVERIFY(missing);
         QVERIFY(!missing->isEmpty());

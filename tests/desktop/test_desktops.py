@@ -35,27 +35,27 @@ class Flows(DesktopCase):
         self.windows.press_close(self.window)
         wait_for("the window gone", lambda: not self.program.is_shown())
 
-    def minimise(self, window=None):
-        window = window or self.window
-
+    def minimise(self, title=MAIN):
         def is_minimised():
-            # Again, since the program may still have been about to activate it.
+            # Again, since the program may still have been about to activate the window, and a dialog
+            # may have been re-created.
+            window = self.window_titled(title)
             self.windows.minimise(window)
             return self.windows.is_minimised(window)
 
-        wait_for("the window minimised", is_minimised)
+        wait_for(f"{title!r} minimised", is_minimised)
 
     def wait_until_raised(self):
         """The window has focus and nothing covers it."""
         self.window = self.program.wait_until_in_front()
         wait_for("the window in sight", lambda: self.windows.is_in_sight(self.window))
 
-
     def window_titled(self, title):
-        return next(
-            window for window in self.windows.of_process(self.program.pid)
-            if self.windows.title(window) == title
-        )
+        return wait_for(f"a window {title!r}", lambda: next(
+            (window for window in self.windows.of_process(self.program.pid)
+             if self.windows.title(window) == title),
+            None,
+        ))
 
     def open_settings(self):
         self.program.control("push button", "Settings").press()
@@ -202,7 +202,7 @@ class SheetFlows:
 
     def test_sheet_minimised_alone_is_restored(self):
         self.open_settings()
-        self.minimise(self.window_titled(SETTINGS))
+        self.minimise(SETTINGS)
         self.program.start_again()
         self.wait_until_restored(SETTINGS)
         self.program.sheet(SETTINGS)
@@ -213,7 +213,7 @@ class SheetFlows:
         for minimised in ([ALERT_WINDOW], [SETTINGS], [ALERT_WINDOW, SETTINGS], [MAIN]):
             with self.step(minimised):
                 for title in minimised:
-                    self.minimise(self.window_titled(title))
+                    self.minimise(title)
                 self.program.start_again()
                 self.wait_until_restored(SETTINGS, ALERT_WINDOW)
                 self.program.sheet(ALERT)

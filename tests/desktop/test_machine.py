@@ -15,6 +15,7 @@ import time
 from harness.case import DesktopCase
 from harness.dashboard import ALERT, visited_home
 from harness.desktop import DASHBOARD
+from harness.process import OWN_MOUNTS, needs_own_mounts
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
@@ -116,13 +117,13 @@ class MachineTest(DesktopCase):
             worker.show_slots(BUSY)
             dashboard.wait_until_live()
 
+    @needs_own_mounts
     def test_disk_full(self):
         worker = self.worker(devices=0)
         home = visited_home(self.desktop)
         dashboard = self.live_dashboard(
             worker, "--setup", home=home,
-            command=("unshare", "--map-current-user", "--keep-caps", "--mount",
-                     "sh", "-ec", SMALL_DISK, DASHBOARD),
+            command=(*OWN_MOUNTS, "sh", "-ec", SMALL_DISK, DASHBOARD),
         )
 
         def seen(path):

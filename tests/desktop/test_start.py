@@ -7,6 +7,7 @@ import time
 from harness.accessible import Announcements
 from harness.case import DesktopCase
 from harness.desktop import DASHBOARD
+from harness.process import OWN_MOUNTS, needs_own_mounts
 from harness.waiting import wait_for
 from harness.worker import BUSY, bay
 
@@ -240,6 +241,7 @@ class StartTest(DesktopCase):
         third = self.dashboard(worker.port, "--setup", home=home)
         wait_for("the setup sheet", lambda: self.setup_is_shown(third))
 
+    @needs_own_mounts
     def test_without_home_everything_is_in_the_home_of_the_user_database(self):
         worker = self.worker()
         for given in ({"HOME": ""}, {}):
@@ -248,8 +250,7 @@ class StartTest(DesktopCase):
                 dashboard = self.dashboard(
                     worker.port, home={"HOME_OF_USER": folder, **given},
                     without=("XDG_CONFIG_HOME", *(() if given else ("HOME",))),
-                    command=("unshare", "--map-current-user", "--keep-caps", "--mount",
-                             "sh", "-ec", USER_DATABASE, DASHBOARD),
+                    command=(*OWN_MOUNTS, "sh", "-ec", USER_DATABASE, DASHBOARD),
                 )
                 preferences = os.path.join(folder, ".config", "Halvex", "VeskWorkerControl.conf")
                 wait_for("the visit in the preferences", lambda: os.path.exists(preferences))

@@ -170,9 +170,10 @@ class PackageTest(unittest.TestCase):
 
     def test_dependencies_are_computed(self):
         depends = self.field(CONTROL, "Depends")
-        for library in ("libc6 (", "libqt6core6 (", "libqt6dbus6 (", "libqt6gui6 (", "libqt6svg6 (",
-                        "libqt6widgets6 (", "libxcb1"):
-            self.assertIn(library, depends)
+        # Debian 13 appended "t64" to names of libraries whose time_t grew on other processors.
+        for library in ("libc6", "libqt6core6(t64)?", "libqt6dbus6", "libqt6gui6", "libqt6svg6",
+                        "libqt6widgets6", "libxcb1"):
+            self.assertRegex(depends, rf"\b{library}\b")
         self.assertIn("systemd", self.field(CONTROL, "Recommends"))
         self.assertIn("qt6-wayland", self.field(CONTROL, "Recommends"))
         self.assertIn("libcpp-httplib", self.field(SIMULATOR, "Depends"))
@@ -230,7 +231,8 @@ class PackageTest(unittest.TestCase):
         path = self.path(CONTROL, f"usr/share/metainfo/{APPLICATION}.metainfo.xml")
         said = run("appstreamcli", "validate", "--no-net", path)
         self.assertRegex(said, r"Validation was successful")
-        self.assertNotRegex(said, r"(?m)^[EWI]:")
+        # The name of the developer is there in the form of 1.0 and in that of versions before.
+        self.assertNotRegex(said, r"(?m)^[EWI]:(?!.* (unknown-tag developer|developer-name-tag-deprecated)$)")
         component = ElementTree.parse(path).getroot()
         releases = [release.get("version") for release in component.iter("release")]
         self.assertEqual(releases[0], VERSION)

@@ -20,6 +20,9 @@ ROOT = "/org/a11y/atspi/accessible/root"
 NOWHERE = "/org/a11y/atspi/null"
 TIMEOUT_MS = 2000
 
+# at-spi2-core 2.53 renamed it.
+NAMES_BEFORE_2_53 = {"button": "push button"}
+
 
 def _connect(address):
     return Gio.DBusConnection.new_for_address_sync(
@@ -91,7 +94,8 @@ class Node:
     @property
     def role(self):
         (role,) = self._call("Accessible", "GetRole")
-        return Atspi.role_get_name(Atspi.Role(role))
+        name = Atspi.role_get_name(Atspi.Role(role))
+        return NAMES_BEFORE_2_53.get(name, name)
 
     @property
     def value(self):

@@ -19,6 +19,10 @@ DOCUMENTED = re.compile(
     r"|VeskWorkerControl: the first argument is no port number; port 45835 is used"
 )
 
+# Written by Qt 6.5 and later when assistive technology asks for an object that is gone by then; it gets an
+# error for an answer.
+GONE_OBJECT = re.compile(r'qt\.accessibility\.atspi: Could not find accessible on path: ".*"')
+
 _WORD = r"[a-z-]+"
 _TEXT = r'"(?:[^"\\\x00-\x1f]|\\["\\nt]|\\u[0-9a-f]{4})*"'
 _VALUE = rf"(?:{_WORD}|-?\d+|{_TEXT}|\[(?:{_TEXT}(?:,{_TEXT})*)?\]|[A-Z]+)"
@@ -87,7 +91,8 @@ class Dashboard:
         """What standard error says besides the documented lines and the reasons asked for."""
         return [
             line for line in self.err.splitlines()
-            if not DOCUMENTED.fullmatch(line) and not (self._told and REASON.fullmatch(line))
+            if not DOCUMENTED.fullmatch(line) and not GONE_OBJECT.fullmatch(line)
+            and not (self._told and REASON.fullmatch(line))
         ]
 
     def reasons(self, beginning=""):

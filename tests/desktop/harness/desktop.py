@@ -52,6 +52,7 @@ class Desktop:
             "GSETTINGS_BACKEND": "memory",
             "QT_QPA_PLATFORM": self.platform,
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            "SYSTEMD_GENERATOR_PATH": BUILD,
             # What the toolkit complains of is to be seen.
             "QT_LOGGING_RULES": "*.warning=true",
             # A request that went to a proxy would be lost.

@@ -4,6 +4,17 @@ import os
 import resource
 import signal
 import subprocess
+import unittest
+
+# In front of a command, gives it mounts of its own. Not allowed in a chroot.
+OWN_MOUNTS = ("unshare", "--map-current-user", "--keep-caps", "--mount")
+
+
+def needs_own_mounts(test):
+    """Skips the test function where a program cannot have mounts of its own."""
+    allowed = subprocess.run([*OWN_MOUNTS, "true"], capture_output=True, check=False)
+    return unittest.skipUnless(allowed.returncode == 0, "no mounts of its own: "
+                               + allowed.stderr.decode().strip())(test)
 
 
 class Process:

@@ -66,8 +66,10 @@ class Windows:
         return self._atom("_NET_WM_STATE_HIDDEN") in (self._property(window, "_NET_WM_STATE") or [])
 
     def is_active(self, window):
+        """A window manager may name a window as active before it has the input focus."""
         active = self._property(self._root, "_NET_ACTIVE_WINDOW")
-        return active is not None and active[0] == window.id
+        focused = self._display.get_input_focus().focus
+        return active is not None and active[0] == window.id == getattr(focused, "id", None)
 
     def host(self, window):
         """The window that this one hangs on; None for one that stands alone."""

@@ -3,6 +3,7 @@
 #include "tests/simulation/VirtualTime.h"
 
 #include <QKeySequence>
+#include <QMenu>
 #include <QPoint>
 #include <QPointer>
 #include <QWidget>
@@ -43,6 +44,17 @@ void click(const QWidget& control) {
 void clickAt(const QWidget& window, const QPoint& place) {
     const QPointer<QWindow> handle(window.windowHandle());
     const QPoint global = window.mapToGlobal(place);
+    if (qobject_cast<const QMenu*>(&window) != nullptr) {
+        // QMenu ignores a click near the place where it opened unless the pointer moved at least
+        // seven times.
+        constexpr int motions = 10;
+        for (int motion = 0; motion < motions; ++motion) {
+            const QPoint step(motion % 2, 0);
+            Interface::handleMouseEvent<AtOnce>(
+                handle, timestamp(), place + step, global + step, Qt::NoButton, Qt::NoButton,
+                QEvent::MouseMove);
+        }
+    }
     Interface::handleMouseEvent<AtOnce>(
         handle, timestamp(), place, global, Qt::LeftButton, Qt::LeftButton,
         QEvent::MouseButtonPress);

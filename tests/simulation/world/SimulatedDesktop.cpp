@@ -1,5 +1,6 @@
 #include "SimulatedDesktop.h"
 
+#include "tests/simulation/FocusWindow.h"
 #include "tests/simulation/VirtualTime.h"
 
 #include "ui/dashboard/NativeWindowState.h"
@@ -139,9 +140,7 @@ void SimulatedDesktop::restore(QWidget& window) {
 
 void SimulatedDesktop::giveKeyboard(QWidget& window) {
     chronicle_.note(u"desktop", u"gives the keyboard to \"%1\""_s.arg(window.windowTitle()));
-    // A request of the window's own might be refused.
-    QWindowSystemInterface::handleWindowActivated<QWindowSystemInterface::SynchronousDelivery>(
-        window.windowHandle());
+    setFocusWindow(window.windowHandle());
 }
 
 void SimulatedDesktop::setRefusesFocus(bool refuses) {

@@ -1,4 +1,5 @@
 #include "tests/TestProgram.h"
+#include "tests/simulation/FocusWindow.h"
 #include "ui/kit/Alert.h"
 #include "ui/kit/Sheet.h"
 #include "ui/kit/ViewKit.h"
@@ -9,8 +10,6 @@
 #include <QTest>
 #include <QTimer>
 #include <QWindow>
-
-#include <qpa/qwindowsysteminterface.h>
 
 #include <memory>
 
@@ -37,7 +36,7 @@ bool settles(const QWidget& dialog) {
 
 /// Has another application's window get focus.
 bool loseFocus() {
-    QWindowSystemInterface::handleWindowActivated(nullptr);
+    setFocusWindow(nullptr);
     return QTest::qWaitFor([] { return QGuiApplication::focusWindow() == nullptr; });
 }
 
