@@ -33,6 +33,8 @@ function(vesk_configure target)
     if(VESK_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+        # An empty optional that is dereferenced and an index beyond a vector end the program.
+        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
         target_link_options(${target} PRIVATE -fsanitize=${VESK_SANITIZE})
         # Calls through a pointer are checked by data in front of each function, which clang 14 does
         # not find for coroutines.

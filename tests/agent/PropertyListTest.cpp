@@ -284,6 +284,11 @@ void PropertyListTest::refused_data() {
     binaryRow("binary, set", {QByteArray(1, '\xc0')});
     binaryRow("binary, set of unknown", {QByteArray(1, '\xe0')});
     binaryRow("binary, key a number", {"\xd1" + bigEndian(1, 2) + bigEndian(1, 2), "\x10\x01"});
+    binaryRow(
+        "binary, dictionary without its values", {"\xa1" + bigEndian(2, 2),
+                                                  "\x51"
+                                                  "a",
+                                                  "\xd1" + bigEndian(1, 2)});
     binaryRow("binary, list in itself", {"\xa1" + bigEndian(0, 2)});
     binaryRow("binary, value that is not there", {"\xa1" + bigEndian(1, 2)});
     binaryRow("binary, text longer than the file", {"\x5f\x13" + bigEndian(~0ULL, 8) + "a"});
