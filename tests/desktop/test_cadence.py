@@ -48,9 +48,6 @@ class CadenceCase(DesktopCase):
 
 
 class CoveredTest(CadenceCase):
-    def test_visible_and_busy(self):
-        worker, _dashboard, _window = self.dashboard_in_front(BUSY)
-        self.assert_gaps(worker, VISIBLE_BUSY, 4)
 
     def test_covered_and_uncovered(self):
         worker, _dashboard, _window = self.dashboard_in_front(BUSY)

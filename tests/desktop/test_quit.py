@@ -11,7 +11,6 @@ from harness.tool import Tool
 from harness.waiting import wait_for
 from harness.worker import bay
 
-SERVICES = "/v1/local/services"
 AT_ONCE = 1.0  # seconds, on a busy machine
 ENTRIES = [names.READY, names.OPEN, names.PAUSE, "Setup…", QUIT]
 
@@ -30,11 +29,6 @@ class QuitTest(DesktopCase):
             "desktop": lambda: Application(self.desktop).act("quit"),
         }
 
-    def go_to_last_page(self, dashboard):
-        for number in (2, 3, 4):
-            self.person.click(dashboard.control("push button", "Continue"))
-            dashboard.wait_for_text(names.setup_step(number))
-
     def test_quit_while_setup_applies(self):
         host = self.tray_host()
         for name in ("tray", "key", "desktop"):
@@ -42,7 +36,7 @@ class QuitTest(DesktopCase):
                 worker = self.worker(devices=0)
                 dashboard = self.live_dashboard(worker, "--setup")
                 dashboard.sheet(SETUP)
-                self.go_to_last_page(dashboard)
+                self.go_to_last_setup_page(dashboard)
                 worker.arm(path="services", late=60)
                 self.person.click(dashboard.control("push button", names.APPLY))
                 wait_for("the change at the worker", worker.changes)
@@ -80,7 +74,7 @@ class QuitTest(DesktopCase):
 
     def test_quit_while_a_start_is_under_way(self):
         host = self.tray_host()
-        for name in ("tray", "key", "desktop", "signal"):
+        for name in ("key", "signal"):
             with self.step(name):
                 tool = Tool(self.desktop)
                 tool.hold()
@@ -95,18 +89,6 @@ class QuitTest(DesktopCase):
                 self.assertEqual(tool.calls(), ["print"])
                 tool.release()
                 wait_for("the start's end", lambda: tool.calls() == ["print", "bootstrap"])
-
-    def test_start_from_a_program_that_ignores_its_childrens_ends(self):
-        tool = Tool(self.desktop)
-        dashboard = self.stopped_dashboard(
-            "/usr/bin/env", "--ignore-signal=CHLD", tool.dashboard
-        )
-        self.person.click(dashboard.control("push button", names.START))
-        wait_for("the start's end", lambda: "bootstrap" in tool.calls())
-        wait_for(
-            "the button", lambda: dashboard.control("push button", names.START).has("enabled")
-        )
-        self.assertEqual(dashboard.sheets(), [])
 
     def test_keys_of_the_window(self):
         self.tray_host()

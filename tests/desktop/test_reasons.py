@@ -30,46 +30,6 @@ class ReasonsTest(DesktopCase):
             seconds,
         )
 
-    def test_a_service_that_fails_and_goes(self):
-        worker = self.worker(token=TOKEN)
-        worker.show_slots(BUSY)
-        dashboard = self.told_dashboard(worker.port)
-        dashboard.wait_until_live()
-        health = f'vesk.service: event=exchange method=GET port={worker.port} path="/v1/health" result='
-        self.wait_for_reason(dashboard, f"^{health}good status=200 bytes=\\d+ ms=\\d+$")
-        self.wait_for_reason(dashboard, "^vesk.service: event=connection state=connected was=checking misses=0 ")
-        self.wait_for_reason(
-            dashboard, "^vesk.service: event=next-fetch in_ms=\\d+ visible=true setup=false active=true$"
-        )
-        worker.fault(status=503, count=1)
-        self.wait_for_reason(dashboard, f"^{health}bad-status status=503 ")
-        self.wait_for_reason(
-            dashboard, "^vesk.service: event=connection state=reconnecting was=connected misses=1 "
-        )
-        dashboard.wait_until_live()
-        worker.close_listener(3600)
-        dashboard.wait_for_text(names.SERVICE_STOPPED, 30)
-        self.wait_for_reason(dashboard, f"^{health}refused ms=\\d+$")
-        self.wait_for_reason(
-            dashboard, "^vesk.service: event=connection state=stopped was=reconnecting misses=3 "
-        )
-        # The tool knows no such service.
-        self.wait_for_reason(
-            dashboard,
-            '^vesk.agent: event=tool-ended tool=".*/vesk-launchctl" '
-            'arguments=\\["print","gui/\\d+/com.halvex.corvala.integration.worker105"\\] '
-            'status=113 ms=\\d+ error=""$',
-        )
-        self.wait_for_reason(
-            dashboard,
-            "^vesk.agent: event=recovery restart=false misses=3 service=unknown starting=false "
-            "recovering=false$",
-        )
-        self.person.click(dashboard.control("push button", names.START))
-        self.wait_for_reason(
-            dashboard, '^vesk.agent: event=tool-ended .* script=true arguments=\\["gui/\\d+",.* status=0 '
-        )
-
     def test_what_is_on_screen(self):
         worker = self.worker(token=TOKEN)
         worker.show_slots(BUSY)

@@ -1,8 +1,10 @@
 #include "agent/HomeFolder.h"
 #include "app/CommandLine.h"
 #include "app/InstanceLock.h"
+#include "tests/Files.h"
 #include "tests/TestProgram.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -10,9 +12,12 @@
 #include <QTest>
 
 #include <array>
-#include <fcntl.h>
-#include <sys/file.h>
+#include <csignal>
+#include <cstdlib>
+
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace vesk;
 using namespace Qt::StringLiterals;
@@ -30,20 +35,7 @@ struct Outcome {
     QByteArray error;
 };
 
-/// `output`: the file that is its standard output, if not the outcome. `rules`: its
-/// QT_LOGGING_RULES.
-Outcome runProduct(
-    const QString& home, const QStringList& arguments, const QString& output = QString(),
-    const QString& rules = QString()) {
-    QProcess product;
-    product.setStandardOutputFile(output);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"HOME"_s, home);
-    environment.remove(u"DISPLAY"_s);
-    environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nowhere"_s);
-    environment.remove(u"QT_QPA_PLATFORM"_s);
-    environment.insert(u"QT_LOGGING_RULES"_s, rules);
-    product.setProcessEnvironment(environment);
+Outcome outcomeOf(QProcess& product, const QStringList& arguments) {
     product.start(QStringLiteral(VESK_DASHBOARD), arguments);
     if (!product.waitForFinished(20000)) {
         product.kill();
@@ -52,6 +44,31 @@ Outcome runProduct(
     return {
         product.exitCode(), product.exitStatus() == QProcess::CrashExit,
         product.readAllStandardOutput(), product.readAllStandardError()};
+}
+
+struct Surroundings {
+    QString outputFile; ///< instead of the outcome's output
+    QString loggingRules;
+    QString sessionBus = u"unix:path=/nowhere"_s; ///< none at all if empty
+};
+
+Outcome runProduct(
+    const QString& home, const QStringList& arguments, const Surroundings& surroundings = {}) {
+    QProcess product;
+    product.setStandardOutputFile(surroundings.outputFile);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto& name :
+         {u"DISPLAY"_s, u"QT_QPA_PLATFORM"_s, u"XDG_RUNTIME_DIR"_s, u"LC_ALL"_s,
+          u"DBUS_SESSION_BUS_ADDRESS"_s}) {
+        environment.remove(name);
+    }
+    environment.insert(u"HOME"_s, home);
+    environment.insert(u"QT_LOGGING_RULES"_s, surroundings.loggingRules);
+    if (!surroundings.sessionBus.isEmpty()) {
+        environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, surroundings.sessionBus);
+    }
+    product.setProcessEnvironment(environment);
+    return outcomeOf(product, arguments);
 }
 
 /// The cause that the program logs when it does not get its lock; empty unless it is all that
@@ -120,6 +137,45 @@ private slots:
         QCOMPARE(modeOf(home.filePath(u".corvala"_s)), 0700);
     }
 
+    void existingFolderAndFileAreKept() {
+        const QTemporaryDir home;
+        const QString folder = home.filePath(u".corvala"_s);
+        const QString file = folder + u"/worker-control.lock"_s;
+        write(file, "left behind");
+        QCOMPARE(chmod(QFile::encodeName(folder).constData(), 0755), 0);
+        InstanceLock lock(home.path());
+        QVERIFY(lock.take());
+        QCOMPARE(content(file), "left behind");
+        QCOMPARE(modeOf(folder), 0755);
+    }
+
+    void lockEndsWithItsProcess() {
+        const QTemporaryDir home;
+        std::array<int, 2> ends{};
+        QCOMPARE(pipe(ends.data()), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            InstanceLock lock(home.path());
+            const char taken = lock.take() ? 'y' : 'n';
+            while (::write(ends[1], &taken, 1) == 1) {
+                pause();
+            }
+            _exit(EXIT_FAILURE);
+        }
+        QVERIFY(child > 0);
+        char taken = 0;
+        QCOMPARE(read(ends[0], &taken, 1), 1);
+        QCOMPARE(taken, 'y');
+        InstanceLock lock(home.path());
+        QVERIFY(!lock.take());
+        kill(child, SIGKILL);
+        QCOMPARE(waitpid(child, nullptr, 0), child);
+        QVERIFY(lock.take());
+        for (const int end : ends) {
+            close(end);
+        }
+    }
+
     void lockIsExclusiveAndNotInherited() {
         const QTemporaryDir home;
         InstanceLock first(home.path());
@@ -144,11 +200,12 @@ private slots:
         const Outcome outcome = runProduct(home.path(), {});
         QCOMPARE(outcome.status, 1);
         QCOMPARE(outcome.error, alreadyOpen);
+        QCOMPARE(runProduct(home.path(), {u"--self-test"_s}).output, summary);
     }
 
     void causeOfARefusedLockIsLogged() {
         const auto cause = [](const QString& home) {
-            const Outcome outcome = runProduct(home, {}, {}, u"vesk.agent=true"_s);
+            const Outcome outcome = runProduct(home, {}, {.loggingRules = u"vesk.agent=true"_s});
             return outcome.status == 1 ? loggedCause(outcome.error, alreadyOpen) : QString();
         };
         const QTemporaryDir held;
@@ -169,7 +226,8 @@ private slots:
         QFile inTheWay(home.filePath(u".corvala"_s));
         QVERIFY(inTheWay.open(QFile::WriteOnly));
         for (const QStringList& arguments : {QStringList(), QStringList{u"--self-test"_s}}) {
-            const Outcome outcome = runProduct(home.path(), arguments, {}, u"vesk.agent=true"_s);
+            const Outcome outcome =
+                runProduct(home.path(), arguments, {.loggingRules = u"vesk.agent=true"_s});
             QVERIFY(outcome.crashed);
             QCOMPARE(
                 loggedCause(outcome.error, {}),
@@ -181,11 +239,13 @@ private slots:
         const QTemporaryDir home;
         InstanceLock first(home.path());
         QVERIFY(first.take());
-        const Outcome outcome = runProduct(home.path(), {u"8080"_s});
-        QVERIFY(!outcome.crashed);
-        QCOMPARE(outcome.status, 1);
-        QCOMPARE(outcome.output, QByteArray());
-        QCOMPARE(outcome.error, alreadyOpen);
+        for (const QString& bus : {u"unix:path=/nowhere"_s, QString()}) {
+            const Outcome outcome = runProduct(home.path(), {u"8080"_s}, {.sessionBus = bus});
+            QVERIFY(!outcome.crashed);
+            QCOMPARE(outcome.status, 1);
+            QCOMPARE(outcome.output, QByteArray());
+            QCOMPARE(outcome.error, alreadyOpen);
+        }
     }
 
     void quitWithoutARunningCopyDoesNothing() {
@@ -235,13 +295,23 @@ private slots:
         QCOMPARE(outcome.error, QByteArray());
     }
 
+    void selfTestIsFoundBehindArgumentsOfQt() {
+        const QTemporaryDir home;
+        for (const auto& first :
+             {u"-style"_s, u"-platform"_s, u"--"_s, u"-qwindowgeometry"_s, QString()}) {
+            const Outcome outcome = runProduct(home.path(), {first, u"--self-test"_s});
+            QCOMPARE(outcome.output, summary);
+            QCOMPARE(outcome.error, QByteArray());
+        }
+    }
+
     void selfTestFailsWhereItsSummaryCannotBeWritten() {
         const QString full = u"/dev/full"_s;
         if (!QFile::exists(full)) {
             QSKIP("no device that is always full");
         }
         const QTemporaryDir home;
-        const Outcome outcome = runProduct(home.path(), {u"--self-test"_s}, full);
+        const Outcome outcome = runProduct(home.path(), {u"--self-test"_s}, {.outputFile = full});
         QVERIFY(!outcome.crashed);
         QCOMPARE(outcome.status, 1);
         QCOMPARE(outcome.error, QByteArray());
@@ -254,16 +324,50 @@ private slots:
         QCOMPARE(modeOf(home.filePath(u".corvala/worker-control.lock"_s)), 0600);
     }
 
+    void withoutAFolderItEndsAbnormallyAndSilently_data() {
+        QTest::addColumn<QString>("home");
+        QTest::newRow("file") << u"file"_s;
+        QTest::newRow("below a file") << u"file/below"_s;
+        QTest::newRow("folder is a dangling link") << u"dangling"_s;
+        QTest::newRow("not writable") << u"/proc/none"_s;
+    }
+
     void withoutAFolderItEndsAbnormallyAndSilently() {
+        QFETCH(const QString, home);
         const QTemporaryDir base;
-        QFile inTheWay(base.filePath(u"home"_s));
-        QVERIFY(inTheWay.open(QFile::WriteOnly));
+        write(base.filePath(u"file"_s), {});
+        QVERIFY(QDir(base.path()).mkdir(u"dangling"_s));
+        QVERIFY(QFile::link(u"nowhere"_s, base.filePath(u"dangling/.corvala"_s)));
         for (const QStringList& arguments : {QStringList(), QStringList{u"--self-test"_s}}) {
-            const Outcome outcome = runProduct(inTheWay.fileName(), arguments);
+            const Outcome outcome = runProduct(QDir(base.path()).filePath(home), arguments);
             QVERIFY(outcome.crashed);
             QCOMPARE(outcome.output, QByteArray());
             QCOMPARE(outcome.error, QByteArray());
         }
+    }
+
+    void homeThatIsNotUtf8IsRefused_data() {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::newRow("HOME") << QByteArray("HOME");
+        QTest::newRow("XDG_CONFIG_HOME") << QByteArray("XDG_CONFIG_HOME");
+    }
+
+    void homeThatIsNotUtf8IsRefused() {
+        QFETCH(const QByteArray, variable);
+        const QTemporaryDir base;
+        const QByteArray before = qgetenv(variable.constData());
+        // In the test's own environment, since QProcessEnvironment decodes what it is given.
+        qputenv(variable.constData(), base.path().toUtf8() + "/h\xf6me");
+        for (const QStringList& arguments : {QStringList(), QStringList{u"--self-test"_s}}) {
+            QProcess product;
+            const Outcome outcome = outcomeOf(product, arguments);
+            QCOMPARE(outcome.status, 1);
+            QCOMPARE(outcome.output, QByteArray());
+            QCOMPARE(
+                outcome.error, "VeskWorkerControl: the home folder's path is not valid UTF-8\n");
+        }
+        before.isNull() ? qunsetenv(variable.constData()) : qputenv(variable.constData(), before);
+        QVERIFY(QDir(base.path()).isEmpty());
     }
 };
 

@@ -105,6 +105,27 @@ private slots:
                 said));
     }
 
+    void connectionHasStateBeforeAndAfter_data() {
+        QTest::addColumn<Connection>("before");
+        QTest::addColumn<Connection>("now");
+        QTest::addColumn<QString>("facts");
+        QTest::newRow("first answer") << Connection{} << Connection{.online = true}
+                                      << u"state=connected was=checking misses=0 misses_before=0"_s;
+        QTest::newRow("first miss")
+            << Connection{.online = true} << Connection{.online = true, .misses = 1}
+            << u"state=reconnecting was=connected misses=1 misses_before=0"_s;
+        QTest::newRow("third miss")
+            << Connection{.online = true, .misses = 2} << Connection{.misses = 3}
+            << u"state=stopped was=reconnecting misses=3 misses_before=2"_s;
+    }
+
+    void connectionHasStateBeforeAndAfter() {
+        QFETCH(const Connection, before);
+        QFETCH(const Connection, now);
+        QFETCH(const QString, facts);
+        QCOMPARE(connectionLine(before, now), u"event=connection "_s + facts);
+    }
+
     void eachCauseHasItsWord_data() {
         QTest::addColumn<HttpPeer::Script>("script");
         QTest::addColumn<QString>("result");

@@ -1,3 +1,4 @@
+#include "tests/model/LogCapture.h"
 #include "tests/simulation/SimulatedExchange.h"
 #include "tests/simulation/VirtualTimeRun.h"
 
@@ -6,6 +7,7 @@
 #include "service/RefreshLoop.h"
 #include "service/ServiceClient.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 
 using namespace vesk;
@@ -95,6 +97,18 @@ private slots:
         scene.situation.attention.visible = false;
         scene.loop.scheduleRefresh();
         QVERIFY(scene.untilNextRequest() >= 30s);
+    }
+
+    void nextFetchIsLogged() {
+        Scene scene;
+        scene.situation = {.attention = {.visible = true, .setup = false}, .active = true};
+        const LogCapture log;
+        scene.loop.scheduleRefresh();
+        QCOMPARE(log.lines().size(), 1);
+        static const QRegularExpression form(
+            uR"(^vesk\.service: event=next-fetch in_ms=(\d+) visible=true setup=false active=true$)"_s);
+        const auto wait = form.match(log.lines().constFirst()).captured(1).toInt();
+        QVERIFY2(wait >= 1500 && wait <= 1650, qPrintable(log.lines().constFirst()));
     }
 
     void goodAnswerIsTold() {

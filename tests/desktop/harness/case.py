@@ -4,6 +4,7 @@ import contextlib
 import socket
 import unittest
 
+from . import names
 from .dashboard import Dashboard
 from .desktop import X11Desktop
 from .person import Person
@@ -76,6 +77,11 @@ class DesktopCase(unittest.TestCase):
         dashboard = self.dashboard(worker.port, *arguments, **options)
         dashboard.wait_until_live()
         return dashboard
+
+    def go_to_last_setup_page(self, dashboard):
+        for number in (2, 3, 4):
+            self.person.click(dashboard.control("push button", "Continue"))
+            dashboard.wait_for_text(names.setup_step(number))
 
     def tray_host(self):
         host = TrayHost(self.desktop)

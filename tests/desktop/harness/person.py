@@ -3,8 +3,6 @@
 from Xlib import X, XK, display as xdisplay
 from Xlib.ext import xtest
 
-from .waiting import wait_for
-
 LEFT_BUTTON = 1
 RIGHT_BUTTON = 3
 
@@ -43,16 +41,6 @@ class Person:
         for code in reversed(codes):
             self._do(X.KeyRelease, code)
         self._display.sync()
-
-    def tab_to(self, dashboard, role, name):
-        """Goes there with the tab key."""
-        for _step in range(20):
-            focus = dashboard.accessible.focus()
-            if focus == (role, name):
-                return
-            self.key("Tab")
-            wait_for(f"the keyboard beyond {focus}", lambda: dashboard.accessible.focus() != focus)
-        raise AssertionError(f"the tab key does not come to {role} {name!r}")
 
     def _do(self, kind, detail=0, **position):
         xtest.fake_input(self._display, kind, detail, **position)
