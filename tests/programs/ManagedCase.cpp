@@ -15,20 +15,10 @@ namespace vesk {
 
 using namespace Qt::StringLiterals;
 
-QByteArray dictionary(const QMap<QString, QString>& texts) {
-    QByteArray entries;
-    for (auto text = texts.begin(); text != texts.end(); ++text) {
-        entries += entry(text.key(), text.value());
-    }
-    return "<dict>" + entries + "</dict>";
-}
+namespace {
 
 QByteArray element(const QByteArray& name, const QString& text) {
     return "<" + name + ">" + text.toHtmlEscaped().toUtf8() + "</" + name + ">";
-}
-
-QByteArray entry(const QString& key, const QString& text) {
-    return element("key", key) + element("string", text);
 }
 
 QByteArray list(const QStringList& texts) {
@@ -37,6 +27,20 @@ QByteArray list(const QStringList& texts) {
         elements += element("string", text);
     }
     return "<array>" + elements + "</array>";
+}
+
+QByteArray dictionary(const QMap<QString, QString>& texts) {
+    QByteArray entries;
+    for (auto text = texts.begin(); text != texts.end(); ++text) {
+        entries += entry(text.key(), text.value());
+    }
+    return "<dict>" + entries + "</dict>";
+}
+
+} // namespace
+
+QByteArray entry(const QString& key, const QString& text) {
+    return element("key", key) + element("string", text);
 }
 
 QByteArray probeKeys(

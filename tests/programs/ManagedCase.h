@@ -13,10 +13,7 @@
 namespace vesk {
 
 /// Parts of an agent's property list, as XML.
-QByteArray element(const QByteArray& name, const QString& text);
 QByteArray entry(const QString& key, const QString& text);
-QByteArray list(const QStringList& texts);
-QByteArray dictionary(const QMap<QString, QString>& texts);
 inline const QByteArray atLoad = "<key>RunAtLoad</key><true/>";
 
 /// Program, arguments and variables that make the probe report to a file.

@@ -1,17 +1,13 @@
 #include "agent/Launchctl.h"
-#include "agent/ListenerRecovery.h"
 #include "agent/LoginItem.h"
-#include "agent/ServiceStart.h"
 #include "agent/ServiceTarget.h"
 #include "tests/Files.h"
 #include "tests/TestProgram.h"
-#include "tests/agent/CountedTool.h"
 #include "tests/agent/PropertyListSamples.h"
 #include "tests/programs/ManagedCase.h"
 
 #include <QFile>
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <array>
@@ -22,7 +18,6 @@
 namespace vesk {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 /// The service is loaded, started, restarted and left alone as it is told.
 class ManagedServiceTest : public ManagedCase {
@@ -33,7 +28,6 @@ private slots:
     void bootstrapFromTheTemplate();
     void bootstrapFromTheAgentFile();
     void bootstrapWithoutStart();
-    void bootstrapOfALoadedService();
     void bootstrapFailures_data();
     void bootstrapFailures();
     void kickstartOfAStoppedService();
@@ -42,13 +36,8 @@ private slots:
     void endsAndRestarts_data();
     void endsAndRestarts();
     void throttle();
-    void recovery();
-    void recoveryOfAStoppedService();
     void login();
-    void loginWithBadFiles();
     void programThatEndsAtOnce();
-    void quitWhileItStarts();
-    void startedByAProgramThatIgnoresItsChildren();
     void printThatCannotBeWritten();
     void managerGone();
 };
@@ -60,11 +49,6 @@ void ManagedServiceTest::unknownService() {
         u"Could not find service \"%1\" in domain for user gui: %2\n"_s.arg(label).arg(getuid()));
     QCOMPARE(failureOf({u"print"_s, serviceTarget()}), std::optional(unknown));
     QCOMPARE(failureOf({u"kickstart"_s, u"-k"_s, serviceTarget()}), std::optional(unknown));
-    QVERIFY(failureOf({u"print"_s, u"gui/99999/"_s + label}));
-    QVERIFY(failureOf({u"print"_s, domainTarget()}));
-    QVERIFY(failureOf({u"bootstrap"_s, u"gui/99999"_s, locations().templateURL()}));
-    QCOMPARE(failureOf({u"list"_s})->code, 64);
-    QCOMPARE(failureOf({})->code, 64);
 }
 
 void ManagedServiceTest::bootstrapFromTheTemplate() {
@@ -92,20 +76,6 @@ void ManagedServiceTest::bootstrapWithoutStart() {
     QCOMPARE(start(), std::nullopt);
     QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
     QVERIFY(isRunning());
-}
-
-void ManagedServiceTest::bootstrapOfALoadedService() {
-    putTemplate(atLoad + probeKeys(report()));
-    const QStringList load{u"bootstrap"_s, domainTarget(), locations().templateURL()};
-    QCOMPARE(failureOf(load), std::nullopt);
-    const QByteArray process = unitProperty(u"MainPID"_s);
-    const auto again = failureOf(load);
-    QVERIFY(again);
-    QCOMPARE(again->code, 37);
-    QCOMPARE(
-        again->description, u"Bootstrap failed: 37: The service \"%1\" is already loaded.\n"_s.arg(
-                                ServiceLocations::serviceLabel.toString()));
-    QCOMPARE(unitProperty(u"MainPID"_s), process);
 }
 
 void ManagedServiceTest::bootstrapFailures_data() {
@@ -271,55 +241,6 @@ void ManagedServiceTest::throttle() {
     QTRY_COMPARE_WITH_TIMEOUT(runs(), 2, patience);
 }
 
-void ManagedServiceTest::recovery() {
-    putTemplate(atLoad + probeKeys(report()));
-    QCOMPARE(start(), std::nullopt);
-    TimePoint now(1000s);
-    CountedTool tool(*launchctl_);
-    ListenerRecovery recovery(
-        tool, [] { return false; }, [&] { return now; });
-    const QSignalSpy restarting(&recovery, &ListenerRecovery::restarting);
-    const QSignalSpy restarted(&recovery, &ListenerRecovery::restarted);
-    const auto check = [&](qint64 misses) {
-        recovery.recoverStaleListenerIfNeeded(misses);
-        return QTest::qWaitFor(
-            [&] { return tool.idle() && restarted.size() == restarting.size(); }, patience);
-    };
-    const QByteArray first = unitProperty(u"MainPID"_s);
-    QVERIFY(check(2));
-    QCOMPARE(unitProperty(u"MainPID"_s), first);
-
-    QVERIFY(check(3));
-    QCOMPARE(restarting.size(), 1);
-    QCOMPARE(restarted.size(), 1);
-    const QByteArray second = unitProperty(u"MainPID"_s);
-    QVERIFY(second != first && second.toInt() > 0);
-
-    now += 89s;
-    QVERIFY(check(20));
-    QCOMPARE(unitProperty(u"MainPID"_s), second);
-
-    now += 1s;
-    QVERIFY(check(21));
-    QCOMPARE(restarted.size(), 2);
-    QVERIFY(unitProperty(u"MainPID"_s) != second);
-    QVERIFY(isRunning());
-}
-
-void ManagedServiceTest::recoveryOfAStoppedService() {
-    putTemplate(atLoad + probeKeys(report()));
-    QCOMPARE(start(), std::nullopt);
-    static_cast<void>(PrivateManager::systemctl({u"stop"_s, unit()}));
-    CountedTool tool(*launchctl_);
-    ListenerRecovery recovery(
-        tool, [] { return false; }, [] { return TimePoint(1000s); });
-    const QSignalSpy restarting(&recovery, &ListenerRecovery::restarting);
-    recovery.recoverStaleListenerIfNeeded(30);
-    QTRY_VERIFY_WITH_TIMEOUT(tool.idle(), patience);
-    QCOMPARE(restarting.size(), 0);
-    QVERIFY(!isRunning());
-}
-
 void ManagedServiceTest::login() {
     putTemplate(atLoad + probeKeys(report(), {u"at login"_s}));
     QCOMPARE(configureLogin(locations(), true), std::nullopt);
@@ -341,32 +262,6 @@ void ManagedServiceTest::login() {
     QCOMPARE(runs(), 2);
 }
 
-void ManagedServiceTest::loginWithBadFiles() {
-    const QString folder = QFileInfo(locations().agentURL()).path();
-    write(folder + u"/bad.plist"_s, "no property list");
-    write(folder + u"/empty.plist"_s, "");
-    write(folder + u"/other.txt"_s, agentPropertyList(entry(u"Program"_s, u"/bin/false"_s)));
-    write(
-        folder + u"/relative.plist"_s,
-        xmlPropertyList(
-            dictionary({{u"Label"_s, u"com.example.relative"_s}, {u"Program"_s, u"sh"_s}})));
-    write(
-        folder + u"/zz.plist"_s, agentPropertyList(atLoad + entry(u"Program"_s, u"/bin/false"_s)));
-    putTemplate(atLoad + probeKeys(report()));
-    QCOMPARE(configureLogin(locations(), true), std::nullopt);
-    manager_.stop();
-    QVERIFY(manager_.start());
-    QTRY_VERIFY_WITH_TIMEOUT(isRunning(), patience);
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    const QByteArray log = manager_.log();
-    QVERIFY(log.contains("/bad.plist: The file is not a valid property list."));
-    QVERIFY(log.contains("/empty.plist: The file is not a valid property list."));
-    QVERIFY(
-        log.contains("/relative.plist: The launch agent's \"Program\" must be an absolute path."));
-    QVERIFY(log.contains("/zz.plist: Another launch agent has the label"));
-    QVERIFY(!log.contains("other.txt"));
-}
-
 void ManagedServiceTest::programThatEndsAtOnce() {
     // It was started, so that is no failure, however soon it ended.
     for (const QString& end : {u"false"_s, u"true"_s}) {
@@ -379,31 +274,6 @@ void ManagedServiceTest::programThatEndsAtOnce() {
         }
         forgetService();
     }
-}
-
-void ManagedServiceTest::quitWhileItStarts() {
-    putTemplate(atLoad + probeKeys(report()));
-    {
-        ServiceStart start(*launchctl_, locations());
-        start.startService([](const auto&) {});
-    }
-    launchctl_.reset();
-    QTRY_COMPARE_WITH_TIMEOUT(runs(), 1, patience);
-    launchctl_ = std::make_unique<Launchctl>(QStringLiteral(VESK_COMPANION));
-    QTRY_VERIFY_WITH_TIMEOUT(isRunning(), patience);
-}
-
-void ManagedServiceTest::startedByAProgramThatIgnoresItsChildren() {
-    putTemplate(atLoad + probeKeys(report()));
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(
-        u"env"_s, {u"--ignore-signal=CHLD"_s, QStringLiteral(VESK_COMPANION), u"bootstrap"_s,
-                   domainTarget(), locations().templateURL()});
-    QVERIFY(process.waitForFinished(patience));
-    QCOMPARE(process.readAll(), QByteArray());
-    QCOMPARE(process.exitCode(), 0);
-    QVERIFY(isRunning());
 }
 
 void ManagedServiceTest::printThatCannotBeWritten() {
