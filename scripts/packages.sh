@@ -5,7 +5,7 @@
 # shellcheck disable=SC2034 # used by those that source this file
 build_packages=(
     cmake g++ ninja-build pkgconf
-    libcpp-httplib-dev "libboost1.81-dev|libboost-dev" libssl-dev libxcb1-dev
+    "libboost1.81-dev|libboost-dev" libxcb1-dev
     nlohmann-json3-dev qt6-base-dev qt6-base-private-dev qt6-svg-dev
 )
 

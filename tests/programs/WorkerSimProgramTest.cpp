@@ -1,20 +1,17 @@
 #include "tests/TestProgram.h"
-#include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRegularExpression>
-#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryFile>
 #include <QTest>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using vesk::Ending;
 using vesk::exchange;
 using vesk::rawRequest;
@@ -32,7 +29,6 @@ public:
     }
 
     ~Program() {
-        signal(SIGCONT);
         process_.kill();
         process_.waitForFinished();
     }
@@ -42,7 +38,7 @@ public:
     Program(Program&&) = delete;
     Program& operator=(Program&&) = delete;
 
-    /// The port that the program told; 0 when its line does not come.
+    /// The port in the program's first line; 0 when that line does not come.
     int port() {
         while (!process_.canReadLine() && process_.waitForReadyRead(10'000)) {
         }
@@ -52,14 +48,16 @@ public:
         return form.match(line).captured(1).toInt();
     }
 
-    void signal(int number) const {
-        if (process_.processId() > 0) {
-            ::kill(static_cast<pid_t>(process_.processId()), number);
-        }
+    /// Its exit status; -1 when it does not end by itself.
+    int status() {
+        const bool ended =
+            process_.waitForFinished(10'000) && process_.exitStatus() == QProcess::NormalExit;
+        return ended ? process_.exitCode() : -1;
     }
 
-    bool finishes() {
-        return process_.waitForFinished(10'000) && process_.exitStatus() == QProcess::NormalExit;
+    int statusAfter(int signal) {
+        ::kill(static_cast<pid_t>(process_.processId()), signal);
+        return status();
     }
 
     QProcess& process() { return process_; }
@@ -73,169 +71,84 @@ private:
 class WorkerSimProgramTest : public QObject {
     Q_OBJECT
 
-    static void refusesScenario(const QString& file, const QByteArray& message) {
-        Program program({u"--port=0"_s, u"--scenario"_s, file});
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 2);
-        QCOMPARE(program.process().readAllStandardOutput(), QByteArray());
-        QCOMPARE(
-            program.process().readAllStandardError(),
-            "vesk-worker-sim: " + file.toUtf8() + ": " + message + "\n");
-    }
-
 private slots:
-    void servesUntilTheSignal_data() {
-        QTest::addColumn<int>("number");
-        QTest::newRow("SIGTERM") << SIGTERM;
-        QTest::newRow("SIGINT") << SIGINT;
-    }
+    void servesAsItsOptionsSayUntilTheSignal() {
+        QTemporaryFile scenario;
+        QVERIFY(scenario.open());
+        scenario.write(R"([{"at": 0, "fault": {"path": "diagnostics", "status": 503}}])");
+        scenario.close();
+        Program program(
+            {u"--port=0"_s, u"--bays"_s, u"5"_s, u"--devices=1"_s, u"--speed=200"_s,
+             u"--scenario"_s, scenario.fileName()},
+            u"abc"_s);
+        const int port = program.port();
+        QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 401);
+        const auto body = [port](const QByteArray& path) {
+            return exchange(port, rawRequest("GET", path, {}, {"Authorization: Bearer abc"}));
+        };
+        QCOMPARE(body("/v1/diagnostics").status(), 503);
+        const QByteArray health = body("/v1/health").body();
+        QVERIFY(health.contains(R"("slot":5)") && !health.contains(R"("slot":6)"));
+        QVERIFY(health.contains("phone-1") && !health.contains("phone-2"));
+        // No job is over within 5 s of its own time.
+        QTRY_VERIFY_WITH_TIMEOUT(body("/v1/health").body().contains("last_finished"), 4'000);
 
-    void servesUntilTheSignal() {
-        QFETCH(int, number);
-        const vesk::KeptPort kept;
-        const int port = kept.number();
-        Program program({u"--port"_s, QString::number(port), u"--bays"_s, u"5"_s});
-        QCOMPARE(program.port(), port);
-        const auto answer = exchange(port, rawRequest("GET", "/v1/health"));
-        QCOMPARE(answer.status(), 200);
-        QVERIFY(answer.body().contains(R"("slot":5)"));
-        QVERIFY(!answer.body().contains(R"("slot":6)"));
-        program.signal(number);
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 0);
+        QCOMPARE(program.statusAfter(SIGTERM), 0);
         QCOMPARE(program.process().readAllStandardError(), QByteArray());
         QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).ending, Ending::Refused);
     }
 
-    void takesTheTokenFromTheEnvironment() {
-        Program program({u"--port=0"_s}, u"abc"_s);
-        const int port = program.port();
-        QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 401);
-        const auto request = rawRequest("GET", "/v1/health", {}, {"Authorization: Bearer abc"});
-        QCOMPARE(exchange(port, request).status(), 200);
-    }
-
-    void runsFaster() {
-        Program program({u"--port=0"_s, u"--speed=200"_s});
-        const int port = program.port();
-        QElapsedTimer timer;
-        timer.start();
-        bool returned = false;
-        while (!returned && timer.elapsed() < 10'000) {
-            returned = exchange(port, rawRequest("GET", "/v1/health"))
-                           .body()
-                           .contains(R"("last_finished_seconds_ago")");
-        }
-        // No job is over within 5 s of its own time.
-        QVERIFY(returned && timer.elapsed() < 4'000);
-    }
-
-    void freezesAndThaws() {
+    void listensOnOneAddressOfTheLoopbackOnly() {
         Program program({u"--port=0"_s});
         const int port = program.port();
-        QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 200);
-        program.signal(SIGSTOP);
-        // The signal takes a moment to reach each of its threads.
-        QTRY_COMPARE(
-            exchange(port, rawRequest("GET", "/v1/health"), 300ms).ending, Ending::TimedOut);
-        program.signal(SIGCONT);
-        QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 200);
+        QTcpSocket socket;
+        socket.connectToHost(u"127.0.0.2"_s, static_cast<quint16>(port));
+        QVERIFY(!socket.waitForConnected());
+        QCOMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
+        QCOMPARE(program.statusAfter(SIGINT), 0);
     }
 
-    void listensOnTheLoopbackOnly() {
-        Program program({u"--port=0"_s});
-        const int port = program.port();
-        QFile table(u"/proc/net/tcp"_s);
-        if (!table.open(QIODevice::ReadOnly)) {
-            QSKIP("this system has no table of sockets to read");
-        }
-        const auto local = ":" + QByteArray::number(port, 16).rightJustified(4, '0').toUpper();
-        int listeners = 0;
-        for (const QByteArray& line : table.readAll().split('\n')) {
-            const auto fields = line.simplified().split(' ');
-            if (fields.size() > 3 && fields[1].endsWith(local) && fields[3] == "0A") {
-                ++listeners;
-                QCOMPARE(fields[1], "0100007F" + local);
-            }
-        }
-        QCOMPARE(listeners, 1);
-    }
-
-    void failsOnATakenPort() {
-        QTcpServer taken;
-        QVERIFY(taken.listen(QHostAddress::LocalHost));
-        Program program({u"--port"_s, QString::number(taken.serverPort())});
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 1);
-        QCOMPARE(
-            program.process().readAllStandardError(),
-            "vesk-worker-sim: cannot listen on 127.0.0.1:" + QByteArray::number(taken.serverPort())
-                + "\n");
-    }
-
-    void aSecondCopyOnThePortFails() {
+    void takenPortIsAFailure() {
         Program first({u"--port=0"_s});
         const int port = first.port();
         Program second({u"--port"_s, QString::number(port)});
-        QVERIFY(second.finishes());
-        QCOMPARE(second.process().exitCode(), 1);
+        QCOMPARE(second.status(), 1);
+        QCOMPARE(
+            second.process().readAllStandardError(),
+            "vesk-worker-sim: cannot listen on 127.0.0.1:" + QByteArray::number(port) + "\n");
         QCOMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 200);
     }
 
-    void explainsItself() {
+    void helpSaysWhatItIsNot() {
         Program program({u"--help"_s});
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 0);
+        QCOMPARE(program.status(), 0);
         QVERIFY(program.process().readAllStandardOutput().contains("It analyses\nnothing"));
     }
 
-    void playsAScenario() {
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        file.write(R"([{"at": 0, "fault": {"path": "health", "status": 503}}])");
-        file.close();
-        Program program({u"--port=0"_s, u"--scenario"_s, file.fileName()});
-        const int port = program.port();
-        QTRY_COMPARE(exchange(port, rawRequest("GET", "/v1/health")).status(), 503);
-        program.signal(SIGTERM);
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 0);
+    void refusesBadArguments_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("option") << QStringList{u"--bays"_s, u"x"_s}
+                                << u"--bays must be a whole number from 0 to 64; see --help"_s;
+        for (const QString& file :
+             {u"/nowhere/scenario.json"_s, u"/dev/null"_s, QDir::tempPath()}) {
+            QTest::newRow(qPrintable(file)) << QStringList{u"--scenario"_s, file}
+                                            << file + u": it is empty or cannot be read"_s;
+        }
+        const auto noScenario = QStringLiteral(VESK_WORKER_SIM);
+        QTest::newRow("no scenario") << QStringList{u"--scenario"_s, noScenario}
+                                     << noScenario + u": a scenario is a JSON list of steps"_s;
     }
 
-    void refusesBadScenarios_data() {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QByteArray>("message");
-        QTest::newRow("step") << QByteArray(R"([{"at": 0, "fault": {"status": 99}}])")
-                              << QByteArray(
-                                     "step 1: status must be a whole number from 100 to 999");
-        QTest::newRow("no JSON") << QByteArray("at 3")
-                                 << QByteArray("a scenario is a JSON list of steps");
-        QTest::newRow("empty") << QByteArray() << QByteArray("it is empty or cannot be read");
-    }
-
-    void refusesBadScenarios() {
-        QFETCH(const QByteArray, content);
-        QFETCH(const QByteArray, message);
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        file.write(content);
-        file.close();
-        refusesScenario(file.fileName(), message);
-    }
-
-    void refusesScenariosThatCannotBeRead() {
-        refusesScenario(u"/nowhere/scenario.json"_s, "it is empty or cannot be read");
-        refusesScenario(QDir::tempPath(), "it is empty or cannot be read");
-    }
-
-    void refusesBadOptions() {
-        Program program({u"--bays"_s, u"x"_s});
-        QVERIFY(program.finishes());
-        QCOMPARE(program.process().exitCode(), 2);
+    void refusesBadArguments() {
+        QFETCH(const QStringList, arguments);
+        QFETCH(const QString, message);
+        Program program(arguments);
+        QCOMPARE(program.status(), 2);
         QCOMPARE(program.process().readAllStandardOutput(), QByteArray());
         QCOMPARE(
-            program.process().readAllStandardError(),
-            "vesk-worker-sim: --bays must be a whole number from 0 to 64; see --help\n");
+            QString::fromUtf8(program.process().readAllStandardError()),
+            u"vesk-worker-sim: %1\n"_s.arg(message));
     }
 };
 

@@ -49,7 +49,6 @@ void readToEnd(int descriptor, Clock::time_point start, milliseconds deadline, R
         if (answer.bytes.isEmpty()) {
             answer.untilFirstByte = since(start);
         }
-        answer.pieces.append(size);
         answer.bytes.append(buffer.data(), size);
     }
 }
@@ -103,7 +102,6 @@ RawAnswer exchange(int port, const QByteArray& request, milliseconds deadline) {
         }
         ::close(descriptor);
     }
-    answer.untilEnd = since(start);
     return answer;
 }
 

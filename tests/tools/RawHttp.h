@@ -15,8 +15,6 @@ struct RawAnswer {
     Ending ending = Ending::TimedOut;
     QByteArray bytes;
     std::chrono::milliseconds untilFirstByte{};
-    std::chrono::milliseconds untilEnd{};
-    QList<qsizetype> pieces; ///< size of each read, in order
 
     [[nodiscard]] int status() const; ///< 0 when there is no status line
     [[nodiscard]] QByteArray body() const;

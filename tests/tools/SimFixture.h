@@ -3,7 +3,6 @@
 #include "tests/tools/KeptPort.h"
 #include "tests/tools/RawHttp.h"
 #include "tools/worker-sim/Service.h"
-#include "tools/worker-sim/Simulation.h"
 
 #include <QByteArray>
 #include <QJsonArray>
@@ -17,18 +16,17 @@ namespace vesk {
 /// A simulated service inside the test, on a port that is its own even while it does not listen.
 class SimFixture {
 public:
-    explicit SimFixture(std::string token = {}, double speed = 1)
-        : simulation_(1, {}, speed),
-          service_(simulation_, std::move(token)),
-          port_(service_.start(kept_.number()).value_or(0)) {}
+    explicit SimFixture(std::string token = {}, const sim::Scenario& scenario = {})
+        : service_({sim::Rack({}, 1), 1.0, std::move(token)}) {
+        service_.play(scenario);
+        port_ = service_.start(kept_.number()).value_or(0);
+    }
 
     [[nodiscard]] int port() const { return port_; }
-    [[nodiscard]] sim::Simulation& simulation() { return simulation_; }
-    [[nodiscard]] sim::Service& service() { return service_; }
+    void stop() { service_.stop(); }
 
-    [[nodiscard]] RawAnswer
-    get(const QByteArray& path, const QList<QByteArray>& headers = {}) const {
-        return exchange(port_, rawRequest("GET", path, {}, headers));
+    [[nodiscard]] RawAnswer get(const QByteArray& path) const {
+        return exchange(port_, rawRequest("GET", path));
     }
 
     [[nodiscard]] RawAnswer post(const QByteArray& path, const QByteArray& body) const {
@@ -40,6 +38,9 @@ public:
         return post("/sim/fault", fault).status() == 200;
     }
 
+    /// The service's own document.
+    [[nodiscard]] QJsonObject health() const { return document(get("/v1/health")); }
+
     [[nodiscard]] QJsonArray log() const {
         return QJsonDocument::fromJson(get("/sim/requests").body()).array();
     }
@@ -50,9 +51,8 @@ public:
 
 private:
     KeptPort kept_;
-    sim::Simulation simulation_;
     sim::Service service_;
-    int port_;
+    int port_ = 0;
 };
 
 } // namespace vesk

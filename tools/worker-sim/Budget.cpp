@@ -4,117 +4,83 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
+#include <cmath>
+#include <cstddef>
 
 namespace vesk::sim {
 
 namespace {
 
-constexpr std::array<std::pair<Mode, std::string_view>, 3> modeNames{
-    {{Mode::Automatic, "automatic"}, {Mode::Quiet, "quiet"}, {Mode::Faster, "faster"}}};
+constexpr int allLanes = 64;
 
-constexpr int activeDuty = 15;
-constexpr int automaticDuty = 40;
-constexpr int quietDuty = 20;
-constexpr int fasterDuty = 55;
-constexpr int automaticCeiling = 65;
-constexpr int fasterCeiling = 85;
-constexpr double recoveryPerSecond = 2;
+struct Duties {
+    const char* mode;
+    int active; ///< while the computer is used or warm
+    int configured;
+    int idleCeiling;
+    int lanes;
+};
+
+/// In the order of the modes.
+constexpr std::array duties{
+    Duties{"automatic", 15, 40, 65, allLanes}, Duties{"quiet", 15, 20, 20, 1},
+    Duties{"faster", 15, 55, 85, allLanes}};
+
+struct Period {
+    double end; ///< seconds after the begin of the timetable
+    const char* reason;
+    const char* thermalState;
+    int Duties::*duty;
+    int lanes;
+};
+
+constexpr std::array timetable{
+    Period{45, "Cool and idle", "nominal", &Duties::idleCeiling, allLanes},
+    Period{70, "Sharing with light use", "nominal", &Duties::configured, 2},
+    Period{95, "Computer in use", "nominal", &Duties::active, 1},
+    Period{125, "Cool and idle", "nominal", &Duties::idleCeiling, allLanes},
+    Period{140, "Cooling down", "fair", &Duties::active, 1}};
+
+const Duties& dutiesOf(Mode mode) {
+    return duties.at(static_cast<std::size_t>(mode));
+}
+
+const Period& periodAt(Seconds time) {
+    const double now = std::fmod(time.count(), timetable.back().end);
+    return *std::ranges::upper_bound(timetable, now, {}, &Period::end);
+}
 
 } // namespace
 
-std::string_view nameOf(Mode mode) {
-    return std::ranges::find(modeNames, mode, &std::pair<Mode, std::string_view>::first)->second;
-}
-
 std::optional<Mode> modeFromName(std::string_view name) {
-    const auto* const found =
-        std::ranges::find(modeNames, name, &std::pair<Mode, std::string_view>::second);
-    return found == modeNames.end() ? std::nullopt : std::optional(found->first);
-}
-
-Budget::Budget(int lanes) : configuredLanes_(lanes) {}
-
-void Budget::setMode(Mode mode) {
-    mode_ = mode;
-    settle();
-}
-
-void Budget::advance(Seconds step, Random& random) {
-    untilActivity_ -= step;
-    if (untilActivity_ <= Seconds(0)) {
-        constexpr std::array activities{Activity::InUse, Activity::Light, Activity::Idle};
-        activity_ = activities.at(static_cast<std::size_t>(random.whole(0, 2)));
-        untilActivity_ = random.seconds(20, 45);
-    }
-    untilThermal_ -= step;
-    if (untilThermal_ <= Seconds(0)) {
-        warm_ = !warm_;
-        untilThermal_ = warm_ ? random.seconds(10, 18) : random.seconds(60, 120);
-    }
-    duty_ += recoveryPerSecond * step.count();
-    settle();
-}
-
-int Budget::dutyPercent() const {
-    return static_cast<int>(duty_);
+    const auto* const found = std::ranges::find(duties, name, &Duties::mode);
+    return found == duties.end() ? std::nullopt
+                                 : std::optional(static_cast<Mode>(found - duties.begin()));
 }
 
 int Budget::lanes() const {
-    return target().lanes;
+    return std::min({configuredLanes, dutiesOf(mode).lanes, periodAt(time).lanes});
 }
 
-Budget::Target Budget::target() const {
-    const int one = std::min(1, configuredLanes_);
-    const int two = std::min(2, configuredLanes_);
-    if (warm_) {
-        return {activeDuty, one, "Cooling down"};
-    }
-    if (mode_ == Mode::Quiet) {
-        return {quietDuty, one, "Cool and quiet"};
-    }
-    switch (activity_) {
-    case Activity::InUse:
-        return {activeDuty, one, "Computer in use"};
-    case Activity::Light:
-        return {configuredDuty(), two, "Sharing with light use"};
-    case Activity::Idle:
-        break;
-    }
-    return {
-        mode_ == Mode::Faster ? fasterCeiling : automaticCeiling, configuredLanes_,
-        "Cool and idle"};
-}
-
-int Budget::configuredDuty() const {
-    switch (mode_) {
-    case Mode::Automatic:
-        return automaticDuty;
-    case Mode::Quiet:
-        return quietDuty;
-    case Mode::Faster:
-        return fasterDuty;
-    }
-    return automaticDuty;
-}
-
-void Budget::settle() {
-    duty_ = std::min(duty_, static_cast<double>(target().dutyPercent));
+int Budget::dutyPercent() const {
+    return dutiesOf(mode).*periodAt(time).duty;
 }
 
 nlohmann::json Budget::record(int running) const {
+    const Duties& duty = dutiesOf(mode);
+    const Period& period = periodAt(time);
     return {
-        {"performance_mode", nameOf(mode_)},
-        {"thermal_state", warm_ ? "fair" : "nominal"},
-        {"configured_duty_percent", configuredDuty()},
-        {"active_duty_percent", activeDuty},
-        {"idle_ceiling_percent", mode_ == Mode::Faster ? fasterCeiling : automaticCeiling},
+        {"performance_mode", duty.mode},
+        {"thermal_state", period.thermalState},
+        {"reason", period.reason},
+        {"configured_duty_percent", duty.configured},
+        {"active_duty_percent", duty.active},
+        {"idle_ceiling_percent", duty.idleCeiling},
         {"duty_percent", dutyPercent()},
         {"effective_duty_percent", dutyPercent()},
-        {"configured_workers", configuredLanes_},
-        {"workers", running},
+        {"configured_workers", configuredLanes},
         {"effective_workers", lanes()},
-        {"reason", target().reason}};
+        {"workers", running}};
 }
 
 } // namespace vesk::sim

@@ -1,9 +1,9 @@
 #include "tools/worker-sim/Fault.h"
 
+#include "tools/worker-sim/Json.h"
+
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <string_view>
 
 namespace vesk::sim {
 
@@ -11,190 +11,143 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double longestWait = 3600;
-constexpr std::int64_t mostRequests = 1'000'000;
-constexpr std::int64_t mostBytes = 256LL * 1024 * 1024;
-constexpr std::array paths{"health", "diagnostics", "services", "performance"};
-constexpr std::array framings{"chunked", "close"};
+bool isText(const json& value) {
+    return value.is_string();
+}
 
-/// Reads the keys of one document and remembers the first that is wrong.
-class Reader {
-public:
-    explicit Reader(const json& document) : document_(document) {}
+bool isFlag(const json& value) {
+    return value.is_boolean();
+}
 
-    void flag(const char* key, bool& into) {
-        if (const json* value = find(key)) {
-            if (value->is_boolean()) {
-                into = value->get<bool>();
-            } else {
-                complain(key, "true or false");
-            }
-        }
-    }
+bool isObject(const json& value) {
+    return value.is_object();
+}
 
-    void text(const char* key, std::optional<std::string>& into) {
-        if (const json* value = find(key)) {
-            if (value->is_string()) {
-                into = value->get<std::string>();
-            } else {
-                complain(key, "a text");
-            }
-        }
-    }
+bool isPath(const json& value) {
+    constexpr std::array paths{"health", "diagnostics", "services", "performance"};
+    return std::ranges::find(paths, value) != paths.end();
+}
 
-    void seconds(const char* key, std::optional<Seconds>& into) {
-        if (const json* value = find(key)) {
-            if (value->is_number() && *value >= 0 && *value <= longestWait) {
-                into = Seconds(value->get<double>());
-            } else {
-                complain(key, "a number of seconds from 0 to 3600");
-            }
-        }
-    }
+template<int least, int most>
+bool isWhole(const json& value) {
+    return value.is_number_integer() && value >= least && value <= most;
+}
 
-    template<typename Number>
-    void
-    whole(const char* key, std::int64_t least, std::int64_t most, std::optional<Number>& into) {
-        if (const json* value = find(key)) {
-            if (value->is_number_integer() && *value >= least && *value <= most) {
-                into = value->get<Number>();
-            } else {
-                complain(
-                    key,
-                    "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
-            }
-        }
-    }
+bool isTime(const json& value) {
+    return value.is_number() && value >= 0 && value <= 3600;
+}
 
-    void object(const char* key, std::optional<json>& into) {
-        if (const json* value = find(key)) {
-            if (value->is_object()) {
-                into = *value;
-            } else {
-                complain(key, "an object");
-            }
-        }
-    }
-
-    template<std::size_t Count>
-    void word(
-        const char* key, const std::array<const char*, Count>& words, const char* list,
-        std::optional<std::string>& into) {
-        text(key, into);
-        if (into && std::ranges::find(words, *into) == words.end()) {
-            complain(key, list);
-        }
-    }
-
-    /// The first complaint; empty when every key was read and right.
-    [[nodiscard]] std::string verdict() const {
-        if (!complaint_.empty() || known_ == document_.size()) {
-            return complaint_;
-        }
-        return "there is a key that no fault has";
-    }
-
-private:
-    const json* find(const char* key) {
-        const auto found = document_.find(key);
-        if (found == document_.end()) {
-            return nullptr;
-        }
-        ++known_;
-        return &*found;
-    }
-
-    void complain(const char* key, const std::string& wanted) {
-        if (complaint_.empty()) {
-            complaint_ = std::string(key) + " must be " + wanted;
-        }
-    }
-
-    const json& document_;
-    std::size_t known_ = 0;
-    std::string complaint_;
+struct Key {
+    std::string_view name;
+    bool (*fits)(const json& value);
+    std::string_view wanted;
 };
+
+constexpr std::array keys{
+    Key{"path", isPath, "health, diagnostics, services or performance"},
+    Key{"count", isWhole<1, 1'000'000>, "a whole number from 1 to 1000000"},
+    Key{"status", isWhole<100, 999>, "a whole number from 100 to 999"},
+    Key{"redirect", isText, "a text"},
+    Key{"opposite", isFlag, "true or false"},
+    Key{"patch", isObject, "an object"},
+    Key{"body", isText, "a text"},
+    Key{"size", isWhole<0, 268'435'456>, "a whole number from 0 to 268435456"},
+    Key{"late", isTime, "a number of seconds from 0 to 3600"},
+    Key{"truncate", isFlag, "true or false"},
+    Key{"hang_up", isFlag, "true or false"},
+    Key{"reset", isFlag, "true or false"},
+    Key{"raw", isText, "a text"}};
+
+/// What is wrong with the description of a fault; empty when nothing is.
+std::string complaintAbout(const json& description) {
+    if (!description.is_object()) {
+        return "a fault is a JSON object";
+    }
+    for (const auto& [name, value] : description.items()) {
+        const auto* const key = std::ranges::find(keys, name, &Key::name);
+        if (key == keys.end()) {
+            return "there is a key that no fault has";
+        }
+        if (!key->fits(value)) {
+            return name + " must be " + std::string(key->wanted);
+        }
+    }
+    return {};
+}
+
+template<typename Value>
+std::optional<Value> valueIn(const json& description, const char* key) {
+    const auto found = description.find(key);
+    return found == description.end() ? std::nullopt : std::optional(found->get<Value>());
+}
+
+bool fits(const Fault& fault, std::string_view path) {
+    return fault.path.empty() || path.ends_with("/" + fault.path);
+}
 
 } // namespace
 
-std::variant<Fault, std::string> faultFromJson(const json& document) {
-    if (!document.is_object()) {
-        return "a fault is a JSON object";
-    }
-    Fault fault;
-    Reader reader(document);
-    std::optional<std::string> path;
-    reader.word("path", paths, "health, diagnostics, services or performance", path);
-    fault.path = path.value_or("");
-    reader.whole("skip", 1, mostRequests, fault.skip);
-    reader.whole("count", 1, mostRequests, fault.count);
-    reader.seconds("unread", fault.unread);
-    reader.seconds("late", fault.late);
-    reader.seconds("drip_head", fault.dripHead);
-    reader.seconds("drip", fault.drip);
-    reader.seconds("stall", fault.stall);
-    reader.flag("truncate", fault.truncate);
-    reader.flag("hang_up", fault.hangUp);
-    reader.flag("reset", fault.reset);
-    reader.text("raw", fault.raw);
-    reader.whole("head_size", 0, mostBytes, fault.headSize);
-    reader.whole("length", 0, mostBytes, fault.length);
-    reader.word("framing", framings, "chunked or close", fault.framing);
-    reader.whole("status", 100, 999, fault.status);
-    reader.text("redirect", fault.redirect);
-    reader.flag("done", fault.done);
-    reader.text("body", fault.body);
-    reader.object("patch", fault.patch);
-    reader.whole("size", 0, mostBytes, fault.size);
-    reader.flag("opposite", fault.opposite);
-    if (const std::string complaint = reader.verdict(); !complaint.empty()) {
+std::variant<Fault, std::string> faultFromJson(const json& description) {
+    if (std::string complaint = complaintAbout(description); !complaint.empty()) {
         return complaint;
+    }
+    return Fault{
+        .description = description,
+        .path = description.value("path", ""),
+        .count = valueIn<int>(description, "count"),
+        .status = valueIn<int>(description, "status"),
+        .redirect = description.value("redirect", ""),
+        .opposite = description.value("opposite", false),
+        .patch = description.value("patch", json::object()),
+        .body = valueIn<std::string>(description, "body"),
+        .size = description.value("size", std::size_t{0}),
+        .late = Seconds(description.value("late", 0.0)),
+        .truncate = description.value("truncate", false),
+        .reset = description.value("reset", false),
+        .raw = description.value("hang_up", false) ? "" : valueIn<std::string>(description, "raw")};
+}
+
+Answer Fault::answerFor(Reply reply) const {
+    if (raw || reset) {
+        return {.bytes = raw.value_or(""), .delay = late, .reset = reset};
+    }
+    if (!patch.empty() && reply.status == 200) {
+        json document = json::parse(reply.body);
+        document.merge_patch(patch);
+        reply.body = textOf(document);
+    }
+    reply.body = body.value_or(reply.body);
+    reply.body.resize(std::max(size, reply.body.size()), ' ');
+    reply.location = redirect;
+    reply.status = status.value_or(redirect.empty() ? reply.status : 302);
+    std::string bytes = bytesOf(reply);
+    if (truncate) {
+        bytes.resize(bytes.size() - (reply.body.size() + 1) / 2);
+    }
+    return {.bytes = std::move(bytes), .delay = late};
+}
+
+Fault Faults::take(std::string_view path) {
+    const auto met =
+        std::ranges::find_if(armed_, [&](const Fault& fault) { return fits(fault, path); });
+    if (met == armed_.end()) {
+        return {};
+    }
+    Fault fault = *met;
+    if (met->count && --*met->count == 0) {
+        armed_.erase(met);
+    } else if (met->count) {
+        met->description["count"] = *met->count;
     }
     return fault;
 }
 
-json toJson(const Fault& fault) {
-    auto document = json::object();
-    const auto put = [&](const char* key, const auto& value) {
-        if (value) {
-            document[key] = *value;
-        }
-    };
-    const auto putSeconds = [&](const char* key, const std::optional<Seconds>& value) {
-        if (value) {
-            document[key] = value->count();
-        }
-    };
-    const auto putFlag = [&](const char* key, bool value) {
-        if (value) {
-            document[key] = true;
-        }
-    };
-    if (!fault.path.empty()) {
-        document["path"] = fault.path;
+json Faults::descriptions() const {
+    auto list = json::array();
+    for (const Fault& fault : armed_) {
+        list.push_back(fault.description);
     }
-    put("skip", fault.skip);
-    put("count", fault.count);
-    putSeconds("unread", fault.unread);
-    putSeconds("late", fault.late);
-    putSeconds("drip_head", fault.dripHead);
-    putSeconds("drip", fault.drip);
-    putSeconds("stall", fault.stall);
-    putFlag("truncate", fault.truncate);
-    putFlag("hang_up", fault.hangUp);
-    putFlag("reset", fault.reset);
-    put("raw", fault.raw);
-    put("head_size", fault.headSize);
-    put("length", fault.length);
-    put("framing", fault.framing);
-    put("status", fault.status);
-    put("redirect", fault.redirect);
-    putFlag("done", fault.done);
-    put("body", fault.body);
-    put("patch", fault.patch);
-    put("size", fault.size);
-    putFlag("opposite", fault.opposite);
-    return document;
+    return list;
 }
 
 } // namespace vesk::sim

@@ -1,56 +1,64 @@
 #pragma once
 
-#include "tools/worker-sim/Random.h"
+#include "tools/worker-sim/Http.h"
+#include "tools/worker-sim/Seconds.h"
+#include "tools/worker-sim/Server.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
+#include <vector>
 
 namespace vesk::sim {
 
 /// What goes wrong with an answer. Several things may be set at once.
 struct Fault {
+    nlohmann::json description = nlohmann::json::object(); ///< as `faultFromJson` reads it
+
     std::string path;         ///< last piece of the path that it is for; empty: any
-    std::optional<int> skip;  ///< how many requests that fit pass it by before
     std::optional<int> count; ///< how many requests it is for; nothing: all of them
 
-    // On the way from the client.
-    std::optional<Seconds> unread; ///< no request is read for that long, then no more
+    std::optional<int> status;                       ///< the request is not carried out
+    std::string redirect;                            ///< status 302 to this place, likewise
+    bool opposite = false;                           ///< deep jobs end up the other way round
+    nlohmann::json patch = nlohmann::json::object(); ///< a merge patch over the document
+    std::optional<std::string> body;                 ///< sent in place of the document
+    std::size_t size = 0; ///< the body is filled up with blanks to that many bytes
 
-    // On the way to the client.
-    std::optional<Seconds> late;     ///< wait before anything is sent
-    std::optional<Seconds> dripHead; ///< wait before each byte of the head
-    std::optional<Seconds> drip;     ///< wait before each byte of the body
-    std::optional<Seconds> stall;    ///< wait after half the body
-    bool truncate = false;           ///< half the body, then the connection closes
-    bool hangUp = false;             ///< no answer, the connection closes
-    bool reset = false;              ///< no answer, the connection is reset
-    std::optional<std::string> raw;  ///< sent in place of the whole answer
+    Seconds late{};                 ///< wait before anything is sent
+    bool truncate = false;          ///< half the body, then the connection closes
+    bool reset = false;             ///< no answer, the connection is reset
+    std::optional<std::string> raw; ///< sent in place of the answer; may be empty
 
-    // In the head of the answer.
-    std::optional<std::size_t> headSize; ///< it is filled up to that many bytes
-    std::optional<std::size_t> length;   ///< told as the length of the body
-    std::optional<std::string> framing;  ///< "chunked" or "close", in place of a length
+    [[nodiscard]] bool refusesRequest() const { return status || !redirect.empty(); }
 
-    // In the answer itself.
-    std::optional<int> status;           ///< the request is not carried out
-    std::optional<std::string> redirect; ///< status 302 to this place; not carried out either
-    bool done = false;                   ///< it is carried out all the same
-    std::optional<std::string> body;     ///< sent in place of the document
-    std::optional<nlohmann::json> patch; ///< a merge patch over the document
-    std::optional<std::size_t> size;     ///< the body is filled up with blanks to that many bytes
-    bool opposite = false;               ///< the deep-job switch ends up the other way round
-
-    [[nodiscard]] bool refusesRequest() const { return (status || redirect) && !done; }
+    /// What is sent in place of `reply`.
+    [[nodiscard]] Answer answerFor(Reply reply) const;
 };
 
-/// The fault that `document` describes, or a sentence that says what is wrong with it.
-[[nodiscard]] std::variant<Fault, std::string> faultFromJson(const nlohmann::json& document);
+/// The fault that `description` describes, or a sentence that says what is wrong with it.
+[[nodiscard]] std::variant<Fault, std::string> faultFromJson(const nlohmann::json& description);
 
-/// The same fault in the form that `faultFromJson` reads.
-[[nodiscard]] nlohmann::json toJson(const Fault& fault);
+/// The faults that wait for requests, in the order in which they were armed.
+class Faults {
+public:
+    void arm(Fault fault) { armed_.push_back(std::move(fault)); }
+    void clear() { armed_.clear(); }
+
+    /// The first fault for a request to `path`, counted down by one; without one, a fault that does
+    /// nothing.
+    [[nodiscard]] Fault take(std::string_view path);
+
+    /// The descriptions, with what is left of each count.
+    [[nodiscard]] nlohmann::json descriptions() const;
+
+private:
+    std::vector<Fault> armed_;
+};
 
 } // namespace vesk::sim

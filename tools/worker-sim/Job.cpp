@@ -1,76 +1,46 @@
 #include "tools/worker-sim/Job.h"
 
-#include "tools/worker-sim/Models.h"
-
 namespace vesk::sim {
 
 namespace {
 
-constexpr double failureRate = 0.04;
+struct Kind {
+    const char* stage;
+    const char* mediaKind;
+    const char* model;
+    double least; ///< seconds of processing
+    double most;
+};
 
-void makeVideo(Job& job, Random& random) {
-    job.stage = "describe";
-    job.mediaKind = "video";
-    job.model = models::video;
-    job.frames = random.whole(6, 14);
-    job.frameSpacingMs = std::int64_t{100} * random.whole(8, 30);
-    job.processing = random.seconds(0.8, 1.1) * job.frames;
-}
-
-void makePhoto(Job& job, Random& random) {
-    job.stage = "describe";
-    job.mediaKind = "photo";
-    job.model = models::photo;
-    job.processing = random.seconds(6, 11);
-}
-
-void makeSound(Job& job, Random& random) {
-    job.stage = "audio";
-    job.mediaKind = "audio";
-    job.model = models::audio;
-    job.processing = random.seconds(5, 9);
-}
-
-void makeText(Job& job, Random& random) {
-    job.stage = "ocr";
-    job.mediaKind = "photo";
-    job.model = models::text;
-    job.processing = random.seconds(2, 4);
-}
-
-void makePrescan(Job& job, Random& random) {
-    job.stage = "precheck";
-    job.mediaKind = "photo";
-    job.model = models::text;
-    job.processing = random.seconds(1.5, 3);
-}
+constexpr std::array kinds{
+    Kind{"describe", "video", models::video, 6, 14},
+    Kind{"describe", "photo", models::photo, 6, 11}, Kind{"audio", "audio", models::audio, 5, 9},
+    Kind{"ocr", "photo", models::text, 2, 4}, Kind{"precheck", "photo", models::text, 1.5, 3}};
+constexpr int firstLightKind = 3;
+constexpr int failureEvery = 25;
 
 } // namespace
 
 Job drawJob(Random& random, int number, bool deep, const std::string& sourceDevice) {
-    Job job;
-    job.sourceDevice = sourceDevice;
-    job.queued = random.seconds(0.6, 1.2);
-    job.waitingModel = random.seconds(0.5, 1.2);
-    job.loadingModel = random.seconds(0.8, 1.8);
-    job.returning = random.seconds(0.8, 1.4);
-    job.fails = random.chance(failureRate);
-
-    const double kind = deep ? random.between(0, 1) : random.between(0.8, 1);
-    if (kind < 0.35) {
-        makeVideo(job, random);
-    } else if (kind < 0.65) {
-        makePhoto(job, random);
-    } else if (kind < 0.8) {
-        makeSound(job, random);
-    } else if (kind < 0.9) {
-        makeText(job, random);
-    } else {
-        makePrescan(job, random);
+    const int last = static_cast<int>(kinds.size()) - 1;
+    const int drawn = random.whole(deep ? 0 : firstLightKind, last);
+    const Kind& kind = kinds.at(static_cast<std::size_t>(drawn));
+    const bool fromVideo = kind.mediaKind != std::string("photo");
+    Job job{
+        .id = (fromVideo ? "clip-" : "photo-") + std::to_string(number) + (fromVideo ? "@1" : ""),
+        .stage = kind.stage,
+        .mediaKind = kind.mediaKind,
+        .model = kind.model,
+        .sourceDevice = sourceDevice,
+        .lengths =
+            {random.seconds(0.6, 1.2), random.seconds(0.5, 1.2), random.seconds(0.8, 1.8),
+             random.seconds(kind.least, kind.most), random.seconds(0.8, 1.4),
+             random.seconds(2, longestCooling.count())},
+        .fails = number % failureEvery == 0};
+    if (job.mediaKind == "video") {
+        job.frames = random.whole(6, 14);
+        job.frameSpacingMs = std::int64_t{100} * random.whole(8, 30);
     }
-
-    const bool fromVideo = job.mediaKind != "photo";
-    job.id = (fromVideo ? "clip-" : "photo-") + std::to_string(number) + (fromVideo ? "@1" : "");
     return job;
 }
 

@@ -1,75 +1,59 @@
 #include "tools/worker-sim/Options.h"
 
 #include <charconv>
-#include <cmath>
-#include <optional>
-#include <type_traits>
+#include <cstddef>
+#include <functional>
+#include <map>
 
 namespace vesk::sim {
 
 namespace {
 
-constexpr int mostPlaces = 64;
-
-/// The whole text as a number from `least` to `most`.
+/// Whether the whole text is a number from `least` to `most`, which is then put into `into`.
 template<typename Number>
-std::optional<Number> numberIn(std::string_view text, Number least, Number most) {
+bool read(std::string_view text, Number least, Number most, Number& into) {
+    const char* const end = text.data() + text.size();
     Number number{};
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc() || result.ptr != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    if constexpr (std::is_floating_point_v<Number>) {
-        if (!std::isfinite(number)) {
-            return std::nullopt;
-        }
-    }
-    return number >= least && number <= most ? std::optional(number) : std::nullopt;
-}
-
-template<typename Number>
-bool assign(Number& into, std::string_view text, Number least, Number most) {
-    const auto number = numberIn(text, least, most);
-    into = number.value_or(into);
-    return number.has_value();
+    const auto result = std::from_chars(text.data(), end, number);
+    const bool fits =
+        result.ec == std::errc() && result.ptr == end && number >= least && number <= most;
+    into = fits ? number : into;
+    return fits;
 }
 
 struct Option {
-    std::string_view name;
-    std::string_view value;
+    std::string wanted;
+    std::function<bool(std::string_view value)> take;
 };
-
-/// Takes one option over; gives what its value must be when it is not that.
-std::string take(const Option& option, Options& options) {
-    const auto& [name, value] = option;
-    if (name == "--port") {
-        return assign(options.port, value, 0, 65535) ? "" : "a port from 0 to 65535";
-    }
-    if (name == "--seed") {
-        return assign(options.seed, value, std::uint64_t{0}, ~std::uint64_t{0})
-                   ? ""
-                   : "a whole number, 0 or more";
-    }
-    if (name == "--speed") {
-        return assign(options.speed, value, 0.01, 1000.0) ? "" : "a number from 0.01 to 1000";
-    }
-    if (name == "--scenario") {
-        options.scenario = value;
-        return value.empty() ? "a file" : "";
-    }
-    int& places = name == "--bays" ? options.size.bays : options.size.devices;
-    return assign(places, value, 0, mostPlaces) ? "" : "a whole number from 0 to 64";
-}
-
-bool known(std::string_view name) {
-    return name == "--port" || name == "--seed" || name == "--speed" || name == "--bays"
-           || name == "--devices" || name == "--scenario";
-}
 
 } // namespace
 
 std::variant<Options, std::string> parseOptions(std::span<const std::string_view> arguments) {
     Options options;
+    RackSize& size = options.size;
+    const std::map<std::string, Option> known{
+        {"--port",
+         {"a port from 0 to 65535",
+          [&](auto value) { return read(value, 0, 65535, options.port); }}},
+        {"--seed",
+         {"a whole number, 0 or more",
+          [&](auto value) {
+              return read(value, std::uint64_t{0}, ~std::uint64_t{0}, options.seed);
+          }}},
+        {"--speed",
+         {"a number from 0.01 to 1000",
+          [&](auto value) { return read(value, 0.01, 1000.0, options.speed); }}},
+        {"--bays",
+         {"a whole number from 0 to 64",
+          [&](auto value) { return read(value, 0, 64, size.bays); }}},
+        {"--devices",
+         {"a whole number from 0 to 64",
+          [&](auto value) { return read(value, 0, 64, size.devices); }}},
+        {"--scenario", {"a file", [&](auto value) {
+                            options.scenario = value;
+                            return !value.empty();
+                        }}}};
+
     for (std::size_t index = 0; index < arguments.size(); ++index) {
         const std::string_view argument = arguments[index];
         if (argument == "--help" || argument == "-h") {
@@ -77,21 +61,17 @@ std::variant<Options, std::string> parseOptions(std::span<const std::string_view
             continue;
         }
         const auto equals = argument.find('=');
-        const auto name = argument.substr(0, equals);
-        if (!known(name)) {
+        const std::string name(argument.substr(0, equals));
+        const auto option = known.find(name);
+        if (option == known.end()) {
             return "unknown option " + std::string(argument);
         }
-        std::string_view value;
-        if (equals != std::string_view::npos) {
-            value = argument.substr(equals + 1);
-        } else if (++index < arguments.size()) {
-            value = arguments[index];
-        } else {
-            return std::string(name) + " needs a value";
+        const bool apart = equals == std::string_view::npos;
+        if (apart && ++index == arguments.size()) {
+            return name + " needs a value";
         }
-        if (const std::string wanted = take({.name = name, .value = value}, options);
-            !wanted.empty()) {
-            return std::string(name) + " must be " + wanted;
+        if (!option->second.take(apart ? arguments[index] : argument.substr(equals + 1))) {
+            return name + " must be " + option->second.wanted;
         }
     }
     return options;
@@ -110,15 +90,15 @@ answers on 127.0.0.1 as the service would, with invented jobs, phones and temper
   --bays N      how many processing bays, 0 to 64 (3)
   --devices N   how many phones, 0 to 64; without phones no jobs come (2)
   --scenario FILE
-                arm and clear faults and close the listener at the times that the file
-                says: a JSON list of steps, see docs/protocol.md
+                arm and clear faults and close the listener at the times in the file: a
+                JSON list of steps, see docs/simulated-worker.md
   -h, --help    show this text
 
 When TESSALURE_WORKER_TOKEN is set and not empty, requests below /v1 must carry it as
-their bearer token. Faults are armed over HTTP below /sim: see docs/protocol.md.
+their bearer token. Faults are armed over HTTP below /sim: see docs/simulated-worker.md.
 
-One line on standard output tells the address once it listens. SIGTERM and SIGINT end it
-with status 0. Status 1: the port cannot be had; 2: an option or the scenario is wrong.
+Once it listens, it prints one line with the address. SIGTERM and SIGINT end it with
+status 0. Status 1: the port cannot be had; 2: an option or the scenario is wrong.
 )";
 }
 

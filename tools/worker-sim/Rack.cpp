@@ -1,11 +1,10 @@
 #include "tools/worker-sim/Rack.h"
 
-#include "tools/worker-sim/Models.h"
+#include "tools/worker-sim/Phones.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cmath>
 
 namespace vesk::sim {
 
@@ -16,8 +15,7 @@ constexpr Seconds mostAtOnce{600};
 
 } // namespace
 
-Rack::Rack(RackSize size, std::uint64_t seed)
-    : random_(seed), fleet_(size.devices, random_), budget_(size.bays) {
+Rack::Rack(RackSize size, std::uint64_t seed) : random_(seed), devices_(size.devices) {
     for (int number = 1; number <= size.bays; ++number) {
         places_.push_back({Bay(number), Seconds(0.6) * (number - 1)});
     }
@@ -45,34 +43,27 @@ void Rack::setDeepEnabled(bool enabled) {
 }
 
 void Rack::tick() {
-    budget_.advance(tickLength, random_);
-    fleet_.advance(tickLength, random_);
+    time_ += tickLength;
     for (Place& place : places_) {
-        if (place.bay.idle()) {
-            offerJob(place);
-        } else {
-            const bool laneFree = lanesInUse() < budget_.lanes();
-            place.bay.advance(tickLength, laneFree, budget_.dutyPercent());
-            if (place.bay.idle()) {
-                place.untilJob = drawPause();
-            }
+        place.bay.advance(tickLength, lanesInUse() < budget().lanes());
+        if (!place.bay.idle()) {
+            continue;
         }
-    }
-}
-
-void Rack::offerJob(Place& place) {
-    place.bay.advance(tickLength, false, budget_.dutyPercent());
-    place.untilJob -= tickLength;
-    if (place.untilJob > Seconds(0)) {
-        return;
-    }
-    if (const auto sender = fleet_.drawSender(random_)) {
-        place.bay.accept(drawJob(random_, ++jobs_, deepEnabled_, *sender));
+        place.untilJob -= tickLength;
+        if (place.untilJob <= Seconds(0) && devices_ > 0) {
+            const auto sender = drawSender(devices_, time_, random_);
+            place.bay.accept(drawJob(random_, ++jobs_, deepEnabled_, sender));
+            place.untilJob = drawPause();
+        }
     }
 }
 
 Seconds Rack::drawPause() {
     return deepEnabled_ ? random_.seconds(1, 4) : random_.seconds(20, 45);
+}
+
+Budget Rack::budget() const {
+    return {.configuredLanes = static_cast<int>(places_.size()), .mode = mode_, .time = time_};
 }
 
 int Rack::lanesInUse() const {
@@ -91,17 +82,17 @@ nlohmann::json Rack::health() const {
         {"device", "simulation"},
         {"device_id", "simulated-rack"},
         {"deep_scan_enabled", deepEnabled_},
-        {"duty_percent", budget_.dutyPercent()},
-        {"workers", budget_.lanes()},
+        {"duty_percent", budget().dutyPercent()},
+        {"workers", budget().lanes()},
         {"configured_workers", places_.size()},
-        {"cooldown_seconds", std::round(cooling.count() * 10) / 10},
-        {"cooldown_cap_seconds", Bay::coolingCap.count()},
+        {"cooldown_seconds", cooling.count()},
+        {"cooldown_cap_seconds", longestCooling.count()},
         {"model", models::photo},
         {"services", {{"deep_scan", true}, {"video", true}, {"audio", true}, {"ocr", true}}},
         {"video_backend", {{"model", models::video}, {"model_ready", true}}},
         {"audio_backend", {{"model", models::audio}, {"model_ready", true}}},
-        {"activity_policy", budget_.record(lanesInUse())},
-        {"connected_devices", fleet_.records()},
+        {"activity_policy", budget().record(lanesInUse())},
+        {"connected_devices", phoneRecords(devices_, time_)},
         {"slots", slots}};
 }
 

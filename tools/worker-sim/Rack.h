@@ -2,7 +2,6 @@
 
 #include "tools/worker-sim/Bay.h"
 #include "tools/worker-sim/Budget.h"
-#include "tools/worker-sim/Fleet.h"
 #include "tools/worker-sim/Random.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -28,9 +27,8 @@ public:
 
     /// Off: nothing deep is accepted, what no engine has begun on goes back, the rest finishes.
     void setDeepEnabled(bool enabled);
-    [[nodiscard]] bool deepEnabled() const { return deepEnabled_; }
 
-    void setMode(Mode mode) { budget_.setMode(mode); }
+    void setMode(Mode mode) { mode_ = mode; }
 
     [[nodiscard]] nlohmann::json health() const;
     [[nodiscard]] static nlohmann::json diagnostics();
@@ -42,17 +40,18 @@ private:
     };
 
     void tick();
-    void offerJob(Place& place);
     [[nodiscard]] Seconds drawPause();
+    [[nodiscard]] Budget budget() const;
     [[nodiscard]] int lanesInUse() const;
 
     Random random_;
-    Fleet fleet_;
-    Budget budget_;
+    int devices_;
     std::vector<Place> places_;
-    Seconds unspent_{};
+    Mode mode_ = Mode::Automatic;
     bool deepEnabled_ = true;
     int jobs_ = 0;
+    Seconds time_{};
+    Seconds unspent_{};
 };
 
 } // namespace vesk::sim

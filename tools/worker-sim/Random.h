@@ -1,12 +1,11 @@
 #pragma once
 
-#include <chrono>
+#include "tools/worker-sim/Seconds.h"
+
 #include <cstdint>
 #include <random>
 
 namespace vesk::sim {
-
-using Seconds = std::chrono::duration<double>;
 
 /// A seeded source of chance. The same seed gives the same run on every system, which the
 /// standard distributions do not promise.
@@ -25,9 +24,6 @@ public:
     [[nodiscard]] int whole(int low, int high) {
         return static_cast<int>(between(low, static_cast<double>(high) + 1));
     }
-
-    /// True in `probability` of the cases.
-    [[nodiscard]] bool chance(double probability) { return between(0, 1) < probability; }
 
 private:
     std::mt19937_64 engine_;

@@ -1,5 +1,7 @@
 #include "tools/worker-sim/Service.h"
 
+#include "tools/worker-sim/Json.h"
+
 #include <chrono>
 #include <utility>
 
@@ -7,89 +9,89 @@ namespace vesk::sim {
 
 namespace {
 
-using namespace std::chrono_literals;
+using nlohmann::json;
 
-constexpr auto address = "127.0.0.1";
+constexpr std::size_t longestLog = 10'000;
 
 } // namespace
 
-Service::Service(Simulation& simulation, std::string token)
-    : simulation_(simulation),
-      workerApi_(simulation, std::move(token)),
-      switchApi_(simulation, [this](const Closure& closure) { closeListener(closure); }) {
-    workerApi_.install(server_);
-    switchApi_.install(server_);
+Service::Service(WorkerApi worker)
+    : worker_(std::move(worker)),
+      server_([this](const Request& request) { return answer(request); }) {}
+
+void Service::play(const Scenario& scenario) {
+    for (const ScenarioStep& step : scenario) {
+        server_.after(step.at, [this, order = step.order] {
+            std::visit([this](const auto& kind) { perform(kind); }, order);
+        });
+    }
 }
 
-Service::~Service() {
-    stop();
+Answer Service::answer(const Request& request) {
+    const std::string path = request.path();
+    if (!path.starts_with("/v1/")) {
+        return {.bytes = bytesOf(answerBelowSim(request))};
+    }
+    log(request);
+    const Fault fault = faults_.take(path);
+    return fault.answerFor(worker_.answer(request, fault));
 }
 
-std::optional<int> Service::start(int port) {
-    if (port == 0) {
-        port_ = server_.bind_to_any_port(address);
-    } else {
-        port_ = server_.bind_to_port(address, port) ? port : -1;
-    }
-    if (port_ <= 0) {
-        return std::nullopt;
-    }
-    thread_ = std::thread([this] { run(); });
-    // A server that is just about to listen would not hear that it is to be closed.
-    while (!server_.is_running()) {
-        std::this_thread::sleep_for(1ms);
-    }
-    return port_;
-}
-
-void Service::closeListener(const Closure& closure) {
-    {
-        const std::lock_guard lock(mutex_);
-        closure_ = closure;
-    }
-    server_.stopListening();
-}
-
-void Service::stop() {
-    if (!thread_.joinable()) {
-        return;
-    }
-    {
-        std::unique_lock lock(mutex_);
-        quitting_ = true;
-        changed_.notify_all();
-        // Asked for again, because a server that is just about to listen does not hear it.
-        while (!finished_) {
-            lock.unlock();
-            server_.stopListening();
-            lock.lock();
-            changed_.wait_for(lock, 10ms, [this] { return finished_; });
+Reply Service::answerBelowSim(const Request& request) {
+    const auto carryOut = [this](const auto& order) -> Reply {
+        if (const auto* complaint = std::get_if<std::string>(&order)) {
+            return {400, errorText(*complaint)};
         }
+        perform(std::get<0>(order));
+        return {.body = textOf(faults_.descriptions())};
+    };
+
+    const std::string order = request.method + ' ' + request.path();
+    if (order == "POST /sim/fault") {
+        return carryOut(faultFromJson(json::parse(request.body, nullptr, false)));
     }
-    thread_.join();
+    if (order == "POST /sim/listener") {
+        return carryOut(closureFromJson(json::parse(request.body, nullptr, false)));
+    }
+    if (order == "DELETE /sim/fault") {
+        faults_.clear();
+    } else if (order == "DELETE /sim/requests") {
+        log_.clear();
+    } else if (request.method != "GET") {
+        return {404, errorText("there is nothing here")};
+    }
+    if (request.path() == "/sim/fault") {
+        return {.body = textOf(faults_.descriptions())};
+    }
+    if (request.path() == "/sim/requests") {
+        return {.body = textOf(log_)};
+    }
+    return {404, errorText("there is nothing here")};
 }
 
-void Service::run() {
-    do {
-        server_.listen_after_bind();
-    } while (reopen());
-    const std::lock_guard lock(mutex_);
-    finished_ = true;
-    changed_.notify_all();
+void Service::log(const Request& request) {
+    auto headers = json::array();
+    for (const auto& [name, value] : request.headers) {
+        headers.push_back(json::array({name, value}));
+    }
+    const std::chrono::duration<double> now = std::chrono::steady_clock::now().time_since_epoch();
+    log_.push_back(
+        {{"sequence", ++requests_},
+         {"monotonic_seconds", now.count()},
+         {"method", request.method},
+         {"path", request.target},
+         {"headers", std::move(headers)},
+         {"body", request.body}});
+    if (log_.size() > longestLog) {
+        log_.pop_front();
+    }
 }
 
-bool Service::reopen() {
-    std::unique_lock lock(mutex_);
-    const auto quitting = [this] { return quitting_; };
-    changed_.wait_for(lock, closure_.time, quitting);
-    while (!quitting_ && !server_.bind_to_port(address, port_)) {
-        changed_.wait_for(lock, 100ms, quitting);
+void Service::perform(const Closure& closure) {
+    if (closure.restart) {
+        server_.after(closure.time, [this] { worker_.restart(); });
     }
-    if (closure_.restart) {
-        simulation_.restart();
-        closure_.restart = false;
-    }
-    return !quitting_;
+    server_.closeFor(closure.time);
 }
 
 } // namespace vesk::sim

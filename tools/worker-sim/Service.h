@@ -1,55 +1,48 @@
 #pragma once
 
-#include "tools/worker-sim/Closure.h"
-#include "tools/worker-sim/HttpServer.h"
-#include "tools/worker-sim/Simulation.h"
-#include "tools/worker-sim/SwitchApi.h"
+#include "tools/worker-sim/Fault.h"
+#include "tools/worker-sim/Order.h"
+#include "tools/worker-sim/Server.h"
 #include "tools/worker-sim/WorkerApi.h"
 
-#include <condition_variable>
-#include <mutex>
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
-#include <thread>
+#include <variant>
 
 namespace vesk::sim {
 
-/// The simulated service on its port of the loopback interface, with a thread that listens.
+/// The simulated service on its port of the loopback interface, with the fault switch and the
+/// request log, everything below /sim. A real service has none of those.
 class Service {
 public:
-    Service(Simulation& simulation, std::string token);
-    ~Service();
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
-    Service(Service&&) = delete;
-    Service& operator=(Service&&) = delete;
+    explicit Service(WorkerApi worker);
 
-    /// Starts to listen, once in the life of the object. `port` 0 takes any that is free. Gives
-    /// the port, or nothing when it cannot be had.
-    [[nodiscard]] std::optional<int> start(int port);
+    /// Carries out the steps of the scenario when their time comes, those at 0 before a request is
+    /// read. Before `start`.
+    void play(const Scenario& scenario);
 
-    /// Refuses connections for that long, then listens on the same port again.
-    void closeListener(const Closure& closure);
-
-    /// Returns when the port is closed and every answer has been sent or cut.
-    void stop();
+    /// As `Server::start`.
+    [[nodiscard]] std::optional<int> start(int port) { return server_.start(port); }
+    void stop() { server_.stop(); }
 
 private:
-    void run();
-    [[nodiscard]] bool reopen();
+    [[nodiscard]] Answer answer(const Request& request);
+    [[nodiscard]] Reply answerBelowSim(const Request& request);
+    void log(const Request& request);
 
-    Simulation& simulation_;
-    HttpServer server_;
-    WorkerApi workerApi_;
-    SwitchApi switchApi_;
-    int port_ = 0;
-    std::thread thread_;
+    void perform(const Fault& fault) { faults_.arm(fault); }
+    void perform(const ClearFaults& /*clear*/) { faults_.clear(); }
+    void perform(const Closure& closure);
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    Closure closure_; ///< the one that goes on, or the last one
-    bool quitting_ = false;
-    bool finished_ = false;
+    WorkerApi worker_;
+    Faults faults_;
+    std::deque<nlohmann::json> log_;
+    std::int64_t requests_ = 0; ///< in the life of the process, also those no longer in the log
+    Server server_;
 };
 
 } // namespace vesk::sim

@@ -1,35 +1,38 @@
 #pragma once
 
-#include "tools/worker-sim/HttpServer.h"
-#include "tools/worker-sim/Simulation.h"
+#include "tools/worker-sim/Fault.h"
+#include "tools/worker-sim/Http.h"
+#include "tools/worker-sim/Rack.h"
 
+#include <nlohmann/json.hpp>
+
+#include <chrono>
 #include <string>
 
 namespace vesk::sim {
 
-/// The service's own interface, everything below /v1.
+/// The service's own interface, everything below /v1, over a rack that lives in real time or
+/// faster.
 class WorkerApi {
 public:
     /// `token`: what a client must present; empty: nothing.
-    WorkerApi(Simulation& simulation, std::string token);
+    WorkerApi(const Rack& rack, double speed, std::string token);
 
-    void install(HttpServer& server);
+    [[nodiscard]] Reply answer(const Request& request, const Fault& fault);
+
+    /// The rack is as at the start again.
+    void restart();
 
 private:
-    struct Answer {
-        int status;
-        std::string body;
-    };
+    [[nodiscard]] Reply changeServices(const Request& request, const Fault& fault);
+    [[nodiscard]] Reply changePerformance(const Request& request, const Fault& fault);
+    void catchUp();
 
-    void serve(const httplib::Request& request, httplib::Response& response);
-    Answer answer(const httplib::Request& request, const Fault& fault);
-    Answer changeServices(const httplib::Request& request, const Fault& fault);
-    Answer changePerformance(const httplib::Request& request, const Fault& fault);
-    Answer document(nlohmann::json document, const Fault& fault);
-    [[nodiscard]] bool authorised(const httplib::Request& request) const;
-
-    Simulation& simulation_;
+    const Rack fresh_;
+    Rack rack_;
+    double speed_;
     std::string token_;
+    std::chrono::steady_clock::time_point caughtUp_ = std::chrono::steady_clock::now();
 };
 
 } // namespace vesk::sim

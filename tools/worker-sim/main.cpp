@@ -1,8 +1,7 @@
 #include "tools/worker-sim/Options.h"
-#include "tools/worker-sim/Scenario.h"
-#include "tools/worker-sim/ScenarioPlayer.h"
+#include "tools/worker-sim/Order.h"
+#include "tools/worker-sim/Rack.h"
 #include "tools/worker-sim/Service.h"
-#include "tools/worker-sim/Simulation.h"
 
 #include <algorithm>
 #include <csignal>
@@ -52,17 +51,15 @@ std::variant<vesk::sim::Scenario, std::string> scenarioIn(const std::string& fil
 
 int serve(const vesk::sim::Options& options, const vesk::sim::Scenario& scenario) {
     const sigset_t ending = blockEndingSignals();
-    vesk::sim::Simulation simulation(options.seed, options.size, options.speed);
-    vesk::sim::Service service(simulation, tokenFromEnvironment());
-    // Before the service listens: no request comes before the faults that a scenario begins with.
-    vesk::sim::ScenarioPlayer player(scenario, simulation, service);
+    const vesk::sim::Rack rack(options.size, options.seed);
+    vesk::sim::Service service({rack, options.speed, tokenFromEnvironment()});
+    service.play(scenario);
     const auto port = service.start(options.port);
     if (!port) {
         std::cerr << programName << ": cannot listen on 127.0.0.1:" << options.port << '\n';
         return 1;
     }
     std::cout << programName << " listening on 127.0.0.1:" << *port << std::endl;
-    player.begin();
 
     int signal = 0;
     sigwait(&ending, &signal);

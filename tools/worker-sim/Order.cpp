@@ -1,4 +1,4 @@
-#include "tools/worker-sim/Scenario.h"
+#include "tools/worker-sim/Order.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,15 +10,15 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double longestScenario = 86'400;
+constexpr double oneDay = 86'400;
 
-template<typename Action>
+template<typename Kind>
 std::variant<ScenarioStep, std::string>
-stepWith(Seconds at, std::variant<Action, std::string> action) {
-    if (auto* complaint = std::get_if<std::string>(&action)) {
+stepWith(Seconds at, std::variant<Kind, std::string> order) {
+    if (auto* complaint = std::get_if<std::string>(&order)) {
         return std::move(*complaint);
     }
-    return ScenarioStep{.at = at, .action = std::get<Action>(std::move(action))};
+    return ScenarioStep{.at = at, .order = std::get<Kind>(std::move(order))};
 }
 
 std::variant<ScenarioStep, std::string> stepFromJson(const json& document) {
@@ -26,7 +26,7 @@ std::variant<ScenarioStep, std::string> stepFromJson(const json& document) {
         return "a step is a JSON object";
     }
     const json time = document.value("at", json());
-    if (!time.is_number() || time < 0 || time > longestScenario) {
+    if (!time.is_number() || time < 0 || time > oneDay) {
         return "at must be a number of seconds from 0 to 86400";
     }
     const Seconds at(time.get<double>());
@@ -40,12 +40,27 @@ std::variant<ScenarioStep, std::string> stepFromJson(const json& document) {
         if (document["clear_faults"] != true) {
             return "clear_faults must be true";
         }
-        return ScenarioStep{.at = at, .action = ClearFaults{}};
+        return ScenarioStep{.at = at, .order = ClearFaults{}};
     }
     return "besides at there must be one of fault, listener and clear_faults, and nothing else";
 }
 
 } // namespace
+
+std::variant<Closure, std::string> closureFromJson(const json& document) {
+    const json seconds = document.is_object() ? document.value("closed_seconds", json()) : json();
+    if (!seconds.is_number() || seconds <= 0 || seconds > oneDay) {
+        return "closed_seconds must be a number above 0, at most 86400";
+    }
+    const json restart = document.value("restart", json(false));
+    if (!restart.is_boolean()) {
+        return "restart must be true or false";
+    }
+    if (document.size() > 1 + document.count("restart")) {
+        return "there is a key that no closure has";
+    }
+    return Closure{.time = Seconds(seconds.get<double>()), .restart = restart.get<bool>()};
+}
 
 std::variant<Scenario, std::string> scenarioFromText(std::string_view text) {
     const json document = json::parse(text, nullptr, false);
