@@ -36,14 +36,9 @@ REASON = re.compile(
 _numbers = itertools.count(1)
 
 
-def first_home(desktop):
-    """The environment of a person who has never started the program."""
-    return desktop.home_environment(f"home{next(_numbers)}")
-
-
 def visited_home(desktop):
     """The environment of a person who has seen the setup sheet."""
-    home = first_home(desktop)
+    home = desktop.home_environment(f"home{next(_numbers)}")
     folder = os.path.join(home["XDG_CONFIG_HOME"], "Halvex")
     os.makedirs(folder)
     with open(os.path.join(folder, "VeskWorkerControl.conf"), "w", encoding="utf-8") as file:

@@ -79,9 +79,6 @@ class Worker:
     def clear_faults(self):
         self._ask("DELETE", "/sim/fault")
 
-    def faults(self):
-        return self._ask("GET", "/sim/fault")
-
     def show_slots(self, *slots, **more):
         """From now on every health answer has these bays."""
         self.fault(patch={**STILL, "slots": list(slots), **more})
