@@ -1,5 +1,7 @@
 #include "Invariants.h"
 
+#include "ui/texts/Dashboard.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -25,6 +27,16 @@ QString differing(const char* what, const QString& shown, const QString& expecte
 
 QString yesOrNo(bool yes) {
     return yes ? u"yes"_s : u"no"_s;
+}
+
+const QString& connectedText() {
+    static const QString text = connectedDashboard({}).connection.text;
+    return text;
+}
+
+const QString& stoppedText() {
+    static const QString text = disconnectedDashboard({}, {}).connection.text;
+    return text;
 }
 
 // --- Fetches ------------------------------------------------------------------------------------
@@ -68,14 +80,14 @@ QString askedForIsFetched(const Evidence& evidence) {
 
 QString connectedOnlyAfterAnswer(const Evidence& evidence) {
     return unless(
-        !evidence.shown.panelSeen || evidence.shown.panel.connection != u"● CONNECTED"
+        !evidence.shown.panelSeen || evidence.shown.panel.connection != connectedText()
             || evidence.moment.lastWasGood,
         u"it says so after %1 misses"_s.arg(evidence.moment.missesInARow));
 }
 
 QString stoppedOnlyAfterThree(const Evidence& evidence) {
     return unless(
-        !evidence.shown.panelSeen || evidence.shown.panel.connection != u"● SERVICE STOPPED"
+        !evidence.shown.panelSeen || evidence.shown.panel.connection != stoppedText()
             || evidence.moment.mayBeStopped,
         u"it says so after %1"_s.arg(evidence.moment.missesInARow));
 }
@@ -95,11 +107,11 @@ QString truthWithoutFaults(const Evidence& evidence) {
     }
     if (!evidence.serviceAnswers) {
         return unless(
-            evidence.shown.panel.connection == u"● SERVICE STOPPED",
+            evidence.shown.panel.connection == stoppedText(),
             u"it says %1, while the service is down"_s.arg(evidence.shown.panel.connection));
     }
     return unless(
-        evidence.shown.panel.connection == u"● CONNECTED"
+        evidence.shown.panel.connection == connectedText()
             && (evidence.shown.panel.toggle == Qt::Checked) == evidence.serviceAccepts,
         u"it says %1, deep jobs %2, while the service is up and accepts them: %3"_s.arg(
             evidence.shown.panel.connection, yesOrNo(evidence.shown.panel.toggle == Qt::Checked),
@@ -150,7 +162,8 @@ QString switchesSayWhatIsConfirmed(const Evidence& evidence) {
         return {};
     }
     const bool says = panel.toggle == Qt::Checked;
-    const QString offer = evidence.moment.accepting ? u"Pause deep jobs"_s : u"Resume deep jobs"_s;
+    const QString offer =
+        connectedDashboard({.accepting = evidence.moment.accepting}).startButton.title;
     const bool windowAgrees = says == evidence.moment.accepting && panel.start == offer;
     return unless(
         (windowAgrees || !evidence.shown.panelSeen) && panel.trayAction == offer,
@@ -327,8 +340,8 @@ QString setupIsFresh(const Evidence& evidence) {
     }
     return differing("the step", shown->step, expected->step)
            + differing("the button", shown->next, expected->next)
-           + differing("the readiness", shown->readiness, expected->readiness)
-           + differing("the limits", shown->limits, expected->limits)
+           + differing(
+               "the page", shown->paragraphs.join(u" | "_s), expected->paragraphs.join(u" | "_s))
            + unless(
                shown->nextEnabled == expected->nextEnabled,
                u"the button can be pressed: "_s + yesOrNo(shown->nextEnabled));

@@ -9,6 +9,7 @@
 #include "ui/kit/Meter.h"
 #include "ui/kit/Segment.h"
 #include "ui/kit/Sheet.h"
+#include "ui/texts/Dashboard.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -48,14 +49,15 @@ int chosen(const QList<Segment*>& segments) {
     return static_cast<int>(found - segments.begin());
 }
 
-/// The paragraph that begins so, or nothing.
-QString lineOf(const QWidget& window, QStringView beginning) {
+QStringList paragraphsOf(const QWidget& window) {
+    QStringList paragraphs;
     for (const auto* label : window.findChildren<QLabel*>()) {
-        if (label->isVisible() && label->text().startsWith(beginning)) {
-            return label->text();
+        if (label->isVisible() && label->window() == &window) {
+            paragraphs.append(label->text());
         }
     }
-    return {};
+    paragraphs.sort();
+    return paragraphs;
 }
 
 } // namespace
@@ -82,7 +84,7 @@ void Screen::findPanel() {
     summary_ = labels.at(4);
     rows_ = labels.mid(5);
     meters_ = window_->findChildren<Meter*>();
-    start_ = titled<QPushButton>(*window_, u"Start processing");
+    start_ = titled<QPushButton>(*window_, Dashboard().startButton.title);
     settingsButton_ = titled<QPushButton>(*window_, u"Settings");
     setupButton_ = titled<QPushButton>(*window_, u"Setup");
     toggle_ = titled<QCheckBox>(*window_, u"Detailed");
@@ -133,7 +135,7 @@ void Screen::meetSetup(Sheet& sheet) {
         .next = titled<QPushButton>(sheet, u"Continue"),
         .back = titled<QPushButton>(sheet, u"Back"),
         .skip = titled<QPushButton>(sheet, u"Skip"),
-        .startCheck = titled<QPushButton>(sheet, u"Start processing"),
+        .startCheck = titled<QPushButton>(sheet, u"Start"),
         .deep = titled<QCheckBox>(sheet, u"Allow"),
         .login = titled<QCheckBox>(sheet, u"Start"),
         .step = sheet.findChildren<ElidedLabel*>().constFirst()};
@@ -191,8 +193,7 @@ ScreenTexts Screen::read() const {
             .choicesEnabled = setup_.deep->isEnabled() || setup_.login->isEnabled(),
             .deep = setup_.deep->isChecked(),
             .login = setup_.login->isChecked(),
-            .readiness = lineOf(*setup_.sheet, u"Processing service:"),
-            .limits = lineOf(*setup_.sheet, u"Foreground or warm-Mac duty:")};
+            .paragraphs = paragraphsOf(*setup_.sheet)};
     }
     for (const Alert* alert : alerts_) {
         texts.alerts.append(alert->accessibleDescription());

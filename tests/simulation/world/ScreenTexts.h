@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-/// What the window and the tray item say.
+/// The texts of the window and of the tray item.
 struct PanelTexts {
     QString connection;
     QString status;
@@ -28,7 +28,7 @@ struct PanelTexts {
     QString toolTip; ///< empty without an item
 };
 
-/// What the open settings sheet says.
+/// The texts of the open settings sheet.
 struct SettingsTexts {
     int mode = 0;
     bool enabled = false;
@@ -36,7 +36,7 @@ struct SettingsTexts {
     QString performance;
 };
 
-/// What the open setup sheet says.
+/// The texts of the open setup sheet.
 struct SetupTexts {
     QString step;
     QString next;
@@ -44,8 +44,7 @@ struct SetupTexts {
     bool choicesEnabled = true; ///< the two check boxes can be changed
     bool deep = false;
     bool login = false;
-    QString readiness; ///< empty where the page does not tell it
-    QString limits;    ///< the same
+    QStringList paragraphs; ///< sorted
 };
 
 /// All that a person can read.

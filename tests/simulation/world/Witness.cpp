@@ -1,6 +1,8 @@
 #include "Witness.h"
 
+#include "service/HealthReader.h"
 #include "tests/simulation/VirtualTime.h"
+#include "ui/texts/SettingsPresentation.h"
 
 #include <QJsonDocument>
 
@@ -12,8 +14,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-
-const QStringList modes{u"automatic"_s, u"quiet"_s, u"faster"_s};
 
 TimePoint now() {
     return VirtualTime::instance().now();
@@ -50,7 +50,8 @@ Witness::Witness(qint64 port, QString host) {
 void Witness::launched(bool setupRequested, bool trayPresent) {
     placement_.launched(trayPresent);
     life_ = std::make_unique<QObject>();
-    panel_ = firstPanel();
+    dashboard_ = Dashboard();
+    writePanel();
     if (setupRequested || !lasting_.setupVisited) {
         QTimer::singleShot(500ms, Qt::PreciseTimer, life_.get(), [this] { openSetup(); });
     }
@@ -187,9 +188,8 @@ void Witness::policyAnswered(const std::optional<QJsonObject>& document) {
     if (document) {
         render(*document);
     } else {
-        panel_.toggle = known_.accepting ? Qt::Checked : Qt::Unchecked;
-        panel_.toggleEnabled = known_.online;
-        writeLines(panel_, known_);
+        dashboard_ = unchangedPolicyDashboard(dashboard_, factsOf(known_));
+        writePanel();
         alert(u"Could not change deep-job acceptance. The saved policy has not been "
               "confirmed."_s);
     }
@@ -220,15 +220,15 @@ void Witness::render(const QJsonObject& document) {
     known_.misses = 0;
     startFailed_ = false;
     known_.document = document;
+    known_.lastHealth = readHealth(QJsonDocument(document).toJson())->document;
     known_.online = true;
     known_.accepting = document.value(u"deep_scan_enabled").toBool();
-    known_.heard = true;
     showConnected();
 }
 
 void Witness::showConnected() {
-    panel_ = connectedPanel(known_);
-    writeLines(panel_, known_);
+    dashboard_ = connectedDashboard(factsOf(known_));
+    writePanel();
     refreshReadiness();
 }
 
@@ -240,8 +240,8 @@ void Witness::miss() {
         owe(u"print"_s);
     }
     if (known_.online && known_.misses < 3) {
-        showReconnecting(panel_);
-        writeLines(panel_, known_);
+        dashboard_ = reconnectingDashboard(dashboard_);
+        writePanel();
     } else {
         stopped();
     }
@@ -253,12 +253,11 @@ void Witness::miss() {
 
 void Witness::stopped() {
     known_.online = false;
-    known_.heard = true;
     known_.backendReady.reset();
     checked_.reset();
     std::erase_if(underWay_, [](const auto& each) { return each.second == Ask::diagnostics; });
-    showStopped(panel_, known_);
-    writeLines(panel_, known_);
+    dashboard_ = disconnectedDashboard(dashboard_, factsOf(known_));
+    writePanel();
     refreshReadiness();
     cadence_.fetchIsShown();
 }
@@ -290,7 +289,7 @@ void Witness::askForStartAtLaunch() {
 }
 
 void Witness::switchDeep(bool on) {
-    panel_.toggle = on ? Qt::Checked : Qt::Unchecked;
+    dashboard_ = toggledDashboard(dashboard_, on);
     changePolicy(on, false);
 }
 
@@ -305,8 +304,8 @@ void Witness::changePolicy(bool on, bool fromSetup) {
     policyWanted_ = on;
     policyFromSetup_ = fromSetup;
     owe(on ? u"policy on"_s : u"policy off"_s);
-    panel_.toggleEnabled = false;
-    writeLines(panel_, known_);
+    dashboard_ = changingPolicyDashboard(dashboard_);
+    writePanel();
 }
 
 void Witness::openWindow() {
@@ -330,7 +329,7 @@ void Witness::pickMode(int mode) {
     }
     changingMode_ = true;
     chosenMode_ = mode;
-    owe(u"mode "_s + modes.at(mode));
+    owe(u"mode "_s + performanceModes.at(static_cast<std::size_t>(mode)));
 }
 
 void Witness::alert(const QString& text) {
@@ -355,8 +354,9 @@ void Witness::openSetup() {
     setup_ = Setup{
         .deep = !known_.online || known_.accepting,
         .login = lasting_.startsAtLogin,
-        .readiness = {},
-        .limits = {}};
+        .page = {},
+        .readiness = {}};
+    writePage();
     moment_.opened = true;
     cadence_.setSetupOpen(true);
     cadence_.reload();
@@ -406,14 +406,15 @@ void Witness::setupCheck() {
 
 void Witness::refreshReadiness() {
     if (setup_) {
-        setup_->readiness = setup_->step == 1 ? readinessOf(known_) : QString();
+        setup_->readiness = readinessText(
+            known_.lastHealth, {.online = known_.online, .backendReady = known_.backendReady});
     }
 }
 
 void Witness::writePage() {
     if (setup_) {
-        const bool told = setup_->step == 1 && setup_->advanced;
-        setup_->limits = told ? limitsOf(known_) : QString();
+        setup_->page = setupPage(
+            {.step = setup_->step, .advanced = setup_->advanced}, known_.lastHealth, known_.port);
         refreshReadiness();
     }
 }
@@ -475,9 +476,8 @@ void Witness::startService(bool fromCheck) {
     known_.starting = true;
     checkOfSetup_ = fromCheck ? setupsOpened_ : 0;
     owe(u"start"_s);
-    panel_.startEnabled = false;
-    panel_.status = u"Starting processing…"_s;
-    writeLines(panel_, known_);
+    dashboard_ = startingDashboard(dashboard_);
+    writePanel();
 }
 
 void Witness::runBegun(std::size_t number, const SimulatedTool::Run& run) {
@@ -547,10 +547,8 @@ void Witness::printEnds(const QString* text) {
         return;
     }
     owe(u"kickstart"_s);
-    panel_.detail = u"The service was running without a live listener. Restarting the existing "
-                    "service safely…"_s;
-    panel_.trayState = u"Recovering processing service…"_s;
-    writeLines(panel_, known_);
+    dashboard_ = recoveringDashboard(dashboard_);
+    writePanel();
 }
 
 void Witness::restartEnds(bool good) {
@@ -566,28 +564,65 @@ void Witness::restartEnds(bool good) {
 
 // --- The end of a moment ------------------------------------------------------------------------
 
-ScreenTexts Witness::texts() const {
-    ScreenTexts texts{.panel = panel_, .settings = {}, .setup = {}, .alerts = alerts_};
-    if (settingsOpen_) {
-        texts.settings = settingsTexts(known_, changingMode_);
-        if (changingMode_) {
-            texts.settings->mode = chosenMode_;
+PanelTexts Witness::panelTexts() const {
+    PanelTexts texts{
+        .connection = panel_.connection.text,
+        .status = panel_.compactStatus,
+        .detail = panel_.statusDetail,
+        .rack = panel_.compactRack,
+        .devices = panel_.compactDevices,
+        .summary = panel_.compactSummary,
+        .rows = {},
+        .meters = {},
+        .start = panel_.compactStart.title,
+        .startEnabled = panel_.compactStart.enabled,
+        .toggle = panel_.compactToggle.state,
+        .toggleEnabled = panel_.compactToggle.enabled,
+        .trayState = dashboard_.trayState,
+        .trayAction = dashboard_.trayAction.title,
+        .trayActionEnabled = dashboard_.trayAction.enabled,
+        .toolTip =
+            dashboard_.trayToolTip.isEmpty() ? u"Corvala for Mac"_s : dashboard_.trayToolTip};
+    for (std::size_t bay = 0; bay < texts.rows.size(); ++bay) {
+        texts.rows.at(bay) = panel_.compactRows.at(bay).text;
+        texts.meters.at(bay) = std::clamp(panel_.compactMeters.at(bay), 0.0, 1.0);
+    }
+    return texts;
+}
+
+SetupTexts Witness::setupTexts() const {
+    QStringList paragraphs;
+    for (const SetupItem& item : setup_->page.body) {
+        if (item.kind == SetupItem::Kind::paragraph) {
+            paragraphs.append(item.text);
+        } else if (item.kind == SetupItem::Kind::readiness) {
+            paragraphs.append(setup_->readiness);
         }
     }
+    paragraphs.sort();
+    return {
+        .step = setup_->page.stepLabel,
+        .next = setupNextTitle({.step = setup_->step, .applying = setup_->applying}),
+        .nextEnabled = !setup_->applying,
+        .choicesEnabled = !setup_->applying,
+        .deep = setup_->deep,
+        .login = setup_->login,
+        .paragraphs = paragraphs};
+}
+
+ScreenTexts Witness::texts() const {
+    ScreenTexts texts{.panel = panelTexts(), .settings = {}, .setup = {}, .alerts = alerts_};
+    if (settingsOpen_) {
+        const SettingsPresentation settings(
+            known_.lastHealth, {.online = known_.online, .changing = changingMode_});
+        texts.settings = {
+            .mode = settings.mode.value_or(chosenMode_),
+            .enabled = settings.enabled,
+            .thermal = settings.thermal,
+            .performance = settings.performance};
+    }
     if (setup_) {
-        QString next = setup_->step == 3 ? u"Apply & finish"_s : u"Continue"_s;
-        if (setup_->applying) {
-            next = u"Applying…"_s;
-        }
-        texts.setup = {
-            .step = u"HALVEX  /  STEP %1 OF 4"_s.arg(setup_->step + 1),
-            .next = next,
-            .nextEnabled = !setup_->applying,
-            .choicesEnabled = !setup_->applying,
-            .deep = setup_->deep,
-            .login = setup_->login,
-            .readiness = setup_->readiness,
-            .limits = setup_->limits};
+        texts.setup = setupTexts();
     }
     texts.alerts.sort();
     return texts;

@@ -3,9 +3,11 @@
 #include "tests/simulation/SimulatedExchange.h"
 #include "tests/simulation/SimulatedTool.h"
 #include "tests/simulation/world/Cadence.h"
+#include "tests/simulation/world/Knowledge.h"
 #include "tests/simulation/world/Moment.h"
 #include "tests/simulation/world/Placement.h"
-#include "tests/simulation/world/Reckoning.h"
+#include "ui/texts/CompactPanel.h"
+#include "ui/texts/SetupPages.h"
 
 #include <QObject>
 #include <QTimer>
@@ -17,7 +19,7 @@ namespace vesk {
 
 /// Follows everything that goes into the controller and everything that comes out of it, and knows
 /// at each moment what it has to know, to show and to do: a model of its own, that asks the product
-/// nothing.
+/// only for the words of a state.
 class Witness final : public QObject {
     Q_OBJECT
 
@@ -105,8 +107,8 @@ private:
         bool chosen = false;
         int ticks = 0;
         bool advanced = false;
+        SetupPage page;
         QString readiness;
-        QString limits;
     };
 
     void healthAnswered(const std::optional<QJsonObject>& document);
@@ -128,10 +130,13 @@ private:
     void closeSetup();
     void refreshReadiness();
     void writePage();
+    void writePanel() { panel_ = compactPanel(dashboard_, factsOf(known_)); }
     void owe(const QString& what) { owed_.append(what); }
     void alert(const QString& text);
     void settle(const QString& what);
     void settleChange(const QString& what);
+    [[nodiscard]] PanelTexts panelTexts() const;
+    [[nodiscard]] SetupTexts setupTexts() const;
     [[nodiscard]] ScreenTexts texts() const;
 
     Knowledge known_;
@@ -139,7 +144,8 @@ private:
     Placement placement_;
     Lasting lasting_;
     std::unique_ptr<QObject> life_;
-    PanelTexts panel_;
+    Dashboard dashboard_;
+    CompactPanel panel_;
 
     std::map<std::size_t, Ask> underWay_;
     std::optional<TimePoint> checked_;
