@@ -6,7 +6,6 @@
 #include "ui/texts/SettingsPresentation.h"
 #include "ui/texts/SetupPages.h"
 
-#include <QAccessible>
 #include <QDialog>
 #include <QTimer>
 
@@ -172,28 +171,12 @@ private slots:
         QCOMPARE(QApplication::activeModalWidget()->windowTitle(), setupTitle);
     }
 
-    void toggleByMouseKeyboardAndAssistiveTechnology_data() {
-        QTest::addColumn<int>("way");
-        QTest::newRow("mouse") << 0;
-        QTest::newRow("keyboard") << 1;
-        QTest::newRow("accessible") << 2;
-    }
-
-    void toggleByMouseKeyboardAndAssistiveTechnology() {
-        QFETCH(const int, way);
+    void whileAChangeIsUnderWayNothingElseIsSent() {
         ControlBench bench;
         connectTo(bench);
         bench.other[services] = "hold";
         QCheckBox& toggle = bench.toggle();
-        if (way == 0) {
-            QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(8, toggle.height() / 2));
-        } else if (way == 1) {
-            toggle.setFocus();
-            QTest::keyClick(&toggle, Qt::Key_Space);
-        } else {
-            QAccessible::queryAccessibleInterface(&toggle)->actionInterface()->doAction(
-                QAccessibleActionInterface::toggleAction());
-        }
+        QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(8, toggle.height() / 2));
         bench.settle();
         QVERIFY(bench.held);
         QVERIFY(!toggle.isEnabled());
@@ -210,32 +193,6 @@ private slots:
         QCOMPARE(toggle.checkState(), Qt::Unchecked);
         QCOMPARE(bench.requestsOf("POST " + services), 1);
         QVERIFY(bench.poll() > 4s);
-    }
-
-    void theKeyboardStaysWhereItWas() {
-        ControlBench bench;
-        connectTo(bench);
-        bench.other[services] = "hold";
-        bench.toggle().setFocus();
-        QTest::keyClick(&bench.toggle(), Qt::Key_Space);
-        bench.settle();
-        QVERIFY(bench.held);
-        QVERIFY(!bench.toggle().hasFocus());
-        bench.releaseHeld(paused);
-        bench.settle();
-        QVERIFY(bench.toggle().isEnabled());
-        QCOMPARE(bench.window().focusWidget(), &bench.toggle());
-
-        // Unless the person went on meanwhile.
-        bench.other[services] = "hold";
-        QTest::keyClick(&bench.toggle(), Qt::Key_Space);
-        bench.settle();
-        QVERIFY(bench.held);
-        bench.button(u"Setup…"_s)->setFocus();
-        bench.releaseHeld(accepting);
-        bench.settle();
-        QVERIFY(bench.toggle().isEnabled());
-        QCOMPARE(bench.window().focusWidget(), bench.button(u"Setup…"_s));
     }
 
     void theOppositeAnswerIsShownWithoutAnAlert() {

@@ -7,6 +7,7 @@ the mixins of the flows that it can show; CMakeLists.txt makes each class a test
 method to a mixin: it then runs on each desktop that has the mixin.
 """
 
+from harness import names
 from harness.case import DesktopCase
 from harness.desktops import I3Desktop, LxqtDesktop, MarcoDesktop, XfceDesktop
 from harness.names import (
@@ -90,7 +91,7 @@ class TrayFlows:
         self.assertNotIn("StatusNotifierItem", self.tray.err)
 
     def test_tool_tip_shows_the_state(self):
-        self.assertEqual(self.tray.tool_tip(), "Corvala for Mac · 1 processor working")
+        self.assertEqual(self.tray.tool_tip(), names.tool_tip(names.working(1)))
 
     def assert_menu(self, *titles):
         """The first is the state."""
@@ -99,14 +100,14 @@ class TrayFlows:
         )
 
     def test_menu_follows_the_service(self):
-        self.assert_menu("1 processor working", OPEN, PAUSE, OPEN_SETUP, QUIT)
+        self.assert_menu(names.working(1), OPEN, PAUSE, OPEN_SETUP, QUIT)
         first = self.tray.menu_pixels()
         self.service.wait_for_fetch()
         self.service.show_slots(bay(1), deep_scan_enabled=False)
-        self.program.wait_for_text("Detailed analysis paused")
+        self.program.wait_for_text(names.PAUSED)
         changed = wait_for("another menu", lambda: self.menu_unlike(first))
         self.restart_panel()
-        self.assert_menu("Detailed analysis paused", OPEN, RESUME, OPEN_SETUP, QUIT)
+        self.assert_menu(names.PAUSED, OPEN, RESUME, OPEN_SETUP, QUIT)
         self.assertEqual(self.tray.menu_pixels(), changed)
 
     def menu_unlike(self, pixels):

@@ -12,16 +12,15 @@ import subprocess
 import tempfile
 import time
 
+from harness import names
 from harness.case import DesktopCase
 from harness.dashboard import ALERT, visited_home
 from harness.desktop import DASHBOARD
+from harness.names import APPLY, LOGIN, SETUP
 from harness.process import OWN_MOUNTS, needs_own_mounts
 from harness.waiting import wait_for
 from harness.worker import BUSY
 
-SETUP = "Corvala for Mac Setup · Halvex"
-LOGIN = "Start processing automatically when I log in"
-APPLY = "Apply & finish"
 LABEL = "com.halvex.corvala.integration.worker105"
 
 INTERVAL = 1.5  # seconds, while a bay is busy
@@ -101,9 +100,9 @@ class MachineTest(DesktopCase):
     def test_descriptors_used_up(self):
         _worker, dashboard = self.busy_dashboard()
         with self.limit(dashboard, resource.RLIMIT_NOFILE, self.first_free_descriptor(dashboard)):
-            dashboard.wait_for_text("● RECONNECTING")
+            dashboard.wait_for_text(names.RECONNECTING)
             self.assert_rests(dashboard)
-            dashboard.wait_for_text("● SERVICE STOPPED")
+            dashboard.wait_for_text(names.SERVICE_STOPPED)
         dashboard.wait_until_live()
 
     def test_memory_limited(self):
@@ -113,7 +112,7 @@ class MachineTest(DesktopCase):
         most = int(data.split()[1]) * 1024 + 2 * MEBIBYTE
         with self.limit(dashboard, resource.RLIMIT_DATA, most):
             worker.fault(size=15 * MEBIBYTE)
-            dashboard.wait_for_text("● RECONNECTING")
+            dashboard.wait_for_text(names.RECONNECTING)
             worker.show_slots(BUSY)
             dashboard.wait_until_live()
 
@@ -176,7 +175,7 @@ class MachineTest(DesktopCase):
         worker.arm(patch={"slots": [BUSY]})
         worker.wait_for_fetch()
         clock.shift(-DAY)
-        dashboard.wait_for_text("● RECONNECTING", DEADLINE + SLACK)
+        dashboard.wait_for_text(names.RECONNECTING, DEADLINE + SLACK)
         wait_for("the next fetch", lambda: len(worker.arrivals()) >= 4, INTERVAL + SLACK)
         dashboard.wait_until_live()
 
@@ -239,7 +238,7 @@ class MachineTest(DesktopCase):
             wait_for("a connection", accepted)
             self.assert_rests(dashboard)
             self.assertEqual(len(accepted()), 1)
-            dashboard.wait_for_text("● SERVICE STOPPED", DEADLINE + SLACK)
+            dashboard.wait_for_text(names.SERVICE_STOPPED, DEADLINE + SLACK)
             # The next comes when this one was given up.
             request = connections[0].recv(65536)
             self.assertTrue(request.startswith(b"GET /v1/health "), request)

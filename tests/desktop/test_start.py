@@ -59,7 +59,7 @@ class StartTest(DesktopCase):
         dashboard = self.live_dashboard(worker)
         windows = self.desktop.windows
         window = dashboard.window()
-        self.assertEqual(windows.title(window), "Corvala for Mac · Halvex")
+        self.assertEqual(windows.title(window), names.MAIN)
         left, top, width, height = windows.place(window)
         self.assertEqual((width, height), (720, 390))
         # Centred, a title bar aside.
@@ -74,7 +74,7 @@ class StartTest(DesktopCase):
     def setup_is_shown(self, dashboard):
         windows = self.desktop.windows
         titles = [windows.title(window) for window in windows.of_process(dashboard.pid)]
-        return "Corvala for Mac Setup · Halvex" in titles
+        return names.SETUP in titles
 
     def test_setup_comes_by_itself_only_once(self):
         worker = self.worker()
@@ -125,7 +125,7 @@ class StartTest(DesktopCase):
             windows.title(window): windows.place(window)[2:]
             for window in windows.of_process(dashboard.pid)
         }
-        self.assertEqual(sizes["Corvala for Mac · Halvex"], (720, 390))
+        self.assertEqual(sizes[names.MAIN], (720, 390))
 
     def test_nothing_is_said_where_the_surroundings_are_poor(self):
         worker = self.worker()

@@ -6,7 +6,7 @@ import re
 
 from .accessible import Accessible
 from .desktop import DASHBOARD
-from .names import ALERT
+from .names import ALERT, CONNECTED
 from .process import Process
 from .waiting import wait_for
 
@@ -192,4 +192,4 @@ class Dashboard:
         wait_for(f"the text {text!r}", lambda: text in self.texts(), seconds)
 
     def wait_until_live(self):
-        self.wait_for_text("● CONNECTED")
+        self.wait_for_text(CONNECTED)

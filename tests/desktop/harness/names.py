@@ -91,7 +91,7 @@ def working(bays):
 
 def tool_tip(status):
     """Of the tray item under that headline."""
-    return _ready["tray tool tip"].replace(READY, status)
+    return _ready["tray tool tip"].replace("<status>", status)
 
 
 def summary(duty, lanes, reason):

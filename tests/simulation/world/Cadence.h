@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/simulation/world/Moment.h"
 #include "tests/simulation/world/Knowledge.h"
+#include "tests/simulation/world/Moment.h"
 
 namespace vesk {
 

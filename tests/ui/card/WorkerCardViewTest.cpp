@@ -1,7 +1,6 @@
 #include "ui/card/WorkerCardView.h"
 #include "tests/TestProgram.h"
 
-#include "tests/service/Documents.h"
 #include "tests/ui/kit/Widgets.h"
 #include "ui/kit/GlyphView.h"
 #include "ui/kit/Theme.h"
@@ -19,6 +18,18 @@ namespace {
 
 constexpr ServiceState readyService{.online = true, .accepting = true};
 constexpr ServiceState pausedService{.online = true, .accepting = false};
+
+SlotRecord busySlot() {
+    return {
+        .slot = 2,
+        .state = u"busy"_s,
+        .stage = u"describe"_s,
+        .model = u"engine-1"_s,
+        .sourceDevice = u"Pixel"_s,
+        .elapsedMs = 12999,
+        .completed = 41,
+        .failed = 3};
+}
 
 } // namespace
 
@@ -86,9 +97,8 @@ void WorkerCardViewTest::beforeTheFirstUpdate() {
 }
 
 void WorkerCardViewTest::showsEveryTextOfTheCard() {
-    const SlotRecord slot = slotOf(
-        R"({"slot":2,"state":"busy","stage":"describe","model":"engine-1","elapsed_ms":12999,
-            "source_device":"<i>Pixel</i>","completed":41,"failed":3})");
+    SlotRecord slot = busySlot();
+    slot.sourceDevice = u"<i>Pixel</i>"_s;
     for (const bool online : {true, false}) {
         for (const bool accepting : {true, false}) {
             card_->update(slot, {.online = online, .accepting = accepting});
@@ -144,9 +154,7 @@ void WorkerCardViewTest::layout() {
 }
 
 void WorkerCardViewTest::looks() {
-    const SlotRecord slot = slotOf(
-        R"({"slot":2,"state":"busy","stage":"describe","model":"engine-1","elapsed_ms":12999,
-            "source_device":"Pixel","completed":41,"failed":3})");
+    const SlotRecord slot = busySlot();
     const WorkerCard card(slot, readyService);
     card_->update(slot, readyService);
     lay(300);

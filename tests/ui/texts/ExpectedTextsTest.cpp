@@ -125,7 +125,11 @@ QString described(const SetupItem& item) {
     return {};
 }
 
+/// The tray item's texts that repeat one of the window's say so.
 Lines dashboardLines(const Dashboard& dashboard) {
+    const QString action = described(dashboard.trayAction);
+    const bool sameAction = action == described(dashboard.startButton);
+    const bool sameState = dashboard.trayState == dashboard.status;
     return {
         {u"checking"_s, yesOrNo(dashboard.checking)},
         {u"status"_s, dashboard.status},
@@ -138,10 +142,11 @@ Lines dashboardLines(const Dashboard& dashboard) {
         {u"network"_s, dashboard.network},
         {u"start button"_s, described(dashboard.startButton)},
         {u"deep jobs"_s, described(dashboard.deepToggle)},
-        {u"tray state"_s, dashboard.trayState},
-        {u"tray action"_s, described(dashboard.trayAction)},
+        {u"tray state"_s, sameState ? u"<status>"_s : dashboard.trayState},
+        {u"tray action"_s, sameAction ? u"<start button>"_s : action},
         {u"tray title"_s, dashboard.trayTitle},
-        {u"tray tool tip"_s, dashboard.trayToolTip}};
+        {u"tray tool tip"_s,
+         QString(dashboard.trayToolTip).replace(dashboard.status, u"<status>"_s)}};
 }
 
 /// What the panel shares with the dashboard appears only where it differs.
