@@ -164,6 +164,8 @@ private slots:
             QVERIFY(answer.body().contains(body));
         }
         QCOMPARE(answer.header("Location").isEmpty(), !fault.contains("redirect"));
+        const bool cut = answer.header("Content-Length").toLongLong() > answer.body().size();
+        QCOMPARE(cut, fault.contains("truncate"));
         QTEST(!accepting(fixture.health()), "isCarriedOut");
         // It was for one request.
         QVERIFY(!accepting(SimFixture::document(fixture.post(services, pauseJobs))));

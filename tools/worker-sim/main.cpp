@@ -16,6 +16,8 @@
 #include <variant>
 #include <vector>
 
+using namespace vesk::sim;
+
 namespace {
 
 constexpr auto programName = "vesk-worker-sim";
@@ -37,7 +39,7 @@ sigset_t blockEndingSignals() {
 }
 
 /// None where no file is named; a sentence that says what is wrong with one.
-std::variant<vesk::sim::Scenario, std::string> scenarioIn(const std::string& file) {
+std::variant<Scenario, std::string> scenarioIn(const std::string& file) {
     if (file.empty()) {
         return {};
     }
@@ -46,13 +48,13 @@ std::variant<vesk::sim::Scenario, std::string> scenarioIn(const std::string& fil
     if (!(text << stream.rdbuf())) {
         return "it is empty or cannot be read";
     }
-    return vesk::sim::scenarioFromText(text.str());
+    return scenarioFromText(text.str());
 }
 
-int serve(const vesk::sim::Options& options, const vesk::sim::Scenario& scenario) {
+int serve(const Options& options, const Scenario& scenario) {
     const sigset_t ending = blockEndingSignals();
-    const vesk::sim::Rack rack(options.size, options.seed);
-    vesk::sim::Service service({rack, options.speed, tokenFromEnvironment()});
+    const Rack rack(options.size, options.seed);
+    Service service({rack, options.speed, tokenFromEnvironment()});
     service.play(scenario);
     const auto port = service.start(options.port);
     if (!port) {
@@ -68,22 +70,22 @@ int serve(const vesk::sim::Options& options, const vesk::sim::Scenario& scenario
 }
 
 int run(const std::vector<std::string_view>& arguments) {
-    const auto options = vesk::sim::parseOptions(arguments);
-    if (const auto* complaint = std::get_if<std::string>(&options)) {
+    const auto parsed = parseOptions(arguments);
+    if (const auto* complaint = std::get_if<std::string>(&parsed)) {
         std::cerr << programName << ": " << *complaint << "; see --help\n";
         return 2;
     }
-    if (std::get<vesk::sim::Options>(options).help) {
-        std::cout << vesk::sim::helpText();
+    const auto& options = std::get<Options>(parsed);
+    if (options.help) {
+        std::cout << helpText();
         return 0;
     }
-    const std::string& file = std::get<vesk::sim::Options>(options).scenario;
-    const auto scenario = scenarioIn(file);
+    const auto scenario = scenarioIn(options.scenario);
     if (const auto* complaint = std::get_if<std::string>(&scenario)) {
-        std::cerr << programName << ": " << file << ": " << *complaint << '\n';
+        std::cerr << programName << ": " << options.scenario << ": " << *complaint << '\n';
         return 2;
     }
-    return serve(std::get<vesk::sim::Options>(options), std::get<vesk::sim::Scenario>(scenario));
+    return serve(options, std::get<Scenario>(scenario));
 }
 
 } // namespace
