@@ -34,10 +34,10 @@ std::optional<ServiceError> loginObstacle() {
     if (std::any_of(folders.begin(), folders.end(), holdsGenerator)) {
         return std::nullopt;
     }
-    return serviceError(
-        generatorMissing, u"The worker cannot start at login: \"vesk-agent-generator\" is in none "
-                          u"of the folders that "
-                          "systemd searches (%1)."_s.arg(folders.join(u", "_s)));
+    const QString message =
+        u"The worker cannot start at login: \"vesk-agent-generator\" is in none of the folders "
+        "that systemd searches (%1)."_s;
+    return serviceError(generatorMissing, message.arg(folders.join(u", "_s)));
 }
 
 } // namespace vesk

@@ -117,7 +117,7 @@ void prepareLogging() {
                        "%{if-category}%{category}: %{endif}%{message}"_s);
 }
 
-/// The dashboard from its display until it is quit.
+/// Opens the display, shows the dashboard and returns the exit status after it was quit.
 int runDashboard(int argc, char** argv, const CommandLine& commandLine, const QString& home) {
     const Request request = commandLine.request();
     if (commandLine.firstIsNoPort()) {

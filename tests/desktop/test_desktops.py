@@ -38,8 +38,8 @@ class Flows(DesktopCase):
 
     def minimise(self, title=MAIN):
         def is_minimised():
-            # Again, since the program may still have been about to activate the window, and a dialog
-            # may have been re-created.
+            # Ask at each attempt, with the window of that moment: the program may activate the window
+            # after a request, and it re-creates a dialog that is refused focus.
             window = self.window_titled(title)
             self.windows.minimise(window)
             return self.windows.is_minimised(window)
